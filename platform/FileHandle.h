@@ -1,0 +1,53 @@
+// Files and devices by descriptor. Sources are opened for reading only, always; whatever writes goes
+// through one of the two opening functions that say so.
+#pragma once
+
+#include "platform/ResultCode.h"
+
+#include <cstdint>
+#include <filesystem>
+
+// Owns one descriptor and closes it. Move only.
+class FileHandle
+{
+public:
+    FileHandle() = default;
+    explicit FileHandle(int descriptor) : m_descriptor(descriptor) {}
+    FileHandle(FileHandle&& other) noexcept;
+    FileHandle& operator=(FileHandle&& other) noexcept;
+    FileHandle(const FileHandle&) = delete;
+    FileHandle& operator=(const FileHandle&) = delete;
+    ~FileHandle();
+
+    bool IsOpen() const { return m_descriptor >= 0; }
+    int Descriptor() const { return m_descriptor; }
+    void Close();
+
+    // Opens an existing file or device, O_RDONLY. The handle is replaced only on success.
+    [[nodiscard]] ResultCode OpenForReading(const std::filesystem::path& path);
+    // Opens for reading and writing, creating when missing (mode 0600); an existing file keeps its
+    // contents. A symbolic link as the last component is refused, so nothing is written through one.
+    [[nodiscard]] ResultCode OpenOrCreate(const std::filesystem::path& path);
+
+    // Reads up to count bytes at a byte position, retried after signals. *outRead is always set; fewer
+    // bytes than asked with result 0 means the end was reached.
+    [[nodiscard]] ResultCode
+    ReadAt(std::uint64_t position, void* buffer, std::size_t count, std::size_t* outRead) const;
+    // Writes all of it at a byte position, or fails; *outWritten, when given, tells how far it came.
+    [[nodiscard]] ResultCode WriteAt(std::uint64_t position,
+                                     const void* bytes,
+                                     std::size_t count,
+                                     std::size_t* outWritten = nullptr) const;
+    [[nodiscard]] ResultCode Truncate(std::uint64_t sizeBytes) const;
+    // Size in bytes of a regular file or block device.
+    [[nodiscard]] ResultCode Size(std::uint64_t* outBytes) const;
+    // Logical sector size of a block device in bytes; 0 when it is none or does not tell.
+    std::uint32_t DeviceSectorSize() const;
+    bool IsBlockDevice() const;
+    bool IsRegularFile() const;
+    // Drops what the system caches of a device or file, so that the next read comes from the medium.
+    void DropCache() const;
+
+private:
+    int m_descriptor = -1;
+};

@@ -1,0 +1,139 @@
+#include "platform/Folders.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <cstdlib>
+#include <pwd.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace {
+
+constexpr mode_t OpenToAll = 0777;
+constexpr mode_t PrivateToUser = 0700;
+
+std::filesystem::path& ChosenDataFolder()
+{
+    static std::filesystem::path folder;
+    return folder;
+}
+
+ResultCode MakeWithMode(const std::filesystem::path& path, mode_t mode)
+{
+    return ::mkdir(path.c_str(), mode) == 0 ? ResultSuccess
+                                            : ErrorFromErrno(errno, FileOperation::MakeFolder);
+}
+
+ResultCode MakeChain(const std::filesystem::path& path, mode_t mode)
+{
+    if (PathExists(path)) {
+        return IsFolder(path) ? ResultAlreadyExists : ResultFileExists;
+    }
+    std::filesystem::path partial;
+    ResultCode result = ResultSuccess;
+    for (const std::filesystem::path& component : path) {
+        partial /= component;
+        if (component.empty() || IsFolder(partial)) {
+            continue;
+        }
+        result = MakeWithMode(partial, mode);
+        if (result != ResultSuccess && result != ResultAlreadyExists) {
+            return result;
+        }
+    }
+    return result;
+}
+
+ResultCode FromErrorCode(const std::error_code& error, FileOperation operation)
+{
+    return error ? ErrorFromErrno(error.value(), operation) : ResultSuccess;
+}
+
+const char* EnvironmentValue(const char* name)
+{
+    const char* value = std::getenv(name);  // NOLINT(concurrency-mt-unsafe): read before threads start
+    return value != nullptr && *value != '\0' ? value : nullptr;
+}
+
+}  // namespace
+
+ResultCode MakeFolderWithParents(const std::filesystem::path& path)
+{
+    return MakeChain(path, OpenToAll);
+}
+
+ResultCode MakePrivateFolderWithParents(const std::filesystem::path& path)
+{
+    return MakeChain(path, PrivateToUser);
+}
+
+ResultCode MakeFolder(const std::filesystem::path& path) { return MakeWithMode(path, OpenToAll); }
+
+bool FolderIsThere(ResultCode code)
+{
+    return code == ResultSuccess || code == ResultFileExists || code == ResultAlreadyExists;
+}
+
+bool PathExists(const std::filesystem::path& path)
+{
+    struct stat status = {};
+    return ::lstat(path.c_str(), &status) == 0;
+}
+
+bool IsFolder(const std::filesystem::path& path)
+{
+    std::error_code ignored;
+    return std::filesystem::is_directory(path, ignored);
+}
+
+ResultCode RemoveFile(const std::filesystem::path& path)
+{
+    return ::unlink(path.c_str()) == 0 ? ResultSuccess
+                                       : ErrorFromErrno(errno, FileOperation::Remove);
+}
+
+ResultCode RemoveTree(const std::filesystem::path& path)
+{
+    std::error_code error;
+    std::filesystem::remove_all(path, error);
+    return FromErrorCode(error, FileOperation::Remove);
+}
+
+ResultCode RenameFile(const std::filesystem::path& from, const std::filesystem::path& to)
+{
+    std::error_code error;
+    std::filesystem::rename(from, to, error);
+    return FromErrorCode(error, FileOperation::Rename);
+}
+
+ResultCode ListFolder(const std::filesystem::path& path, std::vector<std::string>& outNames)
+{
+    std::error_code error;
+    std::filesystem::directory_iterator at(path, error);
+    for (; !error && at != std::filesystem::directory_iterator(); at.increment(error)) {
+        std::string name = at->path().filename().string();
+        if (!name.starts_with('.')) {
+            outNames.push_back(std::move(name));
+        }
+    }
+    std::sort(outNames.begin(), outNames.end());
+    return FromErrorCode(error, FileOperation::Query);
+}
+
+std::filesystem::path ApplicationDataFolder()
+{
+    if (!ChosenDataFolder().empty()) {
+        return ChosenDataFolder();
+    }
+    // A relative path in this variable is to be ignored.
+    if (const char* dataHome = EnvironmentValue("XDG_DATA_HOME"); dataHome != nullptr && *dataHome == '/') {
+        return dataHome;
+    }
+    if (const char* home = EnvironmentValue("HOME")) {
+        return std::filesystem::path(home) / ".local/share";
+    }
+    const passwd* user = ::getpwuid(::geteuid());  // NOLINT(concurrency-mt-unsafe): as above
+    return std::filesystem::path(user != nullptr ? user->pw_dir : "/") / ".local/share";
+}
+
+void SetApplicationDataFolder(const std::filesystem::path& path) { ChosenDataFolder() = path; }

@@ -1,0 +1,36 @@
+// Making, testing and removing folders, and the per-user folder that the program keeps its data in.
+#pragma once
+
+#include "platform/ResultCode.h"
+
+#include <filesystem>
+#include <string>
+#include <vector>
+
+// Makes a folder with all its parents, mode 0777 less the umask. ResultFileExists (80) when something
+// that is no folder has the name, ResultAlreadyExists (183) when the folder is there already.
+[[nodiscard]] ResultCode MakeFolderWithParents(const std::filesystem::path& path);
+// The same, but what is made is open to this user alone: names and previews of private files lie there.
+[[nodiscard]] ResultCode MakePrivateFolderWithParents(const std::filesystem::path& path);
+// Makes one folder; its parent must exist.
+[[nodiscard]] ResultCode MakeFolder(const std::filesystem::path& path);
+
+// Whether MakeFolder... left a folder there: success, or one of the two codes for "already exists".
+bool FolderIsThere(ResultCode code);
+
+// Something of that name exists, a dangling symbolic link included.
+bool PathExists(const std::filesystem::path& path);
+bool IsFolder(const std::filesystem::path& path);
+
+[[nodiscard]] ResultCode RemoveFile(const std::filesystem::path& path);
+// Removes a folder with all it holds; links are removed, not followed.
+[[nodiscard]] ResultCode RemoveTree(const std::filesystem::path& path);
+[[nodiscard]] ResultCode RenameFile(const std::filesystem::path& from, const std::filesystem::path& to);
+
+// Names in a folder, sorted by their bytes, without those that begin with a full stop.
+[[nodiscard]] ResultCode ListFolder(const std::filesystem::path& path, std::vector<std::string>& outNames);
+
+// XDG_DATA_HOME, else ~/.local/share, else the home folder of the user database; or what was set below.
+std::filesystem::path ApplicationDataFolder();
+// Puts another folder in its place for the rest of the process (a command-line option, tests).
+void SetApplicationDataFolder(const std::filesystem::path& path);

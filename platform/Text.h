@@ -1,0 +1,25 @@
+// Text conversion: everything below the windows is UTF-8; sources hold UTF-16 and code page 437.
+#pragma once
+
+#include <cstdint>
+#include <span>
+#include <string>
+#include <string_view>
+
+// UTF-16 units to UTF-8. A lone surrogate becomes U+FFFD. Stops at nothing: a zero unit is kept as NUL.
+std::string Utf16ToUtf8(std::u16string_view text);
+// UTF-8 to UTF-16. Bytes that are no UTF-8 become U+FFFD.
+std::u16string Utf8ToUtf16(std::string_view text);
+// The units up to the first zero.
+std::u16string_view UntilZero(std::u16string_view text);
+// One byte a character, as DOS wrote short names.
+std::string CodePage437ToUtf8(std::string_view bytes);
+
+// A to Z become a to z; all other bytes stay.
+std::string LowerAscii(std::string_view text);
+char LowerAscii(char letter);
+bool EqualIgnoringAsciiCase(std::string_view left, std::string_view right);
+
+// The name cut to at most maxBytes in its stem, at a code point, so that the last extension stays. An
+// extension that is too long itself is cut as plain text.
+std::string CutName(std::string_view name, std::size_t maxBytes);

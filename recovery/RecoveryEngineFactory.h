@@ -1,0 +1,43 @@
+// Recognises the file system in a target's first 16 KB and makes the engine that fits, opened.
+#pragma once
+
+#include "platform/ByteView.h"
+#include "recovery/FileRecoveryParse.h"
+
+#include <cstdint>
+#include <filesystem>
+#include <memory>
+
+enum class FileSystemKind
+{
+    Fat = 2,
+    Ntfs = 3,
+    Ext = 4,
+    Unknown = 5
+};
+
+inline constexpr std::size_t RecognitionBytes = 16384;
+
+// Judged from the first RecognitionBytes of a target: NTFS first, then FAT, then Ext.
+FileSystemKind RecogniseFileSystem(ByteView start);
+
+// One object for the process, made on first use, not locked: one worker thread at a time calls it.
+class RecoveryEngineFactory
+{
+public:
+    static RecoveryEngineFactory& Instance();
+
+    // An opened engine, or null: the target cannot be opened, its first 16384 bytes cannot be read whole, or a quick
+    // engine is asked for and the file system is not known. outWhy, when given, tells which: the read's result
+    // code, or 0 in the last case.
+    std::unique_ptr<IFileRecoveryParse> MakeEngineForPartition(std::uint32_t diskNumber,
+                                                               std::uint64_t startLba,
+                                                               std::uint64_t sectorCount,
+                                                               char16_t driveLetter,
+                                                               bool deep,
+                                                               ResultCode* outWhy = nullptr);
+    std::unique_ptr<IFileRecoveryParse> MakeEngineForImage(const std::filesystem::path& filePath,
+                                                           char16_t driveLetter,
+                                                           bool deep,
+                                                           ResultCode* outWhy = nullptr);
+};

@@ -1,0 +1,44 @@
+// Where the bytes of a source come from: a device, an image file, or a fake that fails on purpose.
+#pragma once
+
+#include "platform/FileHandle.h"
+
+#include <cstdint>
+#include <filesystem>
+#include <functional>
+#include <memory>
+
+// Reads bytes at a position. One engine owns each; none is ever written through.
+class IByteReader
+{
+public:
+    IByteReader() = default;
+    IByteReader(const IByteReader&) = delete;
+    IByteReader& operator=(const IByteReader&) = delete;
+    virtual ~IByteReader() = default;
+    // As FileHandle::ReadAt: *outRead is always set, fewer bytes with result 0 means the end.
+    [[nodiscard]] virtual ResultCode
+    ReadAt(std::uint64_t position, std::uint8_t* buffer, std::size_t count, std::size_t* outRead) = 0;
+};
+
+// A source as opened: what to read from, and what the platform tells about it.
+struct OpenedSource
+{
+    std::unique_ptr<IByteReader> reader;
+    std::uint64_t sizeBytes = 0;
+    std::uint32_t sectorSize = 512;  // a drive's logical sector size; 512 for image files
+};
+
+// Opens a drive by its number in the DriveRegistry. The out parameter is untouched on failure.
+[[nodiscard]] ResultCode OpenDriveSource(std::uint32_t diskNumber, OpenedSource& outSource);
+// Opens an image file (or anything seekable) read-only.
+[[nodiscard]] ResultCode OpenImageSource(const std::filesystem::path& path, OpenedSource& outSource);
+
+// One read of exactly count bytes: 0, the platform's error, or ResultShortRead when fewer came.
+[[nodiscard]] ResultCode
+ReadWhole(IByteReader& reader, std::uint64_t position, std::uint8_t* buffer, std::size_t count);
+
+// Every source opened from now on goes through the decorator; an empty one takes it out again. Tests use
+// it to damage reads on purpose.
+using ReaderDecorator = std::function<std::unique_ptr<IByteReader>(std::unique_ptr<IByteReader>)>;
+void SetReaderDecorator(ReaderDecorator decorator);

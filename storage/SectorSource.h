@@ -1,0 +1,36 @@
+// The one class through which the engines read a target after opening it: whole sectors by LBA, from a drive
+// or an image file alike. Reads only, caches nothing, retries nothing.
+#pragma once
+
+#include "storage/ByteReader.h"
+
+#include <cstdint>
+#include <filesystem>
+#include <memory>
+
+// A value member of each engine. Not thread-safe.
+class SectorSource
+{
+public:
+    // totalSectors counts the drive's own sectors.
+    [[nodiscard]] ResultCode OpenDrive(std::uint32_t diskNumber);
+    // totalSectors is the file size / 512 whatever the volume inside uses; a last partial sector is lost.
+    [[nodiscard]] ResultCode OpenImage(const std::filesystem::path& filePath);
+
+    // Reads sectorCount sectors of sectorSize bytes from absolute sector lba into buffer.
+    // ResultInvalidParameter (87) with nothing touched when the end, counted in the caller's sectors, lies
+    // behind totalSectors. ResultReadFault (30) when the reading broke off; *outSectorsRead then tells the whole
+    // sectors that did arrive.
+    [[nodiscard]] ResultCode ReadSectors(std::uint8_t* buffer,
+                                         std::int32_t sectorCount,
+                                         std::uint64_t lba,
+                                         std::int32_t sectorSize,
+                                         std::int32_t* outSectorsRead);
+
+    bool IsOpen() const { return reader != nullptr; }
+
+    std::uint64_t totalSectors = 0;  // size of the whole drive or file; 0 until opened
+
+private:
+    std::unique_ptr<IByteReader> reader;
+};
