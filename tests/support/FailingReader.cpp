@@ -1,0 +1,76 @@
+#include "tests/support/FailingReader.h"
+
+#include "storage/ByteReader.h"
+
+#include <algorithm>
+
+namespace {
+
+class Fake : public IByteReader
+{
+public:
+    Fake(std::unique_ptr<IByteReader> inner, std::shared_ptr<FailingReader::State> state)
+        : m_inner(std::move(inner)), m_state(std::move(state))
+    {
+    }
+
+    ResultCode ReadAt(std::uint64_t position,
+                      std::uint8_t* buffer,
+                      std::size_t count,
+                      std::size_t* outRead) override
+    {
+        ++m_state->reads;
+        m_state->largest = std::max(m_state->largest, count);
+        std::uint64_t good = count;
+        for (const auto& [begin, end] : m_state->bad) {
+            if (position < end && position + count > begin) {
+                good = std::min(good, begin > position ? begin - position : 0);
+            }
+        }
+        const ResultCode result = m_inner->ReadAt(position, buffer, good, outRead);
+        return result == ResultSuccess && good < count ? ResultReadFault : result;
+    }
+
+private:
+    std::unique_ptr<IByteReader> m_inner;
+    std::shared_ptr<FailingReader::State> m_state;
+};
+
+}  // namespace
+
+FailingReader::FailingReader() : m_state(std::make_shared<State>())
+{
+    SetReaderDecorator([state = m_state](std::unique_ptr<IByteReader> inner) {
+        return std::make_unique<Fake>(std::move(inner), state);
+    });
+}
+
+FailingReader::~FailingReader()
+{
+    SetReaderDecorator({});
+}
+
+void FailingReader::FailBytes(std::uint64_t begin, std::uint64_t end)
+{
+    m_state->bad.emplace_back(begin, end);
+}
+
+void FailingReader::FailSector(std::uint64_t lba, std::uint32_t sectorSize)
+{
+    FailBytes(lba * sectorSize, (lba + 1) * sectorSize);
+}
+
+void FailingReader::Heal()
+{
+    m_state->bad.clear();
+}
+
+std::size_t FailingReader::ReadCount() const
+{
+    return m_state->reads;
+}
+
+std::size_t FailingReader::LargestRead() const
+{
+    return m_state->largest;
+}

@@ -1,0 +1,37 @@
+// A source that breaks on purpose.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <utility>
+#include <vector>
+
+// While it lives, every source opened is read through a fake that fails in the ranges given, as a bad sector
+// does: what lies in front of the range still arrives. Ranges may be added after the source was opened.
+class FailingReader
+{
+public:
+    FailingReader();
+    FailingReader(const FailingReader&) = delete;
+    FailingReader& operator=(const FailingReader&) = delete;
+    ~FailingReader();
+
+    void FailBytes(std::uint64_t begin, std::uint64_t end);
+    void FailSector(std::uint64_t lba, std::uint32_t sectorSize = 512);
+    void FailFrom(std::uint64_t begin) { FailBytes(begin, UINT64_MAX); }
+    void Heal();
+    // Reads that the fakes were asked for so far, whether they failed or not; and their largest.
+    std::size_t ReadCount() const;
+    std::size_t LargestRead() const;
+
+    struct State
+    {
+        std::vector<std::pair<std::uint64_t, std::uint64_t>> bad;
+        std::size_t reads = 0;
+        std::size_t largest = 0;
+    };
+
+private:
+    std::shared_ptr<State> m_state;
+};
