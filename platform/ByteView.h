@@ -86,7 +86,8 @@ inline bool ByteView::AllZero() const
 {
     const std::uint8_t* at = m_bytes;
     std::size_t left = m_size;
-    for (; left >= sizeof(std::uint64_t); at += sizeof(std::uint64_t), left -= sizeof(std::uint64_t)) {
+    for (; left >= sizeof(std::uint64_t);
+         at += sizeof(std::uint64_t), left -= sizeof(std::uint64_t)) {
         std::uint64_t word = 0;
         std::memcpy(&word, at, sizeof word);
         if (word != 0) {

@@ -3,6 +3,7 @@
 #include <cerrno>
 #include <fcntl.h>
 #include <linux/fs.h>
+#include <sys/file.h>
 #include <sys/ioctl.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -54,7 +55,10 @@ FileHandle& FileHandle::operator=(FileHandle&& other) noexcept
     return *this;
 }
 
-FileHandle::~FileHandle() { Close(); }
+FileHandle::~FileHandle()
+{
+    Close();
+}
 
 void FileHandle::Close()
 {
@@ -92,10 +96,8 @@ ResultCode FileHandle::ReadAt(std::uint64_t position,
 {
     *outRead = 0;
     while (*outRead < count) {
-        const ssize_t got = ::pread(m_descriptor,
-                                    static_cast<std::uint8_t*>(buffer) + *outRead,
-                                    count - *outRead,
-                                    static_cast<off_t>(position + *outRead));
+        const ssize_t got = ::pread(m_descriptor, static_cast<std::uint8_t*>(buffer) + *outRead,
+                                    count - *outRead, static_cast<off_t>(position + *outRead));
         if (got < 0 && errno == EINTR) {
             continue;
         }
@@ -118,11 +120,8 @@ ResultCode FileHandle::WriteAt(std::uint64_t position,
     std::size_t done = 0;
     ResultCode result = ResultSuccess;
     while (done < count) {
-        const ssize_t put =
-            ::pwrite(m_descriptor,
-                     static_cast<const std::uint8_t*>(bytes) + done,
-                     count - done,
-                     static_cast<off_t>(position + done));
+        const ssize_t put = ::pwrite(m_descriptor, static_cast<const std::uint8_t*>(bytes) + done,
+                                     count - done, static_cast<off_t>(position + done));
         if (put < 0 && errno == EINTR) {
             continue;
         }
@@ -163,13 +162,25 @@ ResultCode FileHandle::Size(std::uint64_t* outBytes) const
 std::uint32_t FileHandle::DeviceSectorSize() const
 {
     int size = 0;
-    return ::ioctl(m_descriptor, BLKSSZGET, &size) == 0 && size > 0 ? static_cast<std::uint32_t>(size)
-                                                                    : 0;
+    return ::ioctl(m_descriptor, BLKSSZGET, &size) == 0 && size > 0
+               ? static_cast<std::uint32_t>(size)
+               : 0;
 }
 
-bool FileHandle::IsBlockDevice() const { return S_ISBLK(ModeOf(m_descriptor)); }
+bool FileHandle::IsBlockDevice() const
+{
+    return S_ISBLK(ModeOf(m_descriptor));
+}
 
-bool FileHandle::IsRegularFile() const { return S_ISREG(ModeOf(m_descriptor)); }
+bool FileHandle::IsRegularFile() const
+{
+    return S_ISREG(ModeOf(m_descriptor));
+}
+
+bool FileHandle::TryLock() const
+{
+    return ::flock(m_descriptor, LOCK_EX | LOCK_NB) == 0;
+}
 
 void FileHandle::DropCache() const
 {

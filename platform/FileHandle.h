@@ -45,6 +45,8 @@ public:
     std::uint32_t DeviceSectorSize() const;
     bool IsBlockDevice() const;
     bool IsRegularFile() const;
+    // Takes the lock that other processes see on this file; it is given back at closing. False when one has it.
+    bool TryLock() const;
     // Drops what the system caches of a device or file, so that the next read comes from the medium.
     void DropCache() const;
 

@@ -39,8 +39,8 @@ CalendarTime CalendarFromFileTime(std::uint64_t fileTime)
 {
     fileTime = fileTime < LastFileTime ? fileTime : LastFileTime;
     const Days first = std::chrono::year(1601) / 1 / 1;
-    const std::chrono::year_month_day date(first +
-                                           std::chrono::days(static_cast<int>(fileTime / TicksPerDay)));
+    const std::chrono::year_month_day date(
+        first + std::chrono::days(static_cast<int>(fileTime / TicksPerDay)));
     const std::uint64_t rest = fileTime % TicksPerDay;
     const auto second = static_cast<std::int32_t>(rest / TicksPerSecond);
     CalendarTime out;

@@ -51,7 +51,8 @@ ResultCode FromErrorCode(const std::error_code& error, FileOperation operation)
 
 const char* EnvironmentValue(const char* name)
 {
-    const char* value = std::getenv(name);  // NOLINT(concurrency-mt-unsafe): read before threads start
+    const char* value =
+        std::getenv(name);  // NOLINT(concurrency-mt-unsafe): read before threads start
     return value != nullptr && *value != '\0' ? value : nullptr;
 }
 
@@ -67,7 +68,10 @@ ResultCode MakePrivateFolderWithParents(const std::filesystem::path& path)
     return MakeChain(path, PrivateToUser);
 }
 
-ResultCode MakeFolder(const std::filesystem::path& path) { return MakeWithMode(path, OpenToAll); }
+ResultCode MakeFolder(const std::filesystem::path& path)
+{
+    return MakeWithMode(path, OpenToAll);
+}
 
 bool FolderIsThere(ResultCode code)
 {
@@ -84,6 +88,17 @@ bool IsFolder(const std::filesystem::path& path)
 {
     std::error_code ignored;
     return std::filesystem::is_directory(path, ignored);
+}
+
+bool IsRealFolder(const std::filesystem::path& path)
+{
+    struct stat status = {};
+    return ::lstat(path.c_str(), &status) == 0 && S_ISDIR(status.st_mode);
+}
+
+bool IsWritableFolder(const std::filesystem::path& path)
+{
+    return IsFolder(path) && ::access(path.c_str(), W_OK | X_OK) == 0;
 }
 
 ResultCode RemoveFile(const std::filesystem::path& path)
@@ -126,7 +141,8 @@ std::filesystem::path ApplicationDataFolder()
         return ChosenDataFolder();
     }
     // A relative path in this variable is to be ignored.
-    if (const char* dataHome = EnvironmentValue("XDG_DATA_HOME"); dataHome != nullptr && *dataHome == '/') {
+    if (const char* dataHome = EnvironmentValue("XDG_DATA_HOME");
+        dataHome != nullptr && *dataHome == '/') {
         return dataHome;
     }
     if (const char* home = EnvironmentValue("HOME")) {
@@ -136,4 +152,7 @@ std::filesystem::path ApplicationDataFolder()
     return std::filesystem::path(user != nullptr ? user->pw_dir : "/") / ".local/share";
 }
 
-void SetApplicationDataFolder(const std::filesystem::path& path) { ChosenDataFolder() = path; }
+void SetApplicationDataFolder(const std::filesystem::path& path)
+{
+    ChosenDataFolder() = path;
+}

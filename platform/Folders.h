@@ -21,14 +21,20 @@ bool FolderIsThere(ResultCode code);
 // Something of that name exists, a dangling symbolic link included.
 bool PathExists(const std::filesystem::path& path);
 bool IsFolder(const std::filesystem::path& path);
+// A folder itself, not a link to one.
+bool IsRealFolder(const std::filesystem::path& path);
+// A folder that this user may make files in.
+bool IsWritableFolder(const std::filesystem::path& path);
 
 [[nodiscard]] ResultCode RemoveFile(const std::filesystem::path& path);
 // Removes a folder with all it holds; links are removed, not followed.
 [[nodiscard]] ResultCode RemoveTree(const std::filesystem::path& path);
-[[nodiscard]] ResultCode RenameFile(const std::filesystem::path& from, const std::filesystem::path& to);
+[[nodiscard]] ResultCode RenameFile(const std::filesystem::path& from,
+                                    const std::filesystem::path& to);
 
 // Names in a folder, sorted by their bytes, without those that begin with a full stop.
-[[nodiscard]] ResultCode ListFolder(const std::filesystem::path& path, std::vector<std::string>& outNames);
+[[nodiscard]] ResultCode ListFolder(const std::filesystem::path& path,
+                                    std::vector<std::string>& outNames);
 
 // XDG_DATA_HOME, else ~/.local/share, else the home folder of the user database; or what was set below.
 std::filesystem::path ApplicationDataFolder();

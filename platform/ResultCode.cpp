@@ -44,14 +44,14 @@ constexpr OperationRow ByOperation[] = {
 };
 
 constexpr ErrnoRow ByErrno[] = {
-    {ENOENT, 2},      {ENOTDIR, 3},   {ELOOP, 3},         {EMFILE, 4},      {ENFILE, 4},
-    {EACCES, 5},      {EPERM, 5},     {EISDIR, 5},        {EBADF, 6},       {ENOMEM, 8},
-    {ENOBUFS, 8},     {EXDEV, 17},    {EROFS, 19},        {ENOMEDIUM, 21},  {EMEDIUMTYPE, 21},
-    {EBUSY, 32},      {ETXTBSY, 32},  {EAGAIN, 33},       {ENOLCK, 33},     {EDEADLK, 33},
-    {ENOTSUP, 50},    {ENOSYS, 50},   {ENOTTY, 50},       {EFAULT, 87},     {EOVERFLOW, 87},
-    {EPIPE, 109},     {ENOSPC, 112},  {EDQUOT, 112},      {ETIMEDOUT, 121}, {ERANGE, 122},
-    {ENOTEMPTY, 145}, {EEXIST, 183},  {ENAMETOOLONG, 206}, {EFBIG, 223},    {EINTR, 995},
-    {ECANCELED, 995}, {EIO, 1117},    {ESTALE, 1167},     {ENOLINK, 1167},  {ESHUTDOWN, 1167},
+    {ENOENT, 2},       {ENOTDIR, 3},  {ELOOP, 3},          {EMFILE, 4},      {ENFILE, 4},
+    {EACCES, 5},       {EPERM, 5},    {EISDIR, 5},         {EBADF, 6},       {ENOMEM, 8},
+    {ENOBUFS, 8},      {EXDEV, 17},   {EROFS, 19},         {ENOMEDIUM, 21},  {EMEDIUMTYPE, 21},
+    {EBUSY, 32},       {ETXTBSY, 32}, {EAGAIN, 33},        {ENOLCK, 33},     {EDEADLK, 33},
+    {ENOTSUP, 50},     {ENOSYS, 50},  {ENOTTY, 50},        {EFAULT, 87},     {EOVERFLOW, 87},
+    {EPIPE, 109},      {ENOSPC, 112}, {EDQUOT, 112},       {ETIMEDOUT, 121}, {ERANGE, 122},
+    {ENOTEMPTY, 145},  {EEXIST, 183}, {ENAMETOOLONG, 206}, {EFBIG, 223},     {EINTR, 995},
+    {ECANCELED, 995},  {EIO, 1117},   {ESTALE, 1167},      {ENOLINK, 1167},  {ESHUTDOWN, 1167},
     {EREMOTEIO, 1167},
 };
 

@@ -18,7 +18,8 @@ inline constexpr ResultCode ResultOutOfMemory = 8;
 inline constexpr ResultCode ResultWriteFault = 29;
 inline constexpr ResultCode ResultReadFault = 30;
 inline constexpr ResultCode ResultGeneralFailure = 31;
-inline constexpr ResultCode ResultShortRead = 38;  // a boot-sector read that ended at the source's end
+inline constexpr ResultCode ResultShortRead =
+    38;  // a boot-sector read that ended at the source's end
 inline constexpr ResultCode ResultNotSupported = 50;
 inline constexpr ResultCode ResultFileExists = 80;
 inline constexpr ResultCode ResultInvalidParameter = 87;

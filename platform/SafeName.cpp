@@ -4,8 +4,6 @@
 
 namespace {
 
-constexpr std::size_t LongestComponent = 255;  // of the common file systems, in bytes
-
 bool IsUnsafe(char letter)
 {
     const auto value = static_cast<unsigned char>(letter);

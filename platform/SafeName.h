@@ -5,6 +5,9 @@
 #include <string>
 #include <string_view>
 
+// The longest component that the common file systems take, in bytes.
+inline constexpr std::size_t LongestComponent = 255;
+
 // One path component made of a name from a source: "/", NUL and control characters become "_", and a
 // result that is empty, "." or ".." becomes underscores. At most 255 bytes, the last extension kept.
 std::string SafeFileName(std::string_view name);

@@ -5,15 +5,14 @@ namespace {
 constexpr char32_t Replacement = 0xFFFD;
 
 // The upper half of code page 437, 0x80 to 0xFF. All of these lie in the basic plane.
-constexpr char16_t CodePage437High[] =
-    u"ÇüéâäàåçêëèïîìÄÅ"
-    u"ÉæÆôöòûùÿÖÜ¢£¥₧ƒ"
-    u"áíóúñÑªº¿⌐¬½¼¡«»"
-    u"░▒▓│┤╡╢╖╕╣║╗╝╜╛┐"
-    u"└┴┬├─┼╞╟╚╔╩╦╠═╬╧"
-    u"╨╤╥╙╘╒╓╫╪┘┌█▄▌▐▀"
-    u"αßΓπΣσµτΦΘΩδ∞φε∩"
-    u"≡±≥≤⌠⌡÷≈°∙·√ⁿ²■\u00A0";
+constexpr char16_t CodePage437High[] = u"ÇüéâäàåçêëèïîìÄÅ"
+                                       u"ÉæÆôöòûùÿÖÜ¢£¥₧ƒ"
+                                       u"áíóúñÑªº¿⌐¬½¼¡«»"
+                                       u"░▒▓│┤╡╢╖╕╣║╗╝╜╛┐"
+                                       u"└┴┬├─┼╞╟╚╔╩╦╠═╬╧"
+                                       u"╨╤╥╙╘╒╓╫╪┘┌█▄▌▐▀"
+                                       u"αßΓπΣσµτΦΘΩδ∞φε∩"
+                                       u"≡±≥≤⌠⌡÷≈°∙·√ⁿ²■\u00A0";
 static_assert(std::size(CodePage437High) == 128 + 1);
 
 void AppendUtf8(std::string& out, char32_t point)
@@ -36,9 +35,18 @@ void AppendUtf8(std::string& out, char32_t point)
     }
 }
 
-bool IsHighSurrogate(char16_t unit) { return (unit & 0xFC00) == 0xD800; }
-bool IsLowSurrogate(char16_t unit) { return (unit & 0xFC00) == 0xDC00; }
-bool IsContinuation(char byte) { return (static_cast<unsigned char>(byte) & 0xC0) == 0x80; }
+bool IsHighSurrogate(char16_t unit)
+{
+    return (unit & 0xFC00) == 0xD800;
+}
+bool IsLowSurrogate(char16_t unit)
+{
+    return (unit & 0xFC00) == 0xDC00;
+}
+bool IsContinuation(char byte)
+{
+    return (static_cast<unsigned char>(byte) & 0xC0) == 0x80;
+}
 
 // Reads one code point at *at and moves it; a malformed byte is stepped over alone.
 char32_t NextUtf8(std::string_view text, std::size_t* at)
@@ -155,6 +163,11 @@ bool EqualIgnoringAsciiCase(std::string_view left, std::string_view right)
         }
     }
     return true;
+}
+
+std::string CutText(std::string_view text, std::size_t maxBytes)
+{
+    return std::string(PrefixAtCodePoint(text, maxBytes));
 }
 
 std::string CutName(std::string_view name, std::size_t maxBytes)

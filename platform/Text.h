@@ -20,6 +20,8 @@ std::string LowerAscii(std::string_view text);
 char LowerAscii(char letter);
 bool EqualIgnoringAsciiCase(std::string_view left, std::string_view right);
 
+// The text cut to at most maxBytes, at a code point.
+std::string CutText(std::string_view text, std::size_t maxBytes);
 // The name cut to at most maxBytes in its stem, at a code point, so that the last extension stays. An
 // extension that is too long itself is cut as plain text.
 std::string CutName(std::string_view name, std::size_t maxBytes);

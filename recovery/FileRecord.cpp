@@ -11,4 +11,7 @@ void StoreName(char (&field)[NameCapacity], std::string_view name)
     std::memcpy(field, fitting.data(), fitting.size());
 }
 
-void FileRecord::SetName(std::string_view name) { StoreName(Name, name); }
+void FileRecord::SetName(std::string_view name)
+{
+    StoreName(Name, name);
+}

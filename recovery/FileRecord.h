@@ -39,9 +39,9 @@ struct FileRecord
     std::uint64_t WriteTime = 0;        // 46
     std::uint64_t FileSize = 0;         // 54: bytes; 0 for folders
     std::uint64_t DataStart = 0;        // 62: FAT: sectors from partition start to cluster 2
-    std::uint64_t EntrySector = 0;      // 70: LBA of the directory entry, NTFS record or carved head
-    std::uint64_t PartitionStart = 0;   // 78: LBA
-    char Name[NameCapacity] = {};       // 86: UTF-8, NUL-terminated
+    std::uint64_t EntrySector = 0;     // 70: LBA of the directory entry, NTFS record or carved head
+    std::uint64_t PartitionStart = 0;  // 78: LBA
+    char Name[NameCapacity] = {};      // 86: UTF-8, NUL-terminated
 
     // The name up to its NUL; never runs out of the field.
     std::string_view NameText() const

@@ -31,10 +31,14 @@ using FileProgressCallback = ResultCode (*)(void* context,
                                             const std::filesystem::path& path);
 
 // Called during ReadRecordData; result as above.
-using PreviewProgressCallback = ResultCode (*)(void* context, std::int32_t percent, ResultCode error);
+using PreviewProgressCallback = ResultCode (*)(void* context,
+                                               std::int32_t percent,
+                                               ResultCode error);
 
 // Called during SearchRecords; a non-zero result stops the search.
-using SearchProgressCallback = ResultCode (*)(void* context, std::int32_t percent, std::int32_t reserved);
+using SearchProgressCallback = ResultCode (*)(void* context,
+                                              std::int32_t percent,
+                                              std::int32_t reserved);
 
 // A pattern for SearchRecords that takes every file: names without extension and pictures whose head is
 // gone too. No extension list looks like this.
@@ -65,15 +69,17 @@ public:
     // Scans into a new store with a null name; with a name reopens that store and scans nothing.
     [[nodiscard]] virtual ResultCode Scan(const std::string* logName) = 0;
     // Appends the children of a folder, sorted; a null parent with depth 0 is the root.
-    [[nodiscard]] virtual ResultCode
-    ListChildren(const FileRecord* parentRecord, std::uint32_t depth, FileRecordList& outRecords) = 0;
+    [[nodiscard]] virtual ResultCode ListChildren(const FileRecord* parentRecord,
+                                                  std::uint32_t depth,
+                                                  FileRecordList& outRecords) = 0;
     // Counts the files below a folder.
     [[nodiscard]] virtual ResultCode
     CountChildren(const FileRecord* parentRecord, std::uint32_t depth, std::uint32_t& outCount) = 0;
     // Records written since the store was made: 0 on a reopened one.
     virtual std::uint64_t GetRecordCount() const = 0;
     // The folders above a record, each followed by "\"; neither drive nor the record's own name.
-    [[nodiscard]] virtual ResultCode GetRecordPath(const FileRecord* record, std::string& outPath) = 0;
+    [[nodiscard]] virtual ResultCode GetRecordPath(const FileRecord* record,
+                                                   std::string& outPath) = 0;
     // Writes a file to destPath, or a folder's tree below it; baseDepth is the number of path separators in
     // the destination root.
     [[nodiscard]] virtual ResultCode RestoreRecord(const FileRecord* record,
@@ -85,7 +91,8 @@ public:
     virtual ResultCode SetSearchCallback(SearchProgressCallback callback, void* context) = 0;
     // Appends every file whose extension is a substring of the pattern, then sorts the whole list. 1 when
     // the record file was read, also when the callback stopped it; 0 when it could not be opened.
-    virtual std::int32_t SearchRecords(std::string_view extensionPattern, FileRecordList& outRecords) = 0;
+    virtual std::int32_t SearchRecords(std::string_view extensionPattern,
+                                       FileRecordList& outRecords) = 0;
     // 0 when the engine can answer NextFreeRange from now on (or has nothing to build).
     [[nodiscard]] virtual ResultCode BuildUsedClusterMap() = 0;
     // A picture, clip or sound goes to a temporary file whose path is stored; anything else into buffer, up

@@ -2,19 +2,21 @@
 
 #include "platform/Text.h"
 
-const std::string_view FamilyPhoto =
-    "*.bmp|*.gif|*.jpg|*.jpeg|*.png|*.psd|*.tif|*.tiff|*.pcx|*.scr|*.ico|*.nef|*.nrw|*.crw|*.cr2|*.sr2|"
-    "*.arw|*.srf|*.divu|*.pgm|*.k25|*.kdc|*.dcr|*.raf|*.iff|*.pbm|*.mef|*.jp2|*.mos|*.x3f|*.orf|*.erf|"
-    "*.indd|*.pef|*.psp|*.mrw|*.dng|*.raw|*.pct|*.tga|*.thm|";
-const std::string_view FamilyAudio =
-    "*.mp3|*.wav|*.aiff|*.rps|*.mid|*.midi|*.m4a|*.m4p|*.au|*.ogg|*.wma|*.rm|*.ra|*.acd|*.amr|*.at3|"
-    "*.caf|*.dss|*.m4r|*.nra|*.snd|";
+const std::string_view FamilyPhoto = "*.bmp|*.gif|*.jpg|*.jpeg|*.png|*.psd|*.tif|*.tiff|*.pcx|*."
+                                     "scr|*.ico|*.nef|*.nrw|*.crw|*.cr2|*.sr2|"
+                                     "*.arw|*.srf|*.divu|*.pgm|*.k25|*.kdc|*.dcr|*.raf|*.iff|*.pbm|"
+                                     "*.mef|*.jp2|*.mos|*.x3f|*.orf|*.erf|"
+                                     "*.indd|*.pef|*.psp|*.mrw|*.dng|*.raw|*.pct|*.tga|*.thm|";
+const std::string_view FamilyAudio = "*.mp3|*.wav|*.aiff|*.rps|*.mid|*.midi|*.m4a|*.m4p|*.au|*.ogg|"
+                                     "*.wma|*.rm|*.ra|*.acd|*.amr|*.at3|"
+                                     "*.caf|*.dss|*.m4r|*.nra|*.snd|";
 const std::string_view FamilyVideo =
-    "*.rmvb|*.rm|*.mpeg|*.mov|*.avi|*.wmv|*.asf|*.mp4|*.m4v|*.3gp|*.dv|*.3g2|*.m4b|*.mkv|*.mts|*.divx|"
+    "*.rmvb|*.rm|*.mpeg|*.mov|*.avi|*.wmv|*.asf|*.mp4|*.m4v|*.3gp|*.dv|*.3g2|*.m4b|*.mkv|*.mts|*."
+    "divx|"
     "*.ogm|*.moi|*.vob|*.ajp|*.f4v|*.mqv|*.svi|*.vid|*.tod|*.hdmov|*.mod|*.mxf|*.lrv|*.m2t|";
-const std::string_view FamilyDocument =
-    "*.doc|*.xls|*.ppt|*.odt|*.ods|*.pdf|*.docx|*.xlsx|*.pptx|*.ole|*.txt|*.xml|*.chm|*.html|*.pst|*.dbx|"
-    "*.wps|*.dps|*.et|*.one|*.mpp|*.mdb|*.accdb|";
+const std::string_view FamilyDocument = "*.doc|*.xls|*.ppt|*.odt|*.ods|*.pdf|*.docx|*.xlsx|*.pptx|*"
+                                        ".ole|*.txt|*.xml|*.chm|*.html|*.pst|*.dbx|"
+                                        "*.wps|*.dps|*.et|*.one|*.mpp|*.mdb|*.accdb|";
 const std::string_view FamilyArchive =
     "*.zip|*.rar|*.gzip|*.tar|*.7z|*.cab|*.arj|*.lzh|*.ace|*.gz|*.uue|*.bz2|*.jar|*.iso|";
 

@@ -1,25 +1,11 @@
 // Recognises the file system in a target's first 16 KB and makes the engine that fits, opened.
 #pragma once
 
-#include "platform/ByteView.h"
 #include "recovery/FileRecoveryParse.h"
 
 #include <cstdint>
 #include <filesystem>
 #include <memory>
-
-enum class FileSystemKind
-{
-    Fat = 2,
-    Ntfs = 3,
-    Ext = 4,
-    Unknown = 5
-};
-
-inline constexpr std::size_t RecognitionBytes = 16384;
-
-// Judged from the first RecognitionBytes of a target: NTFS first, then FAT, then Ext.
-FileSystemKind RecogniseFileSystem(ByteView start);
 
 // One object for the process, made on first use, not locked: one worker thread at a time calls it.
 class RecoveryEngineFactory

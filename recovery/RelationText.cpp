@@ -2,7 +2,10 @@
 
 namespace {
 
-bool IsDigit(char letter) { return letter >= '0' && letter <= '9'; }
+bool IsDigit(char letter)
+{
+    return letter >= '0' && letter <= '9';
+}
 
 // The decimal number at the start of text; 0 without a digit. Too many digits wrap around.
 std::uint64_t LeadingNumber(std::string_view text)
@@ -25,7 +28,8 @@ std::size_t ParseList(std::string_view text, std::vector<std::uint32_t>& outNumb
         if (text[at] != ',' && text[at] != ']') {
             continue;
         }
-        outNumbers.push_back(static_cast<std::uint32_t>(LeadingNumber(text.substr(start, at - start))));
+        outNumbers.push_back(
+            static_cast<std::uint32_t>(LeadingNumber(text.substr(start, at - start))));
         start = at + 1;
         if (text[at] == ']') {
             return start;
@@ -41,7 +45,8 @@ std::map<std::uint64_t, std::vector<std::uint32_t>> ParseRelationText(std::strin
     constexpr std::string_view KeyMark = " | ";
     constexpr std::string_view ListMark = "- [";
     std::map<std::uint64_t, std::vector<std::uint32_t>> relation;
-    for (std::size_t at = text.find(KeyMark); at != std::string_view::npos; at = text.find(KeyMark, at)) {
+    for (std::size_t at = text.find(KeyMark); at != std::string_view::npos;
+         at = text.find(KeyMark, at)) {
         at += KeyMark.size();
         const std::size_t list = text.find(ListMark, at);
         if (list == std::string_view::npos) {
@@ -56,7 +61,9 @@ std::map<std::uint64_t, std::vector<std::uint32_t>> ParseRelationText(std::strin
     return relation;
 }
 
-void AppendRelationEntry(std::uint64_t key, std::span<const std::uint32_t> numbers, std::string& text)
+void AppendRelationEntry(std::uint64_t key,
+                         std::span<const std::uint32_t> numbers,
+                         std::string& text)
 {
     text += " | ";
     text += std::to_string(key);

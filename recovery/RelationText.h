@@ -13,4 +13,6 @@
 std::map<std::uint64_t, std::vector<std::uint32_t>> ParseRelationText(std::string_view text);
 
 // Appends one entry to text.
-void AppendRelationEntry(std::uint64_t key, std::span<const std::uint32_t> numbers, std::string& text);
+void AppendRelationEntry(std::uint64_t key,
+                         std::span<const std::uint32_t> numbers,
+                         std::string& text);

@@ -6,8 +6,9 @@
 #include "recovery/FileTypeCatalogue.h"
 #include "recovery/ScanLogDirectory.h"
 
-#include <algorithm>
 #include <queue>
+
+#include <algorithm>
 
 namespace {
 
@@ -76,7 +77,8 @@ ResultCode RestoreFolderTree(IFileRecoveryParse& engine,
         const RestoreItem item = std::move(waiting.front());
         waiting.pop();
         FileRecordList children;
-        result = engine.ListChildren(&item.record, CountSeparators(item.path) - baseDepth, children);
+        result =
+            engine.ListChildren(&item.record, CountSeparators(item.path) - baseDepth, children);
         if (result != ResultSuccess) {
             continue;
         }

@@ -10,7 +10,10 @@ ScanLogDirectory& ScanLogDirectory::Instance()
     return directory;
 }
 
-ScanLogDirectory::ScanLogDirectory() { Reload(); }
+ScanLogDirectory::ScanLogDirectory()
+{
+    Reload();
+}
 
 void ScanLogDirectory::Reload()
 {
@@ -37,4 +40,7 @@ void ScanLogDirectory::BeginNewLog()
     (void)RemoveTree(FolderOf(logCounter));  // what cannot be removed is appended to
 }
 
-void ScanLogDirectory::UndoLogNumber() { --logCounter; }
+void ScanLogDirectory::UndoLogNumber()
+{
+    --logCounter;
+}

@@ -1,8 +1,7 @@
 // The queries of ScanRecordStore: listing, counting and searching records, and a record's folder path.
+#include "platform/Text.h"
 #include "recovery/FileTypeCatalogue.h"
 #include "recovery/ScanRecordStore.h"
-
-#include "platform/Text.h"
 
 #include <algorithm>
 #include <unordered_set>
@@ -192,12 +191,14 @@ ResultCode ScanRecordStore::FindRecordByNode(std::uint32_t nodeId, FileRecord& o
 {
     IndexFolders();
     const auto found = foldersByNode.find(nodeId);
-    return found != foldersByNode.end() ? ReadRecord(found->second, outRecord) : ResultInvalidParameter;
+    return found != foldersByNode.end() ? ReadRecord(found->second, outRecord)
+                                        : ResultInvalidParameter;
 }
 
 // The folder that a record is linked under: *outFound is false at the root. Of a folder known by name alone only
 // Name and RecordNumber are set.
-ResultCode ScanRecordStore::FolderAbove(const FileRecord& record, FileRecord& outFolder, bool* outFound)
+ResultCode
+ScanRecordStore::FolderAbove(const FileRecord& record, FileRecord& outFolder, bool* outFound)
 {
     *outFound = false;
     const auto key = parentKeys.find(record.RecordNumber);
@@ -244,7 +245,8 @@ ResultCode ScanRecordStore::GetRecordPath(const FileRecord* record, std::string&
     return ResultSuccess;
 }
 
-std::int32_t ScanRecordStore::SearchRecords(std::string_view extensionPattern, FileRecordList& outRecords)
+std::int32_t ScanRecordStore::SearchRecords(std::string_view extensionPattern,
+                                            FileRecordList& outRecords)
 {
     const std::string_view pattern = extensionPattern.substr(0, LongestPattern);
     (void)FlushStore();  // what could not be written is not found

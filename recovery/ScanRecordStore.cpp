@@ -38,21 +38,17 @@ std::vector<char> ReadAll(const FileHandle& file)
 
 }  // namespace
 
-ScanRecordStore::~ScanRecordStore() { (void)FlushStore(); }
+ScanRecordStore::~ScanRecordStore()
+{
+    (void)FlushStore();
+}
 
 std::string ScanRecordStore::MakeName(std::string_view prefix, std::uint64_t startLba)
 {
     const CalendarTime now = LocalTimeNow();
     char digits[96] = {};
-    std::snprintf(digits,
-                  sizeof digits,
-                  "%lld_%d%d%d%d%2d",
-                  static_cast<long long>(startLba),
-                  now.year,
-                  now.month,
-                  now.day,
-                  now.hour,
-                  now.minute);
+    std::snprintf(digits, sizeof digits, "%lld_%d%d%d%d%2d", static_cast<long long>(startLba),
+                  now.year, now.month, now.day, now.hour, now.minute);
     return std::string(prefix) + digits;
 }
 
@@ -97,7 +93,8 @@ void ScanRecordStore::LoadDirInfo()
     const std::vector<char> bytes = ReadAll(dirInfoFile);
     dirInfo.resize(bytes.size() / sizeof(DirInfoRecord));
     if (!dirInfo.empty()) {
-        std::memcpy(static_cast<void*>(dirInfo.data()), bytes.data(), dirInfo.size() * sizeof(DirInfoRecord));
+        std::memcpy(static_cast<void*>(dirInfo.data()), bytes.data(),
+                    dirInfo.size() * sizeof(DirInfoRecord));
     }
 }
 
@@ -111,7 +108,9 @@ FileRecord& ScanRecordStore::ReserveRecord()
     return buffer[bufferUsed++] = FileRecord();
 }
 
-void ScanRecordStore::LinkRecord(std::uint32_t parentId, std::uint32_t depth, std::uint32_t recordNumber)
+void ScanRecordStore::LinkRecord(std::uint32_t parentId,
+                                 std::uint32_t depth,
+                                 std::uint32_t recordNumber)
 {
     relation[MakeKey(depth, parentId)].push_back(recordNumber);
     relationChanged = true;
@@ -179,7 +178,8 @@ ResultCode ScanRecordStore::WriteRelation()
         AppendRelationEntry(at->first, at->second, text);
         ++at;
         if (text.size() >= ReadPiece || at == relation.end()) {
-            if (const ResultCode result = relationFile.WriteAt(position, text.data(), text.size())) {
+            if (const ResultCode result =
+                    relationFile.WriteAt(position, text.data(), text.size())) {
                 return result;
             }
             position += text.size();

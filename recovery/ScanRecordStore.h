@@ -83,7 +83,7 @@ private:
     FileHandle dirInfoFile;
     std::filesystem::path mainPath;
     std::vector<FileRecord> buffer = std::vector<FileRecord>(BufferRecords);
-    std::size_t bufferUsed = 0;       // in records
+    std::size_t bufferUsed = 0;        // in records
     std::uint64_t appendPosition = 0;  // in the main file, bytes
     std::uint32_t recordCount = 0;
     Relation relation;
@@ -94,9 +94,10 @@ private:
     void* searchContext = nullptr;
 
     // Made when a path is first asked for, dropped when what they were made from changes.
-    std::unordered_map<std::uint32_t, std::uint64_t> parentKeys;      // record number to its lowest key
-    std::unordered_map<std::uint32_t, std::size_t> dirInfoByFolder;   // folder id to its first entry
-    std::unordered_map<std::uint32_t, std::uint32_t> foldersByNode;  // node to its place in the main file
+    std::unordered_map<std::uint32_t, std::uint64_t> parentKeys;  // record number to its lowest key
+    std::unordered_map<std::uint32_t, std::size_t> dirInfoByFolder;  // folder id to its first entry
+    std::unordered_map<std::uint32_t, std::uint32_t>
+        foldersByNode;  // node to its place in the main file
     bool parentsIndexed = false;
     bool foldersIndexed = false;
 };

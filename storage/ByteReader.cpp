@@ -83,4 +83,7 @@ ReadWhole(IByteReader& reader, std::uint64_t position, std::uint8_t* buffer, std
     return got == count ? ResultSuccess : ResultShortRead;
 }
 
-void SetReaderDecorator(ReaderDecorator decorator) { CurrentDecorator() = std::move(decorator); }
+void SetReaderDecorator(ReaderDecorator decorator)
+{
+    CurrentDecorator() = std::move(decorator);
+}

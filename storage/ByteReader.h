@@ -17,8 +17,10 @@ public:
     IByteReader& operator=(const IByteReader&) = delete;
     virtual ~IByteReader() = default;
     // As FileHandle::ReadAt: *outRead is always set, fewer bytes with result 0 means the end.
-    [[nodiscard]] virtual ResultCode
-    ReadAt(std::uint64_t position, std::uint8_t* buffer, std::size_t count, std::size_t* outRead) = 0;
+    [[nodiscard]] virtual ResultCode ReadAt(std::uint64_t position,
+                                            std::uint8_t* buffer,
+                                            std::size_t count,
+                                            std::size_t* outRead) = 0;
 };
 
 // A source as opened: what to read from, and what the platform tells about it.
@@ -32,7 +34,8 @@ struct OpenedSource
 // Opens a drive by its number in the DriveRegistry. The out parameter is untouched on failure.
 [[nodiscard]] ResultCode OpenDriveSource(std::uint32_t diskNumber, OpenedSource& outSource);
 // Opens an image file (or anything seekable) read-only.
-[[nodiscard]] ResultCode OpenImageSource(const std::filesystem::path& path, OpenedSource& outSource);
+[[nodiscard]] ResultCode OpenImageSource(const std::filesystem::path& path,
+                                         OpenedSource& outSource);
 
 // One read of exactly count bytes: 0, the platform's error, or ResultShortRead when fewer came.
 [[nodiscard]] ResultCode

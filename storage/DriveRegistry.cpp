@@ -27,7 +27,10 @@ std::filesystem::path DriveRegistry::DeviceOf(std::uint32_t diskNumber) const
     return found != m_devices.end() ? found->second : std::filesystem::path();
 }
 
-void DriveRegistry::Forget(std::uint32_t diskNumber) { m_devices.erase(diskNumber); }
+void DriveRegistry::Forget(std::uint32_t diskNumber)
+{
+    m_devices.erase(diskNumber);
+}
 
 ResultCode DriveRegistry::Open(std::uint32_t diskNumber, FileHandle& outHandle) const
 {

@@ -16,6 +16,7 @@ ResultCode SectorSource::OpenDrive(std::uint32_t diskNumber)
     const ResultCode result = OpenDriveSource(diskNumber, source);
     if (result == ResultSuccess) {
         totalSectors = source.sizeBytes / source.sectorSize;
+        totalBytes = source.sizeBytes;
         reader = std::move(source.reader);
     }
     return result;
@@ -27,6 +28,7 @@ ResultCode SectorSource::OpenImage(const std::filesystem::path& filePath)
     const ResultCode result = OpenImageSource(filePath, source);
     if (result == ResultSuccess) {
         totalSectors = source.sizeBytes / ImageSectorSize;
+        totalBytes = source.sizeBytes;
         reader = std::move(source.reader);
     }
     return result;
@@ -52,7 +54,8 @@ ResultCode SectorSource::ReadSectors(std::uint8_t* buffer,
     ResultCode result = ResultSuccess;
     while (done < wanted && result == ResultSuccess) {
         std::size_t got = 0;
-        result = reader->ReadAt(lba * unit + done, buffer + done, std::min(LargestPiece, wanted - done), &got);
+        result = reader->ReadAt(lba * unit + done, buffer + done,
+                                std::min(LargestPiece, wanted - done), &got);
         done += got;
         if (result != ResultSuccess || got == 0) {
             result = ResultReadFault;

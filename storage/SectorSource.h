@@ -30,6 +30,7 @@ public:
     bool IsOpen() const { return reader != nullptr; }
 
     std::uint64_t totalSectors = 0;  // size of the whole drive or file; 0 until opened
+    std::uint64_t totalBytes = 0;    // the same in bytes, a partial last sector included
 
 private:
     std::unique_ptr<IByteReader> reader;

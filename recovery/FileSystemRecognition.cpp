@@ -1,0 +1,114 @@
+#include "recovery/FileSystemRecognition.h"
+
+#include <bit>
+#include <string_view>
+
+namespace {
+
+using std::string_view_literals::operator""sv;
+
+constexpr std::size_t ExtSuperblockOffset = 1024;
+
+bool HasBootMark(ByteView sector)
+{
+    return sector.U8(510) == 0x55 && sector.U8(511) == 0xAA;
+}
+
+bool IsPowerOfTwoUpTo(std::uint32_t value, std::uint32_t largest)
+{
+    return value <= largest && std::has_single_bit(value);
+}
+
+// Volume encryption leaves a boot sector that looks like FAT.
+bool IsEncryptedVolume(ByteView sector)
+{
+    constexpr std::string_view Trailer =
+        "\x78\x78\x78\x78\x78\x78\x78\x78"
+        "\xFF\xFF\xFF\xFF\xFF\xFF\xFF\xFF\xFF\xFF\xFF\xFF\xFF\xFF\xFF\xFF\xFF\xFF\xFF"
+        "\x00\x1F\x2C"sv;
+    static_assert(Trailer.size() == 30);
+    return sector.Matches(3, "-FVE-FS-") || sector.Matches(480, Trailer);
+}
+
+bool PassesPlainFatTest(ByteView sector)
+{
+    return sector.U8(16) != 0 && (sector.U16(19) != 0 || sector.U32(32) != 0) &&
+           IsPowerOfTwoUpTo(sector.U8(13), 128) && sector.U16(22) != 0 && HasBootMark(sector);
+}
+
+bool PassesFat32Test(ByteView sector)
+{
+    return HasFat32Mark(sector) && sector.U8(16) != 0 && sector.U32(32) != 0 &&
+           sector.U32(36) != 0 && IsPowerOfTwoUpTo(sector.U8(13), 128) && HasBootMark(sector);
+}
+
+}  // namespace
+
+bool HasFat32Mark(ByteView sector)
+{
+    return sector.Matches(82, "FAT32   ");
+}
+
+bool IsNtfsBootSector(ByteView sector)
+{
+    constexpr std::size_t ZeroBytes[] = {16, 17, 18, 19, 20, 22, 23, 32, 33, 34, 35};
+    for (const std::size_t offset : ZeroBytes) {
+        if (sector.U8(offset) != 0) {
+            return false;
+        }
+    }
+    // 128 is left out: the cluster size is read as a signed byte, which cannot hold it.
+    return sector.Matches(3, "NTFS    ") && sector.U16(11) % 512 == 0 && sector.U16(14) == 0 &&
+           IsPowerOfTwoUpTo(sector.U8(13), 64) && sector.U64(40) != 0 && HasBootMark(sector);
+}
+
+bool IsFatBootSector(ByteView sector)
+{
+    if (IsEncryptedVolume(sector)) {
+        return false;
+    }
+    const std::uint32_t fatSize = sector.U16(22) != 0 ? sector.U16(22) : sector.U32(36);
+    const std::uint32_t totalSectors = sector.U32(32) != 0 ? sector.U32(32) : sector.U16(19);
+    const std::uint32_t bytesPerSector = sector.U16(11);
+    const std::uint32_t sectorsPerCluster = sector.U8(13);
+    if (bytesPerSector == 0 || sectorsPerCluster == 0 || bytesPerSector % 512 != 0) {
+        return false;
+    }
+    // In 32 bits, wrap included: a total smaller than its areas passes or fails by what the wrap leaves.
+    const std::uint32_t rootSectors = std::uint32_t{sector.U16(17)} * 32 / bytesPerSector;
+    const std::uint32_t clusters =
+        (totalSectors - sector.U16(14) - sector.U8(16) * fatSize - rootSectors) / sectorsPerCluster;
+    constexpr std::uint32_t ClusterLimit = 0xFFFFFF0;
+    return clusters < ClusterLimit && (PassesFat32Test(sector) || PassesPlainFatTest(sector));
+}
+
+bool IsExtSuperblock(ByteView superblock)
+{
+    const std::uint32_t inodes = superblock.U32(0);
+    const std::uint32_t blocks = superblock.U32(4);
+    const std::uint32_t firstBlock = superblock.U32(20);
+    const std::uint32_t blocksPerGroup = superblock.U32(32);
+    const std::uint32_t inodesPerGroup = superblock.U32(40);
+    const std::uint32_t firstInode = superblock.U32(84);
+    if (superblock.U16(56) != 0xEF53 || blocks == 0 || inodes == 0 || blocksPerGroup == 0 ||
+        inodesPerGroup == 0 || firstInode <= 2 || inodes <= firstInode) {
+        return false;
+    }
+    const std::uint32_t blockSize = std::uint32_t{1024} << (superblock.U32(24) % 32);
+    const std::uint32_t groupsByBlocks = (blocks - firstBlock - 1) / blocksPerGroup + 1;
+    const std::uint32_t groupsByInodes = (inodes - 1) / inodesPerGroup + 1;
+    return groupsByBlocks == groupsByInodes && firstBlock == (blockSize == 1024 ? 1u : 0u);
+}
+
+FileSystemKind RecogniseFileSystem(ByteView start)
+{
+    const ByteView sector = start.Sub(0, 512);
+    if (IsNtfsBootSector(sector)) {
+        return FileSystemKind::Ntfs;
+    }
+    if (IsFatBootSector(sector)) {
+        return FileSystemKind::Fat;
+    }
+    return IsExtSuperblock(start.Sub(ExtSuperblockOffset)) ? FileSystemKind::Ext
+                                                           : FileSystemKind::Unknown;
+}

@@ -1,0 +1,348 @@
+// The scan of CFastFatRecovery: the walk through the folders, one record for each file found, then the folders above
+// them.
+#include "platform/FileTime.h"
+#include "recovery/FileTypeCatalogue.h"
+#include "recovery/carving/CarveDriver.h"
+#include "recovery/carving/FatDateTime.h"
+#include "recovery/carving/SectorValidators.h"
+#include "recovery/fat/FastFatRecovery.h"
+
+namespace {
+
+constexpr std::uint64_t ReportInterval = 5000;  // milliseconds
+constexpr std::int32_t FullRange = 100;         // a scan of its own
+constexpr std::int32_t DeepRange = 9;           // the first stage of a deep scan
+constexpr std::uint32_t RootUnitBytes = 16384;  // of FAT12 and FAT16
+constexpr std::uint32_t LastHighWord = 256;
+constexpr std::uint16_t LowestMinuteBit = 0x20;
+
+void SetTimes(ByteView entry, FileRecord& record)
+{
+    record.CreationTime = FileTimeFromFatCreation(entry.U16(16), entry.U16(14), entry.U8(13));
+    record.AccessTime = FileTimeFromFat(entry.U16(18), 0);
+    // The minutes of the write time lose their lowest bit; it stays so.
+    record.WriteTime = FileTimeFromFat(
+        entry.U16(24), static_cast<std::uint16_t>(entry.U16(22) & ~LowestMinuteBit));
+}
+
+// A count up and a count down by one for every five seconds: neither measures anything.
+struct Ticker
+{
+    std::uint64_t lastReport = TickMilliseconds();
+    std::int32_t step = 1;
+    std::int32_t left = 100;
+    std::int32_t deepStep = 20;
+};
+
+}  // namespace
+
+ResultCode CFastFatRecovery::Report(std::int32_t progress, std::int32_t secondsLeft) const
+{
+    return scanCallback != nullptr
+               ? scanCallback(callbackContext, progress, progressRange, secondsLeft, 0, 0, 0, 0)
+               : ResultSuccess;
+}
+
+ResultCode CFastFatRecovery::Scan(const std::string* logName)
+{
+    folderMap.clear();
+    folderQueue = {};
+    chainList.clear();
+    chained.clear();
+    ++folderMapVersion;
+    store = std::make_unique<ScanRecordStore>();
+    store->SetSearchCallback(searchCallback, searchContext);
+    if (logName != nullptr) {
+        (void)store->OpenStore(*logName);  // a store that is gone has nothing to show
+        return ResultSuccess;
+    }
+    (void)store->OpenStore(
+        ScanRecordStore::MakeName("Fast_", startLba));  // the search tells that nothing was kept
+    ResultCode result = Report(1, -1);
+    if (result == ResultSuccess) {
+        result = WalkFolders();
+    }
+    if (result != ResultSuccess) {
+        return result;
+    }
+    result = Report(80, 10);
+    if (result != ResultSuccess) {
+        return result;
+    }
+    RecordFolders();
+    return Report(100, 0);
+}
+
+ResultCode CFastFatRecovery::WalkFolders()
+{
+    Ticker ticker;
+    std::unordered_set<std::uint32_t> walked;
+    folderQueue.push(geometry.rootCluster);
+    ResultCode result = ResultSuccess;
+    while (result == ResultSuccess && !folderQueue.empty()) {
+        const std::uint32_t cluster = folderQueue.front();
+        folderQueue.pop();
+        if (!walked.insert(cluster).second) {
+            continue;
+        }
+        WalkDirectory(cluster);
+        const std::uint64_t now = TickMilliseconds();
+        if (now - ticker.lastReport < ReportInterval) {
+            continue;
+        }
+        if (progressRange == FullRange) {
+            result = Report(++ticker.step, --ticker.left);
+            ticker.lastReport = now;
+        } else if (progressRange == DeepRange) {
+            result = Report(++ticker.deepStep, -1);
+            ticker.lastReport = now;
+        }
+    }
+    return result;
+}
+
+// Only folders that lead to a found file get a record.
+void CFastFatRecovery::RecordFolders()
+{
+    for (const std::uint32_t cluster : chainList) {
+        const auto folder = folderMap.find(cluster);
+        if (folder == folderMap.end()) {
+            continue;
+        }
+        const std::uint32_t parent = folder->second.RecordNumber;
+        FileRecord& record = store->ReserveRecord();
+        record = folder->second;
+        record.RecordNumber = store->GetRecordCount();
+        store->LinkFolder(parent, folderDepth.DepthOf(parent), record.RecordNumber, record.NodeId,
+                          record.NameText());
+    }
+}
+
+void CFastFatRecovery::WalkDirectory(std::uint32_t cluster)
+{
+    const bool isFixedRoot = cluster == 0 && !geometry.isFat32;
+    const std::uint32_t unitBytes = isFixedRoot ? RootUnitBytes : geometry.ClusterBytes();
+    const auto unitSectors = static_cast<std::int32_t>(unitBytes) / geometry.sectorSize;
+    std::vector<std::uint8_t> unit(unitBytes);
+    FolderWalk walk;
+    walk.folderId = cluster;
+    walk.entrySector = startLba + geometry.SectorOfFolder(cluster);
+    const auto known = folderMap.find(cluster);
+    const bool isChecked = known != folderMap.end();
+    walk.inDeleted = isChecked && known->second.InDeletedFolder != 0;
+    // A chain in a ring must not be walked for ever.
+    std::unordered_set<std::uint32_t> read;
+    for (std::uint32_t current = cluster; read.insert(current).second;) {
+        std::int32_t sectorsRead = 0;
+        const std::uint64_t lba = startLba + geometry.SectorOfFolder(current);
+        if (source.ReadSectors(unit.data(), unitSectors, lba, geometry.sectorSize, &sectorsRead) !=
+            ResultSuccess) {
+            return;
+        }
+        // On every cluster, so that a sub-folder is walked no further than its first one and a cluster that was
+        // given to a file is not read as a folder.
+        if (isChecked && current != geometry.rootCluster && !StartsWithDotEntries(ByteView(unit))) {
+            return;
+        }
+        if (!WalkUnit(ByteView(unit), walk)) {
+            return;
+        }
+        const std::uint32_t next = table.NextCluster(current);
+        if (next == 0 || next == current) {
+            return;
+        }
+        current = next;
+    }
+}
+
+// False ends the whole folder.
+bool CFastFatRecovery::WalkUnit(ByteView unit, FolderWalk& walk)
+{
+    const auto sectorBytes = static_cast<std::size_t>(geometry.sectorSize);
+    for (std::size_t offset = 0; offset < unit.Size(); offset += DirEntryBytes) {
+        // Not at index 0, so the sector lags by one for each unit behind the first; it stays so.
+        if (offset != 0 && offset % sectorBytes == 0) {
+            ++walk.entrySector;
+        }
+        const ByteView entries = unit.Sub(offset);
+        if (entries.U8(0) == 0 || !TakeEntry(entries, walk)) {
+            return false;
+        }
+    }
+    return true;
+}
+
+bool CFastFatRecovery::TakeEntry(ByteView entries, FolderWalk& walk)
+{
+    if (!IsValidDirEntry(entries)) {
+        walk.longName.Reset();
+        return true;
+    }
+    const ByteView entry = entries.Sub(0, DirEntryBytes);
+    const std::uint8_t attributes = entry.U8(EntryAttributes);
+    if (attributes == AttributeLongName) {
+        return walk.longName.AddPiece(entry);
+    }
+    if ((attributes & AttributeFolder) != 0) {
+        TakeFolder(entry, walk);
+    } else if ((attributes & AttributeArchive) != 0) {
+        TakeFile(entry, walk);
+    } else {
+        walk.longName
+            .Release();  // a volume label; pieces in front of it join the next name, which stays so
+    }
+    return true;
+}
+
+void CFastFatRecovery::TakeFolder(ByteView entry, FolderWalk& walk)
+{
+    const std::string name =
+        walk.longName.HasPieces() ? walk.longName.Take() : ShortFolderName(entry);
+    if (name == ".") {
+        walk.folderId = FirstClusterOf(entry);
+        return;
+    }
+    if (name == "..") {
+        return;
+    }
+    FileRecord record;
+    record.SetName(name);
+    SetTimes(entry, record);
+    record.NodeId = FirstClusterOfEntry(entry, nullptr);
+    record.EngineKind = EngineKindFastFat;
+    record.ClusterBytes = geometry.ClusterBytes();
+    record.DriveLetter = driveLetter;
+    record.IsFolder = 1;
+    record.RecordNumber = walk.folderId;
+    record.DataStart = geometry.dataStart;
+    record.InDeletedFolder = entry.U8(0) == DeletedMark || walk.inDeleted ? 1 : 0;
+    if (record.NodeId != 0 && record.NodeId != walk.folderId) {
+        folderQueue.push(record.NodeId);
+        folderMap[record.NodeId] = record;  // the last entry seen stands
+        ++folderMapVersion;
+    }
+}
+
+void CFastFatRecovery::TakeFile(ByteView entry, FolderWalk& walk)
+{
+    const std::string name =
+        walk.longName.HasPieces() ? walk.longName.Take() : ShortFileName(entry);
+    if (entry.U8(0) == DeletedMark || walk.inDeleted) {
+        RecordFile(entry, name, walk);
+    }
+}
+
+void CFastFatRecovery::RecordFile(ByteView entry, const std::string& name, const FolderWalk& walk)
+{
+    FileRecord& record = store->ReserveRecord();
+    record.RecordNumber = store->GetRecordCount();
+    record.SetName(name);
+    SetTimes(entry, record);
+    record.NodeId = FirstClusterOfEntry(entry, &name);
+    record.FileSize = entry.U32(EntrySize);
+    record.EntrySector = walk.entrySector;
+    record.PartitionStart = startLba;
+    record.EngineKind = EngineKindFastFat;
+    record.ClusterBytes = geometry.ClusterBytes();
+    record.DriveLetter = driveLetter;
+    record.DataStart = geometry.dataStart;
+    store->LinkRecord(walk.folderId, folderDepth.DepthOf(walk.folderId), record.RecordNumber);
+    record.HeadIntact = CheckHead(record) ? 1 : 0;
+    ClimbFrom(walk.folderId);
+}
+
+// fileName is null for a folder.
+std::uint32_t CFastFatRecovery::FirstClusterOfEntry(ByteView entry, const std::string* fileName)
+{
+    const std::uint16_t lowWord = entry.U16(EntryLowWord);
+    if (!geometry.isFat32) {
+        return lowWord;
+    }
+    // Deletion often wipes the high word.
+    if (entry.U8(0) == DeletedMark && entry.U16(EntryHighWord) == 0) {
+        const std::uint32_t high = fileName != nullptr ? FindHighWordOfFile(lowWord, *fileName)
+                                                       : FindHighWordOfFolder(lowWord);
+        return high << 16 | lowWord;
+    }
+    return FirstClusterOf(entry);
+}
+
+// The first high word whose cluster begins with a sector that fits; 0 when none does.
+template <typename Fits>
+std::uint32_t CFastFatRecovery::FindHighWord(std::uint16_t lowWord, const Fits& fits)
+{
+    std::vector<std::uint8_t> sector(static_cast<std::size_t>(geometry.sectorSize));
+    for (std::uint32_t high = 0; high <= LastHighWord; ++high) {
+        const std::uint64_t lba = startLba + geometry.SectorOfCluster(high << 16 | lowWord);
+        std::int32_t sectorsRead = 0;
+        if (lba > startLba + sectorCount ||
+            source.ReadSectors(sector.data(), 1, lba, geometry.sectorSize, &sectorsRead) !=
+                ResultSuccess) {
+            return 0;
+        }
+        if (fits(ByteView(sector), lba)) {
+            return high;
+        }
+    }
+    return 0;
+}
+
+std::uint32_t CFastFatRecovery::FindHighWordOfFile(std::uint16_t lowWord, const std::string& name)
+{
+    std::string extension;
+    if (ExtensionOf(name, extension) != ResultSuccess) {
+        return 0;
+    }
+    return FindHighWord(lowWord, [&](ByteView sector, std::uint64_t lba) {
+        return VerifyExtensionAtSector(sector, extension, source, geometry.sectorSize, lba);
+    });
+}
+
+std::uint32_t CFastFatRecovery::FindHighWordOfFolder(std::uint16_t lowWord)
+{
+    return FindHighWord(lowWord, [](ByteView sector, std::uint64_t /*lba*/) {
+        return StartsWithDotEntries(sector);
+    });
+}
+
+bool CFastFatRecovery::CheckHead(const FileRecord& record)
+{
+    std::string extension;
+    if (ExtensionOf(record.NameText(), extension) != ResultSuccess) {
+        return true;
+    }
+    const std::uint64_t lba = startLba + geometry.SectorOfCluster(record.NodeId);
+    std::vector<std::uint8_t> sector(static_cast<std::size_t>(geometry.sectorSize));
+    std::int32_t sectorsRead = 0;
+    if (source.ReadSectors(sector.data(), 1, lba, geometry.sectorSize, &sectorsRead) !=
+        ResultSuccess) {
+        return true;  // cannot be judged
+    }
+    return VerifyExtensionAtSector(ByteView(sector), extension, source, geometry.sectorSize, lba);
+}
+
+// Notes the folders above a found file. A folder that is noted already does not end the climb: its parent may have
+// been replaced since.
+void CFastFatRecovery::ClimbFrom(std::uint32_t folder)
+{
+    // From the same folder over the same map there is nothing new to find.
+    if (lastClimbVersion == folderMapVersion && lastClimbFolder == folder) {
+        return;
+    }
+    lastClimbVersion = folderMapVersion;
+    lastClimbFolder = folder;
+    std::unordered_set<std::uint32_t> passed;
+    do {
+        if (!passed.insert(folder).second) {
+            return;  // folders that contain each other
+        }
+        if (chained.insert(folder).second) {
+            chainList.push_back(folder);
+        }
+        const auto known = folderMap.find(folder);
+        if (known == folderMap.end() || known->second.RecordNumber == folder) {
+            return;
+        }
+        folder = known->second.RecordNumber;
+    } while (folder > geometry.rootCluster);
+}

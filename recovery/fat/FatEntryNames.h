@@ -1,0 +1,44 @@
+// Names of FAT directory entries: long ones gathered from their pieces, short ones from their 11 bytes.
+#pragma once
+
+#include "platform/ByteView.h"
+
+#include <array>
+#include <cstdint>
+#include <string>
+
+// Gathers the pieces of a long name. They stack up backwards in front of what came before; neither their ordinal nor
+// their checksum is looked at.
+class LongNameGatherer
+{
+public:
+    static constexpr std::size_t Capacity = 260;  // UTF-16 units; a zero unit follows
+    static constexpr std::size_t PieceUnits = 13;
+
+    // False when the piece does not fit any more: the twentieth ends the directory.
+    bool AddPiece(ByteView entry);
+    bool HasPieces() const { return hasPieces; }
+    std::size_t Position() const { return position; }
+    // Drops what was gathered.
+    void Reset();
+    // Forgets that there are pieces but keeps their place, so that the next ones are put in front of them.
+    void Release() { hasPieces = false; }
+    // The name in UTF-8, and a fresh start.
+    std::string Take();
+
+private:
+    std::array<char16_t, Capacity + 1> units = {};
+    std::size_t position = Capacity;
+    bool hasPieces = false;
+};
+
+// The 8 name bytes without trailing blanks, lower case, "!" for the mark of a deleted entry; never the extension.
+std::string ShortFolderName(ByteView entry);
+// The same with "." and the extension where there is one.
+std::string ShortFileName(ByteView entry);
+
+// The high word at 20 and the low word at 26.
+std::uint32_t FirstClusterOf(ByteView entry);
+
+// ". " at the start and ".." one entry behind it: the first sector of a folder.
+bool StartsWithDotEntries(ByteView unit);

@@ -1,0 +1,35 @@
+// How deep a folder lies below the root, told by the ".." entries on disk alone.
+#pragma once
+
+#include "recovery/fat/FatGeometry.h"
+#include "storage/SectorSource.h"
+
+#include <cstdint>
+#include <unordered_map>
+
+// Reads each folder once: depth is a matter of the cluster and the disk. Owned by one engine.
+class FatFolderDepth
+{
+public:
+    void Open(SectorSource& folderSource, const FatGeometry& volume, std::uint64_t partitionStart);
+
+    // The number of levels from cluster up to the root. A chain that breaks or closes on itself counts as far as it
+    // was walked.
+    std::uint32_t DepthOf(std::uint32_t cluster);
+
+private:
+    // What a folder's first sectors say of the way up.
+    struct Step
+    {
+        bool isFolder = false;  // begins with dot entries and is not the root
+        std::uint32_t parent = 0;
+    };
+
+    Step StepFrom(std::uint32_t cluster);
+
+    SectorSource* source = nullptr;
+    FatGeometry geometry;
+    std::uint64_t startLba = 0;
+    std::unordered_map<std::uint32_t, Step> steps;
+    std::unordered_map<std::uint32_t, std::uint32_t> depths;  // of chains known to end
+};
