@@ -1,0 +1,33 @@
+#include "cli/Cancel.h"
+
+#include <csignal>
+
+namespace {
+
+volatile std::sig_atomic_t cancelRequested = 0;
+
+extern "C" void OnCancelSignal(int number)
+{
+    cancelRequested = 1;
+    std::signal(number, SIG_DFL);
+}
+
+}  // namespace
+
+CancelScope::CancelScope()
+{
+    cancelRequested = 0;
+    std::signal(SIGINT, &OnCancelSignal);
+    std::signal(SIGTERM, &OnCancelSignal);
+}
+
+CancelScope::~CancelScope()
+{
+    std::signal(SIGINT, SIG_DFL);
+    std::signal(SIGTERM, SIG_DFL);
+}
+
+bool CancelScope::Requested()
+{
+    return cancelRequested != 0;
+}

@@ -1,0 +1,71 @@
+// What every command of lumivault-cli shares: its options, its streams, its exit status, its row in the table.
+#pragma once
+
+#include <filesystem>
+#include <iosfwd>
+#include <optional>
+#include <span>
+#include <string>
+#include <string_view>
+
+namespace CLI {
+class App;
+}
+
+enum class ExitStatus : int
+{
+    Done = 0,
+    SomeFailed = 1,    // files that could not be restored
+    WrongUse = 2,      // the command line, or a destination that may not be written
+    TargetFailed = 3,  // it could not be opened or scanned
+    Cancelled = 130
+};
+
+// Why a command does not go on: one sentence that also says what to do about it.
+struct Refusal
+{
+    ExitStatus status = ExitStatus::WrongUse;
+    std::string sentence;
+};
+
+struct CommandOptions
+{
+    std::string target;
+    std::filesystem::path folder;
+    std::string types = "photo,audio,video";
+    std::filesystem::path dataFolder;  // empty: the user's own
+    bool fast = false;
+    bool tree = false;
+    bool json = false;
+    bool force = false;
+    bool quiet = false;
+};
+
+struct CommandStreams
+{
+    std::ostream& out;
+    std::ostream& err;
+    bool errIsTerminal = false;
+};
+
+struct Command
+{
+    std::string_view name;
+    std::string_view help;
+    std::string_view examples;
+    void (*addOptions)(CLI::App& app, CommandOptions& options);
+    ExitStatus (*run)(const CommandOptions& options, CommandStreams& streams);
+};
+
+extern const Command TargetsCommand;
+extern const Command ScanCommand;
+extern const Command ListCommand;
+extern const Command RecoverCommand;
+
+// Options that several commands take.
+void AddTargetOption(CLI::App& app, CommandOptions& options);
+void AddTypesOption(CLI::App& app, CommandOptions& options);
+void AddJsonOption(CLI::App& app, CommandOptions& options);
+
+// Writes "lumivault-cli: <sentence>" and gives the status.
+ExitStatus Refuse(const Refusal& refusal, CommandStreams& streams);

@@ -1,0 +1,117 @@
+#include "cli/CommandLine.h"
+
+#include "cli/Version.h"
+#include "platform/Folders.h"
+#include "recovery/ScanLogDirectory.h"
+
+#include <CLI/CLI.hpp>
+
+#include <algorithm>
+#include <ostream>
+
+namespace {
+
+// In the order in which the help shows them.
+const Command* const Commands[] = {&TargetsCommand, &ScanCommand, &ListCommand, &RecoverCommand};
+
+constexpr const char* Description = "Gets deleted photos, audio, video and documents back from "
+                                    "disks and disk images. The source is\n"
+                                    "only read, never written.";
+constexpr const char* Examples =
+    "Examples:\n"
+    "  lumivault-cli scan card.img                     what can be found on the image of a card\n"
+    "  lumivault-cli recover card.img ./recovered      photos, audio and video into ./recovered\n"
+    "  sudo lumivault-cli recover /dev/sdb1 ./recovered --types photo,pdf\n"
+    "\n"
+    "Exit status: 0 done, 1 some files failed, 2 wrong use, 3 the target could not be opened or\n"
+    "scanned, 130 cancelled. 'lumivault-cli COMMAND --help' tells more.";
+
+void AddCommonOptions(CLI::App& app, CommandOptions& options)
+{
+    app.add_option("--data-dir", options.dataFolder,
+                   "keep scan records here, not in the user's data folder")
+        ->type_name("DIR");
+    app.add_flag("--quiet,-q", options.quiet, "no progress, no notes; results and errors only");
+}
+
+CLI::App* AddCommand(CLI::App& app, const Command& command, CommandOptions& options)
+{
+    CLI::App* const sub = app.add_subcommand(std::string(command.name), std::string(command.help));
+    sub->footer("Examples:\n" + std::string(command.examples));
+    command.addOptions(*sub, options);
+    AddCommonOptions(*sub, options);
+    return sub;
+}
+
+ExitStatus Fail(const CLI::App& app, const CLI::ParseError& error, CommandStreams& streams)
+{
+    if (error.get_exit_code() == static_cast<int>(CLI::ExitCodes::Success)) {
+        (void)app.exit(error, streams.out, streams.err);  // help or version, printed
+        return ExitStatus::Done;
+    }
+    std::string sentence = error.what();
+    std::replace(sentence.begin(), sentence.end(), '\n', ' ');
+    return Refuse({ExitStatus::WrongUse, sentence + ". See 'lumivault-cli --help'."}, streams);
+}
+
+}  // namespace
+
+ExitStatus RunCommandLine(std::vector<std::string> arguments, CommandStreams& streams)
+{
+    CommandOptions options;
+    CLI::App app(Description, "lumivault-cli");
+    app.footer(Examples);
+    app.set_version_flag("--version", std::string("lumivault-cli ") + LumivaultVersion);
+    app.require_subcommand(1);
+    const Command* chosen = nullptr;
+    for (const Command* command : Commands) {
+        AddCommand(app, *command, options)->callback([&chosen, command] { chosen = command; });
+    }
+    try {
+        std::reverse(arguments.begin(), arguments.end());  // as the parser wants them
+        app.parse(std::move(arguments));
+    } catch (const CLI::ParseError& error) {
+        return Fail(app, error, streams);
+    }
+    if (!options.dataFolder.empty()) {
+        std::error_code ignored;
+        SetApplicationDataFolder(std::filesystem::absolute(options.dataFolder, ignored));
+        ScanLogDirectory::Instance().Reload();
+    }
+    try {
+        return chosen->run(options, streams);
+    } catch (const std::bad_alloc&) {
+        return Refuse({ExitStatus::TargetFailed,
+                       "there is not enough memory; close other programs, or ask for fewer types."},
+                      streams);
+    }
+}
+
+ExitStatus Refuse(const Refusal& refusal, CommandStreams& streams)
+{
+    streams.err << "lumivault-cli: " << refusal.sentence << '\n';
+    return refusal.status;
+}
+
+void AddTargetOption(CLI::App& app, CommandOptions& options)
+{
+    app.add_option("TARGET", options.target,
+                   "an image file, a block device, or a number #N of 'targets'")
+        ->required();
+    app.add_flag("--fast", options.fast,
+                 "what the file system still knows, quickly (the only way so far)");
+}
+
+void AddTypesOption(CLI::App& app, CommandOptions& options)
+{
+    app.add_option(
+           "--types", options.types,
+           "comma list of extensions and of photo, audio, video, document, archive, others; or all")
+        ->type_name("LIST")
+        ->capture_default_str();
+}
+
+void AddJsonOption(CLI::App& app, CommandOptions& options)
+{
+    app.add_flag("--json", options.json, "one JSON object on standard output");
+}

@@ -1,0 +1,73 @@
+#include "cli/FileReport.h"
+
+#include "cli/TextForms.h"
+#include "platform/Text.h"
+
+#include <json/json.h>
+
+#include <array>
+#include <ostream>
+
+namespace {
+
+// Valid UTF-8 whatever the text is: a path of this system may hold any bytes.
+Json::Value Text(std::string_view text)
+{
+    return Utf16ToUtf8(Utf8ToUtf16(text));
+}
+
+Json::Value TextOrNull(std::string_view text)
+{
+    return text.empty() ? Json::Value() : Text(text);
+}
+
+std::string OneLine(const Json::Value& value)
+{
+    Json::StreamWriterBuilder builder;
+    builder["indentation"] = "";
+    builder["emitUTF8"] = true;
+    return Json::writeString(builder, value);
+}
+
+}  // namespace
+
+std::string_view EngineName(std::uint32_t engineKind)
+{
+    constexpr std::array<std::string_view, 5> Names = {"fast-ntfs", "fast-fat", "deep-ntfs",
+                                                       "deep-fat", "carved"};
+    return engineKind < Names.size() ? Names[engineKind] : "unknown";
+}
+
+JsonReport::JsonReport(std::ostream& out, std::string_view target) : m_out(out)
+{
+    m_out << "{\"target\":" << OneLine(Text(target)) << ",\n\"files\":[";
+}
+
+void JsonReport::Add(const ReportedFile& file)
+{
+    const FileRecord& record = file.record;
+    Json::Value value;
+    value["name"] = Text(record.NameText());
+    value["path"] = Text(file.folderPath);
+    value["size"] = Json::UInt64{record.FileSize};
+    value["created"] = TextOrNull(TimeText(record.CreationTime));
+    value["accessed"] = TextOrNull(TimeText(record.AccessTime));
+    value["written"] = TextOrNull(TimeText(record.WriteTime));
+    value["headIntact"] = record.HeadIntact != 0;
+    value["engine"] = std::string(EngineName(record.EngineKind));
+    value["store"] = TextOrNull(file.store);
+    value["record"] = Json::UInt{record.RecordNumber};
+    value["restoredTo"] = TextOrNull(file.restoredTo.string());
+    value["error"] = TextOrNull(file.error);
+    m_out << (m_found == 0 ? "\n" : ",\n") << OneLine(value);
+    ++m_found;
+    m_failed += file.error.empty() ? 0u : 1u;
+    m_restored += file.error.empty() && !file.restoredTo.empty() ? 1u : 0u;
+}
+
+void JsonReport::Finish(bool cancelled)
+{
+    m_out << "],\n\"found\":" << m_found << ",\"restored\":" << m_restored
+          << ",\"failed\":" << m_failed << ",\"cancelled\":" << (cancelled ? "true" : "false")
+          << "}\n";
+}

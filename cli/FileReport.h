@@ -1,0 +1,37 @@
+// What list and recover write about each file, as JSON.
+#pragma once
+
+#include "recovery/FileRecord.h"
+
+#include <cstdint>
+#include <filesystem>
+#include <iosfwd>
+#include <string>
+#include <string_view>
+
+struct ReportedFile
+{
+    const FileRecord& record;
+    std::string folderPath;            // each folder followed by "\"
+    std::string store;                 // name of the record file
+    std::filesystem::path restoredTo;  // empty when nothing was written
+    std::string error;                 // empty when there was none
+};
+
+// "fast-ntfs", "fast-fat", "deep-ntfs", "deep-fat", "carved".
+std::string_view EngineName(std::uint32_t engineKind);
+
+// Writes one object, file by file, so that a million files need no memory. Finish ends it.
+class JsonReport
+{
+public:
+    JsonReport(std::ostream& out, std::string_view target);
+    void Add(const ReportedFile& file);
+    void Finish(bool cancelled);
+
+private:
+    std::ostream& m_out;
+    std::uint64_t m_found = 0;
+    std::uint64_t m_restored = 0;
+    std::uint64_t m_failed = 0;
+};

@@ -1,0 +1,80 @@
+// lumivault-cli list: one line for each found file.
+#include "cli/FileReport.h"
+#include "cli/ScanSession.h"
+#include "cli/TextForms.h"
+
+#include <CLI/CLI.hpp>
+
+#include <algorithm>
+#include <iomanip>
+#include <ostream>
+
+namespace {
+
+void AddOptions(CLI::App& app, CommandOptions& options)
+{
+    AddTargetOption(app, options);
+    AddTypesOption(app, options);
+    AddJsonOption(app, options);
+}
+
+std::string TimeColumn(std::uint64_t fileTime)
+{
+    const std::string text = TimeText(fileTime);
+    return text.empty() ? "-" : text;
+}
+
+void WriteLine(std::ostream& out, const ReportedFile& file)
+{
+    const FileRecord& record = file.record;
+    std::string path = file.folderPath + std::string(record.NameText());
+    std::replace(path.begin(), path.end(), '\\', '/');
+    out << std::right << std::setw(12) << record.FileSize << std::left << "  " << std::setw(20)
+        << TimeColumn(record.WriteTime) << std::setw(20) << TimeColumn(record.CreationTime)
+        << std::setw(20) << TimeColumn(record.AccessTime) << std::setw(5)
+        << (record.HeadIntact != 0 ? "ok" : "lost") << file.store << '#' << std::setw(7)
+        << record.RecordNumber << ' ' << Printable(path) << '\n';
+}
+
+ExitStatus Run(const CommandOptions& options, CommandStreams& streams)
+{
+    std::string problem;
+    const std::optional<TypeFilter> filter = TypeFilter::Parse(options.types, problem);
+    if (!filter) {
+        return Refuse({ExitStatus::WrongUse, problem}, streams);
+    }
+    ScanSession session(options, streams);
+    if (const std::optional<Refusal> refusal = session.OpenAndScan()) {
+        return Refuse(*refusal, streams);
+    }
+    const FileRecordList records = session.Search(*filter);
+    std::optional<JsonReport> report;
+    if (options.json) {
+        report.emplace(streams.out, options.target);
+    } else if (!records.empty()) {
+        streams.out
+            << "        Size  Written             Created             Accessed            Head "
+               "Store#Record  Path\n";
+    }
+    for (const FileRecord& record : records) {
+        const ReportedFile file{
+            record, session.FolderPath(record), session.StoreName(record), {}, {}};
+        if (report) {
+            report->Add(file);
+        } else {
+            WriteLine(streams.out, file);
+        }
+    }
+    if (report) {
+        report->Finish(session.Cancelled());
+    }
+    session.Note(CountText(records.size(), "file") + " of the types asked for.");
+    return session.Cancelled() ? ExitStatus::Cancelled : ExitStatus::Done;
+}
+
+}  // namespace
+
+const Command ListCommand = {"list", "scan a target and list the found files",
+                             "  lumivault-cli list card.img --types jpg,mp4\n"
+                             "  lumivault-cli list card.img --types all --json\n",
+                             &AddOptions, &Run};

@@ -1,0 +1,24 @@
+// lumivault-cli: the engines for terminals, scripts and machines without a screen.
+#include "cli/CommandLine.h"
+#include "platform/Terminal.h"
+
+#include <exception>
+#include <iostream>
+
+int main(int count, char** arguments)
+{
+    try {
+        std::ios::sync_with_stdio(false);
+        CommandStreams streams{std::cout, std::cerr, StandardErrorIsTerminal()};
+        const ExitStatus status = RunCommandLine({arguments + 1, arguments + count}, streams);
+        std::cout.flush();
+        if (!std::cout) {
+            std::cerr << "lumivault-cli: standard output could not be written.\n";
+            return static_cast<int>(ExitStatus::WrongUse);
+        }
+        return static_cast<int>(status);
+    } catch (const std::exception& error) {
+        std::cerr << "lumivault-cli: " << error.what() << '\n';
+        return static_cast<int>(ExitStatus::TargetFailed);
+    }
+}

@@ -1,0 +1,77 @@
+// lumivault-cli scan: a table of what was found, by family and extension.
+#include "cli/ScanSession.h"
+#include "cli/TextForms.h"
+#include "platform/Text.h"
+#include "recovery/FileTypeCatalogue.h"
+
+#include <algorithm>
+#include <iomanip>
+#include <map>
+#include <ostream>
+
+namespace {
+
+struct Tally
+{
+    std::uint64_t files = 0;
+    std::uint64_t bytes = 0;
+    std::uint64_t headsLost = 0;
+};
+
+// In the order of the restore folders' names.
+constexpr std::string_view Families[] = {"photo",    "audio",   "video",
+                                         "document", "archive", "others"};
+
+using FamilyTally = std::map<std::string, Tally, std::less<>>;  // by extension
+
+void WriteRow(std::ostream& out,
+              std::string_view family,
+              std::string_view extension,
+              const Tally& tally)
+{
+    out << std::left << std::setw(10) << family << std::setw(12) << Printable(extension)
+        << std::right << std::setw(9) << tally.files << std::setw(12) << SizeText(tally.bytes)
+        << std::setw(11) << tally.headsLost << '\n';
+}
+
+void WriteTable(const FileRecordList& records, std::ostream& out)
+{
+    std::map<std::string_view, FamilyTally> families;
+    Tally all;
+    for (const FileRecord& record : records) {
+        const std::string extension = LowerExtensionOf(record.NameText());
+        Tally& row = families[CategoryFolderName(record.NameText())][extension];
+        for (Tally* tally : {&row, &all}) {
+            ++tally->files;
+            tally->bytes += record.FileSize;
+            tally->headsLost += record.HeadIntact == 0 ? 1u : 0u;
+        }
+    }
+    out << "Family    Extension       Files        Size  Head lost\n";
+    for (const std::string_view family : Families) {
+        for (const auto& [extension, tally] : families[family]) {
+            WriteRow(out, family, extension.empty() ? "(none)" : std::string_view(extension),
+                     tally);
+        }
+    }
+    WriteRow(out, "all", "", all);
+}
+
+ExitStatus Run(const CommandOptions& options, CommandStreams& streams)
+{
+    ScanSession session(options, streams);
+    if (const std::optional<Refusal> refusal = session.OpenAndScan()) {
+        return Refuse(*refusal, streams);
+    }
+    const FileRecordList records = session.Search(TypeFilter::All());
+    WriteTable(records, streams.out);
+    return session.Cancelled() ? ExitStatus::Cancelled : ExitStatus::Done;
+}
+
+}  // namespace
+
+const Command ScanCommand = {"scan",
+                             "scan a target and show what can be found, by family and extension",
+                             "  lumivault-cli scan card.img\n"
+                             "  sudo lumivault-cli scan /dev/sdb1\n",
+                             &AddTargetOption, &Run};

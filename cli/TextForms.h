@@ -1,0 +1,18 @@
+// How the command line writes sizes, times and names.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+// "512 B", "1.5 KB", "3.2 GB", in units of 1024.
+std::string SizeText(std::uint64_t bytes);
+// "2024-05-17T08:30:12" of a FILETIME, without a time zone as none is known; empty for 0.
+std::string TimeText(std::uint64_t fileTime);
+// "3:10", "1:03:10".
+std::string DurationText(std::int32_t seconds);
+// A name or path as a terminal may see it: control characters, which could be commands to it, become "?", and bytes
+// that are no UTF-8 the replacement character.
+std::string Printable(std::string_view text);
+// "file", "files".
+std::string CountText(std::uint64_t count, std::string_view noun);
