@@ -2,7 +2,7 @@
 #include "storage/ByteReader.h"
 #include "tests/support/Bytes.h"
 #include "tests/support/FailingReader.h"
-#include "tests/support/FatVolume.h"
+#include "tests/support/FatCard.h"
 #include "tests/support/Pictures.h"
 #include "tests/support/RunCommand.h"
 
@@ -40,9 +40,9 @@ TEST(Pictures, OpenInAnIndependentDecoder)
     EXPECT_EQ(ByteVector(png.begin(), png.end()), RandomBytes(301 * 250, 2));
 }
 
-TEST(FatVolumeFixture, HoldsWhatWasPutAndForgetsWhatWasDeleted)
+TEST(FatCardFixture, HoldsWhatWasPutAndForgetsWhatWasDeleted)
 {
-    if (const std::string missing = FatVolume::MissingTools(); !missing.empty()) {
+    if (const std::string missing = FatCard::MissingTools(); !missing.empty()) {
         GTEST_SKIP() << missing;
     }
     const TempFolder folder;
@@ -52,7 +52,7 @@ TEST(FatVolumeFixture, HoldsWhatWasPutAndForgetsWhatWasDeleted)
         options.volumeBytes = bits == 12 ? 1u << 20 : bits == 16 ? 16u << 20 : 40u << 20;
         options.startByte = 1u << 20;
         options.tailBytes = 4096;
-        const FatVolume volume(folder / ("fat" + std::to_string(bits)), options);
+        const FatCard volume(folder / ("fat" + std::to_string(bits)), options);
         const ByteVector content = RandomBytes(5000, static_cast<std::uint64_t>(bits));
         volume.MakeFolder("A folder");
         volume.Put("A folder/long name.bin", content);

@@ -21,13 +21,13 @@ struct FatOptions
 };
 
 // Paths inside are written with "/" from the root, without one in front. Everything throws on failure.
-class FatVolume
+class FatCard
 {
 public:
     // Empty when volumes can be made here, else why not: for GTEST_SKIP().
     static std::string MissingTools();
 
-    FatVolume(std::filesystem::path imagePath, const FatOptions& options);
+    FatCard(std::filesystem::path imagePath, const FatOptions& options);
 
     const std::filesystem::path& ImagePath() const { return m_imagePath; }
 

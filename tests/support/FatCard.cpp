@@ -1,4 +1,4 @@
-#include "tests/support/FatVolume.h"
+#include "tests/support/FatCard.h"
 
 #include "tests/support/Bytes.h"
 #include "tests/support/RunCommand.h"
@@ -14,12 +14,12 @@ std::string InVolume(const std::string& path)
 
 }  // namespace
 
-std::string FatVolume::MissingTools()
+std::string FatCard::MissingTools()
 {
     return MissingTool({"mkfs.fat", "mcopy", "mdeltree"});
 }
 
-FatVolume::FatVolume(std::filesystem::path imagePath, const FatOptions& options)
+FatCard::FatCard(std::filesystem::path imagePath, const FatOptions& options)
     : m_imagePath(std::move(imagePath)),
       m_drive(m_imagePath.string() + "@@" + std::to_string(options.startByte))
 {
@@ -39,42 +39,42 @@ FatVolume::FatVolume(std::filesystem::path imagePath, const FatOptions& options)
     MustRun(command);
 }
 
-std::string FatVolume::Run(std::vector<std::string> command) const
+std::string FatCard::Run(std::vector<std::string> command) const
 {
     command.insert(command.begin() + 1, {"-i", m_drive});
     // mtools refuses small or odd volumes unless told; the fixed time zone keeps equal runs equal.
     return MustRun(command, {"MTOOLS_SKIP_CHECK=1", "TZ=UTC"});
 }
 
-void FatVolume::MakeFolder(const std::string& path) const
+void FatCard::MakeFolder(const std::string& path) const
 {
     Run({"mmd", InVolume(path)});
 }
 
-void FatVolume::Put(const std::string& path, std::span<const std::uint8_t> bytes) const
+void FatCard::Put(const std::string& path, std::span<const std::uint8_t> bytes) const
 {
     const TempFolder folder;
     WriteFileBytes(folder / "file", bytes);
     PutFile(path, folder / "file");
 }
 
-void FatVolume::PutFile(const std::string& path, const std::filesystem::path& from) const
+void FatCard::PutFile(const std::string& path, const std::filesystem::path& from) const
 {
     Run({"mcopy", "-o", "-m", from.string(), InVolume(path)});
 }
 
-ByteVector FatVolume::Get(const std::string& path) const
+ByteVector FatCard::Get(const std::string& path) const
 {
     const std::string text = Run({"mcopy", InVolume(path), "-"});
     return {text.begin(), text.end()};
 }
 
-void FatVolume::Delete(const std::string& path) const
+void FatCard::Delete(const std::string& path) const
 {
     Run({"mdel", InVolume(path)});
 }
 
-void FatVolume::DeleteTree(const std::string& path) const
+void FatCard::DeleteTree(const std::string& path) const
 {
     Run({"mdeltree", InVolume(path)});
 }
