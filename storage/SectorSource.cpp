@@ -1,12 +1,19 @@
 #include "storage/SectorSource.h"
 
 #include <algorithm>
+#include <atomic>
 
 namespace {
 
 // A failing disk returns control at a known point.
 constexpr std::size_t LargestPiece = 65536;
 constexpr std::uint64_t ImageSectorSize = 512;
+
+std::uint64_t NextOpenNumber()
+{
+    static std::atomic<std::uint64_t> last = 0;
+    return ++last;
+}
 
 }  // namespace
 
@@ -18,6 +25,7 @@ ResultCode SectorSource::OpenDrive(std::uint32_t diskNumber)
         totalSectors = source.sizeBytes / source.sectorSize;
         totalBytes = source.sizeBytes;
         reader = std::move(source.reader);
+        openNumber = NextOpenNumber();
     }
     return result;
 }
@@ -30,6 +38,7 @@ ResultCode SectorSource::OpenImage(const std::filesystem::path& filePath)
         totalSectors = source.sizeBytes / ImageSectorSize;
         totalBytes = source.sizeBytes;
         reader = std::move(source.reader);
+        openNumber = NextOpenNumber();
     }
     return result;
 }

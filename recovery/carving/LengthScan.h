@@ -1,0 +1,58 @@
+// The skeleton of all length functions that scan: block after block from the sector behind the head, to the next
+// boundary, the budget, an unreadable block or a cancel.
+#pragma once
+
+#include "recovery/carving/BoundaryScan.h"
+#include "recovery/carving/ByteSearch.h"
+
+#include <cstdint>
+
+// for (LengthScan scan(Budget); scan.NextBlock();) { look for the format's own end in scan.Block() }
+class LengthScan
+{
+public:
+    using BoundaryFunction = bool (*)(ByteView block, std::int64_t& inOutLength);
+
+    static constexpr std::size_t BlockBytes = 65536;
+
+    // The budget does not count the head sector.
+    explicit LengthScan(std::int64_t budgetBytes,
+                        BoundaryFunction findBoundary = ScanBlockForBoundary);
+    LengthScan(const LengthScan&) = delete;
+    LengthScan& operator=(const LengthScan&) = delete;
+    ~LengthScan();
+
+    // Reads the next block, reports progress and looks for a boundary. False when there is no further block to look
+    // at. Only whole blocks are read: near the source's end the last one fails as a whole.
+    bool NextBlock();
+
+    // The bytes that were read.
+    ByteView Block() const { return block; }
+    // What end marks are searched in: BlockBytes bytes, also when fewer came. The tail then holds what earlier
+    // reads left.
+    const SearchBlock& Searched() const { return searched; }
+    // Bytes in front of the block, the head sector included.
+    std::int64_t Scanned() const { return scanned; }
+    // As far as the file goes by what is known: in front of the block, or to the boundary in it.
+    std::int64_t Length() const { return length; }
+    // The format's own end; overrides a boundary in the same block.
+    void StopAt(std::int64_t newLength)
+    {
+        length = newLength;
+        stopped = true;
+    }
+
+private:
+    bool ReadBlock(std::int64_t sectorCount);
+    bool Report();
+
+    BoundaryFunction boundary;
+    std::int64_t sectorSize;
+    std::int64_t length;
+    std::int64_t scanned;
+    std::int64_t budget;           // sectors
+    std::int64_t sectorsRead = 0;  // behind the head
+    bool stopped = false;
+    ByteView block;
+    SearchBlock searched;
+};
