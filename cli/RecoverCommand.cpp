@@ -35,8 +35,8 @@ struct RestoreProgress
 
 ResultCode OnFileProgress(void* context,
                           std::int32_t percent,
-                          std::int32_t,
-                          ResultCode,
+                          std::int32_t /*range*/,
+                          ResultCode error,
                           const std::filesystem::path& path)
 {
     auto& progress = *static_cast<RestoreProgress*>(context);
@@ -48,7 +48,8 @@ ResultCode OnFileProgress(void* context,
                            std::to_string(progress.total) + ", " + std::to_string(percent) +
                            "% of " + Printable(path.filename().string()));
     }
-    return ResultSuccess;
+    // The engine goes on with what is returned: a write error that is not given back counts as overcome.
+    return error;
 }
 
 class Restorer

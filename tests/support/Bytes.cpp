@@ -2,6 +2,7 @@
 
 #include "platform/FileHandle.h"
 
+#include <algorithm>
 #include <charconv>
 #include <random>
 #include <stdexcept>
@@ -116,4 +117,16 @@ ByteVector ImageFile::Read(std::uint64_t position, std::size_t count) const
 void ImageFile::Truncate(std::uint64_t sizeBytes) const
 {
     Demand(OpenToWrite(m_path).Truncate(sizeBytes) == ResultSuccess, m_path.string());
+}
+
+std::uint64_t ImageFile::Find(std::span<const std::uint8_t> bytes) const
+{
+    const ByteVector image = Read(0, SizeBytes());
+    for (std::size_t at = 0; at + bytes.size() <= image.size(); at += SectorSize) {
+        if (std::equal(bytes.begin(), bytes.end(),
+                       image.begin() + static_cast<std::ptrdiff_t>(at))) {
+            return at;
+        }
+    }
+    throw std::runtime_error("bytes for a test: not found in " + m_path.string());
 }

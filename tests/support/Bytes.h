@@ -33,6 +33,8 @@ public:
     void PutAt(std::uint64_t position, std::span<const std::uint8_t> bytes) const;
     ByteVector Read(std::uint64_t position, std::size_t count) const;
     void Truncate(std::uint64_t sizeBytes) const;
+    // Where these bytes stand first, at a sector's start; throws when nowhere.
+    std::uint64_t Find(std::span<const std::uint8_t> bytes) const;
 
 private:
     std::filesystem::path m_path;

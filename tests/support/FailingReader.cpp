@@ -21,6 +21,9 @@ public:
     {
         ++m_state->reads;
         m_state->largest = std::max(m_state->largest, count);
+        if (m_state->action && position == m_state->watched && --m_state->readsToGo == 0) {
+            std::exchange(m_state->action, nullptr)();
+        }
         std::uint64_t good = count;
         for (const auto& [begin, end] : m_state->bad) {
             if (position < end && position + count > begin) {
@@ -63,6 +66,13 @@ void FailingReader::FailSector(std::uint64_t lba, std::uint32_t sectorSize)
 void FailingReader::Heal()
 {
     m_state->bad.clear();
+}
+
+void FailingReader::OnReadAt(std::uint64_t position, int nth, std::function<void()> action)
+{
+    m_state->readsToGo = nth;
+    m_state->watched = position;
+    m_state->action = std::move(action);
 }
 
 std::size_t FailingReader::ReadCount() const

@@ -3,6 +3,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <utility>
 #include <vector>
@@ -21,6 +22,8 @@ public:
     void FailSector(std::uint64_t lba, std::uint32_t sectorSize = 512);
     void FailFrom(std::uint64_t begin) { FailBytes(begin, UINT64_MAX); }
     void Heal();
+    // Calls the action once, in front of the n-th read that begins at the position.
+    void OnReadAt(std::uint64_t position, int nth, std::function<void()> action);
     // Reads that the fakes were asked for so far, whether they failed or not; and their largest.
     std::size_t ReadCount() const;
     std::size_t LargestRead() const;
@@ -28,6 +31,9 @@ public:
     struct State
     {
         std::vector<std::pair<std::uint64_t, std::uint64_t>> bad;
+        std::uint64_t watched = 0;
+        int readsToGo = 0;
+        std::function<void()> action;
         std::size_t reads = 0;
         std::size_t largest = 0;
     };

@@ -1,0 +1,99 @@
+// Runs the command line inside the test, on a real FAT32 volume with deleted pictures.
+#pragma once
+
+#include "cli/CommandLine.h"
+#include "tests/support/Bytes.h"
+#include "tests/support/FatCard.h"
+#include "tests/support/Pictures.h"
+#include "tests/support/TempFolder.h"
+
+#include <gtest/gtest.h>
+#include <json/json.h>
+
+#include <map>
+#include <memory>
+#include <optional>
+#include <sstream>
+#include <string>
+#include <vector>
+
+struct Outcome
+{
+    int status = -1;
+    std::string out;
+    std::string err;
+};
+
+class CliFixture : public testing::Test
+{
+protected:
+    void SetUp() override
+    {
+        if (const std::string missing = FatCard::MissingTools(); !missing.empty()) {
+            GTEST_SKIP() << missing;
+        }
+        card.emplace(folder / "card.img", FatOptions());
+        card->MakeFolder("Lake");
+        card->MakeFolder("Old");
+        // Living files stay between the deleted ones and must not come back.
+        Add("living.png", MakePng(40, 30, 1));
+        Add("first picture.jpg", MakeJpeg(800, 600, 2));
+        Add("Lake/second picture.png", MakePng(90, 70, 3));
+        Add("Lake/first picture.jpg", MakeJpeg(640, 480, 4));
+        Add("Old/third picture.bmp", MakeBmp(64, 50, 5));
+        Add("some notes.txt", Bytes("'some text'"));
+        Add("no extension", RandomBytes(3000, 6));
+        Add("some data.xyz", RandomBytes(3000, 7));
+        for (const char* name :
+             {"first picture.jpg", "Lake/second picture.png", "Lake/first picture.jpg",
+              "some notes.txt", "no extension", "some data.xyz"}) {
+            card->Delete(name);
+        }
+        card->DeleteTree("Old");
+    }
+
+    void Add(const std::string& path, const ByteVector& bytes)
+    {
+        card->Put(path, bytes);
+        originals[path] = bytes;
+    }
+
+    std::string Card() const { return card->ImagePath().string(); }
+
+    Outcome Run(std::vector<std::string> arguments, bool terminal = false) const
+    {
+        arguments.insert(arguments.end(), {"--data-dir", (folder / "data").string()});
+        std::ostringstream out;
+        std::ostringstream err;
+        CommandStreams streams{out, err, terminal};
+        const ExitStatus status = RunCommandLine(std::move(arguments), streams);
+        return {static_cast<int>(status), out.str(), err.str()};
+    }
+
+    static Json::Value Parse(const std::string& text)
+    {
+        Json::Value value;
+        std::string problem;
+        const std::unique_ptr<Json::CharReader> reader(Json::CharReaderBuilder().newCharReader());
+        EXPECT_TRUE(reader->parse(text.data(), text.data() + text.size(), &value, &problem))
+            << problem << text;
+        return value;
+    }
+
+    // Every file below a folder by its relative path.
+    static std::map<std::string, ByteVector> FilesBelow(const std::filesystem::path& top)
+    {
+        std::map<std::string, ByteVector> files;
+        for (const auto& entry : std::filesystem::recursive_directory_iterator(top)) {
+            if (entry.is_regular_file()) {
+                files[entry.path().lexically_relative(top).string()] = ReadFileBytes(entry.path());
+            }
+        }
+        return files;
+    }
+
+    DataFolder data;
+    TempFolder folder;
+    std::optional<FatCard> card;
+    std::map<std::string, ByteVector> originals;
+};
