@@ -5,22 +5,22 @@
 #include "recovery/carving/CarveContext.h"
 #include "recovery/carving/formats/Formats.h"
 
-#include <cstring>
-#include <memory>
-#include <new>
+#include <algorithm>
+#include <array>
+#include <deque>
 
 namespace {
-
-using namespace std::string_view_literals;
 
 constexpr std::int32_t SmallestSize = 31;
 constexpr std::int32_t TurnSectors = 4;
 constexpr std::uint64_t MostSectors = 20;
 constexpr std::size_t CarryBytes = 4;  // a signature that lies across two turns is found
 
-constexpr std::string_view LocalHeader = "PK\3\4";
-constexpr std::string_view CentralHeader = "PK\1\2";
-constexpr std::string_view EndOfCentral = "PK\5\6";
+constexpr std::size_t SignatureBytes = 4;
+// Behind "PK".
+constexpr std::uint16_t LocalHeader = 0x0403;
+constexpr std::uint16_t CentralHeader = 0x0201;
+constexpr std::uint16_t EndOfCentral = 0x0605;
 
 bool BeginsWith(ByteView name, std::string_view text)
 {
@@ -45,40 +45,158 @@ FileTypeId ClassifyMemberName(ByteView name, std::size_t left)
     return left > 2 && BeginsWith(name, "xl") ? FileTypeId::SheetOoxml : FileTypeId::None;
 }
 
+enum class Signature : std::uint8_t
+{
+    Local,
+    Central,
+    End
+};
+
+// Where signatures lie on a source, as far as it was looked through. Zips in adjacent sectors are classified over nearly
+// the same 20 sectors each; what was looked through for the one is known for the next.
+class SignatureMap
+{
+public:
+    struct Place
+    {
+        std::uint64_t position = 0;  // byte on the source
+        Signature signature = Signature::Local;
+    };
+
+    // From now on nothing in front of position is asked for.
+    void Begin(std::uint64_t openNumber, std::int32_t size, std::uint64_t position)
+    {
+        const bool known = contents == openNumber && sectorSize == size && position >= knownFrom &&
+                           position <= knownTo;
+        if (!known) {
+            places.clear();
+            contents = openNumber;
+            sectorSize = size;
+            knownTo = position;
+        }
+        while (!places.empty() && places.front().position < position) {
+            places.pop_front();
+        }
+        knownFrom = position;
+    }
+
+    // Looks through what is new of the bytes that lie at position; carry holds the four bytes in front of them.
+    void Extend(const std::array<std::uint8_t, CarryBytes>& carry,
+                ByteView bytes,
+                std::uint64_t position)
+    {
+        if (knownTo < position) {
+            std::array<std::uint8_t, 2 * CarryBytes> border{};
+            std::copy(carry.begin(), carry.end(), border.begin());
+            std::copy_n(bytes.Data(), CarryBytes, border.begin() + CarryBytes);
+            const ByteView view(border.data(), border.size());
+            Search(view.Sub(0, border.size() - 1), position - CarryBytes);
+        }
+        Search(bytes, position);
+    }
+
+    // The places from position on.
+    std::size_t IndexOf(std::uint64_t position) const
+    {
+        const auto first = std::lower_bound(
+            places.begin(), places.end(), position,
+            [](const Place& place, std::uint64_t value) { return place.position < value; });
+        return static_cast<std::size_t>(first - places.begin());
+    }
+    const Place* At(std::size_t index) const
+    {
+        return index < places.size() ? &places[index] : nullptr;
+    }
+
+private:
+    void Search(ByteView bytes, std::uint64_t position)
+    {
+        std::size_t at = knownTo > position ? static_cast<std::size_t>(knownTo - position) : 0;
+        while ((at = FindBytes(bytes, "PK", at)) != NotFound && bytes.Covers(at, SignatureBytes)) {
+            const std::uint16_t kind = bytes.U16(at + 2);
+            if (kind == LocalHeader || kind == CentralHeader || kind == EndOfCentral) {
+                places.push_back({position + at, kind == LocalHeader     ? Signature::Local
+                                                 : kind == CentralHeader ? Signature::Central
+                                                                         : Signature::End});
+            }
+            ++at;
+        }
+        knownTo = std::max(knownTo, position + bytes.Size() - (SignatureBytes - 1));
+    }
+
+    std::deque<Place> places;
+    std::uint64_t contents = 0;
+    std::int32_t sectorSize = 0;
+    std::uint64_t knownFrom = 0;
+    std::uint64_t knownTo = 0;  // every signature that begins in front of it is in the list
+};
+
+// One turn: the sectors just read and the four bytes in front of them.
+struct Turn
+{
+    ByteView bytes;
+    std::uint64_t position = 0;  // of bytes on the source
+    std::uint64_t firstByte =
+        0;  // that signatures may begin at: the carried bytes count from the second turn on
+    std::uint64_t endByte = 0;
+};
+
 // One of the two searches of a turn.
 struct HeaderSearch
 {
-    std::string_view signature;
+    Signature signature;
     std::size_t nameOffset;
-    std::size_t guard;  // more bytes than these must be left from the find on
-    std::size_t at = 0;
+    std::uint64_t guard;  // more bytes than these must be left from the find on
+    std::size_t index;    // where it goes on in the map
     bool done = false;
 };
 
-FileTypeId Step(HeaderSearch& search, ByteView buffer, std::size_t endSignature)
+// The next place of the kind that lies wholly in the turn; null when there is none.
+const SignatureMap::Place*
+NextPlace(const SignatureMap& map, const Turn& turn, Signature signature, std::size_t& index)
 {
-    const std::size_t found = FindBytes(buffer, search.signature, search.at);
-    if (found == NotFound || found > endSignature || buffer.Size() - found <= search.guard) {
+    for (const SignatureMap::Place* place = map.At(index); place != nullptr;
+         place = map.At(index)) {
+        if (place->position + SignatureBytes > turn.endByte) {
+            return nullptr;
+        }
+        ++index;
+        if (place->signature == signature) {
+            return place;
+        }
+    }
+    return nullptr;
+}
+
+FileTypeId
+Step(HeaderSearch& search, const SignatureMap& map, const Turn& turn, std::uint64_t lastByte)
+{
+    const SignatureMap::Place* place = NextPlace(map, turn, search.signature, search.index);
+    if (place == nullptr || place->position > lastByte ||
+        turn.endByte - place->position <= search.guard) {
         search.done = true;
         return FileTypeId::None;
     }
-    search.at = found + search.signature.size();
-    return ClassifyMemberName(buffer.Sub(found + search.nameOffset),
-                              buffer.Size() - found - search.guard);
+    const std::uint64_t name = place->position + search.nameOffset - turn.position;
+    return ClassifyMemberName(
+        turn.bytes.Sub(static_cast<std::size_t>(name)),
+        static_cast<std::size_t>(turn.endByte - place->position - search.guard));
 }
 
-// The two searches take turns, local headers first; the first class found wins.
-FileTypeId ClassifyTurn(ByteView buffer)
+// The two searches take turns, local headers first; the first class found wins. Nothing behind the first end signature
+// is looked at.
+FileTypeId ClassifyTurn(const SignatureMap& map, const Turn& turn)
 {
-    const std::size_t endSignature = FindBytes(buffer, EndOfCentral);
-    HeaderSearch local = {LocalHeader, 30, 4};
-    HeaderSearch central = {CentralHeader, 46, 47};
+    const std::size_t first = map.IndexOf(turn.firstByte);
+    std::size_t endIndex = first;
+    const SignatureMap::Place* end = NextPlace(map, turn, Signature::End, endIndex);
+    const std::uint64_t lastByte = end != nullptr ? end->position : turn.endByte;
+    HeaderSearch local = {Signature::Local, 30, 4, first};
+    HeaderSearch central = {Signature::Central, 46, 47, first};
     while (!local.done || !central.done) {
         for (HeaderSearch* search : {&local, &central}) {
-            if (search->done) {
-                continue;
-            }
-            const FileTypeId typeId = Step(*search, buffer, endSignature);
+            const FileTypeId typeId =
+                search->done ? FileTypeId::None : Step(*search, map, turn, lastByte);
             if (typeId != FileTypeId::None) {
                 return typeId;
             }
@@ -96,34 +214,37 @@ FileTypeId DetectOoxml(const std::uint8_t* buffer, std::int32_t size)
         return FileTypeId::None;
     }
     // The name of a first member stands at 30; 31 is what is asked for, and stays.
-    const bool zip = sector.Matches(0, LocalHeader) || sector.Matches(31, "[Content_Types].xml");
+    const bool zip = sector.Matches(0, "PK\3\4") || sector.Matches(31, "[Content_Types].xml");
     return zip ? ClassifyOoxml() : FileTypeId::None;
 }
 
 FileTypeId ClassifyOoxml()
 {
+    static SignatureMap map;
     CarveContext& context = CarveContext::Instance();
-    if (context.sectorSize <= 0) {
+    if (context.source == nullptr || context.sectorSize <= 0) {
         return FileTypeId::None;
     }
-    const std::size_t span = static_cast<std::size_t>(context.sectorSize) * TurnSectors;
-    const std::unique_ptr<std::uint8_t[]> buffer(new (std::nothrow)
-                                                     std::uint8_t[span + CarryBytes]);
-    if (buffer == nullptr) {
-        return FileTypeId::None;
-    }
-    std::memset(buffer.get(), 0, CarryBytes);
+    const auto sectorBytes = static_cast<std::uint64_t>(context.sectorSize);
+    const std::uint64_t start = context.currentLba * sectorBytes;
+    map.Begin(context.source->OpenNumber(), context.sectorSize, start);
+    std::array<std::uint8_t, CarryBytes> carry{};
     for (std::uint64_t sector = 0; sector < MostSectors; sector += TurnSectors) {
-        const ByteView read = context.ReadSectors(context.currentLba + sector, TurnSectors);
-        if (read.Size() != span) {
+        Turn turn;
+        turn.bytes = context.ReadSectors(context.currentLba + sector, TurnSectors);
+        if (turn.bytes.Size() < CarryBytes) {
             break;
         }
-        std::memcpy(buffer.get() + CarryBytes, read.Data(), span);
-        const FileTypeId typeId = ClassifyTurn(ByteView(buffer.get(), span + CarryBytes));
+        turn.position = start + sector * sectorBytes;
+        turn.firstByte = sector == 0 ? start : turn.position - CarryBytes;
+        turn.endByte = turn.position + turn.bytes.Size();
+        map.Extend(carry, turn.bytes, turn.position);
+        const FileTypeId typeId = ClassifyTurn(map, turn);
         if (typeId != FileTypeId::None) {
             return typeId;
         }
-        std::memcpy(buffer.get(), buffer.get() + span, CarryBytes);
+        const ByteView last = turn.bytes.Sub(turn.bytes.Size() - CarryBytes);
+        std::copy_n(last.Data(), CarryBytes, carry.begin());
     }
     return FileTypeId::None;
 }
