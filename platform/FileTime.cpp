@@ -56,7 +56,9 @@ CalendarTime CalendarFromFileTime(std::uint64_t fileTime)
 
 std::uint64_t FileTimeFromUnix(std::int64_t seconds, std::int64_t nanoseconds)
 {
-    return static_cast<std::uint64_t>(seconds + SecondsFrom1601To1970) * TicksPerSecond +
+    return (static_cast<std::uint64_t>(seconds) +
+            static_cast<std::uint64_t>(SecondsFrom1601To1970)) *
+               TicksPerSecond +
            static_cast<std::uint64_t>(nanoseconds / 100);
 }
 

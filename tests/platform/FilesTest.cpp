@@ -1,0 +1,175 @@
+// File handles, folders and paths, on a real file system.
+#include "platform/FileHandle.h"
+#include "platform/Folders.h"
+#include "platform/UniquePath.h"
+#include "tests/support/Bytes.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace {
+
+class FilesTest : public testing::Test
+{
+protected:
+    TempFolder folder;
+};
+
+TEST_F(FilesTest, SourcesAreOpenedForReadingAlone)
+{
+    WriteFileBytes(folder / "source", Bytes("01 02 03 04"));
+    FileHandle file;
+    ASSERT_EQ(file.OpenForReading(folder / "source"), ResultSuccess);
+    EXPECT_NE(file.WriteAt(0, "x", 1), ResultSuccess);
+    ByteVector buffer(8);
+    std::size_t got = 99;
+    EXPECT_EQ(file.ReadAt(1, buffer.data(), 8, &got), ResultSuccess);
+    EXPECT_EQ(got, 3u);
+    EXPECT_EQ(file.ReadAt(100, buffer.data(), 8, &got), ResultSuccess);
+    EXPECT_EQ(got, 0u);
+    EXPECT_EQ(file.ReadAt(UINT64_MAX, buffer.data(), 8, &got), ResultInvalidParameter);
+    std::uint64_t size = 0;
+    EXPECT_EQ(file.Size(&size), ResultSuccess);
+    EXPECT_EQ(size, 4u);
+    EXPECT_TRUE(file.IsRegularFile());
+    EXPECT_FALSE(file.IsBlockDevice());
+    EXPECT_EQ(file.DeviceSectorSize(), 0u);
+}
+
+TEST_F(FilesTest, OpeningTellsWhatIsMissing)
+{
+    WriteFileBytes(folder / "file", {});
+    FileHandle file;
+    EXPECT_EQ(file.OpenForReading(folder / "none"), ResultFileNotFound);
+    EXPECT_EQ(file.OpenForReading(folder / "none/none"), ResultPathNotFound);
+    EXPECT_EQ(file.OpenForReading(folder / "file/none"), ResultPathNotFound);
+    EXPECT_FALSE(file.IsOpen());
+    // A pipe nobody writes to must not be waited for.
+    ASSERT_EQ(::mkfifo((folder / "pipe").c_str(), 0600), 0);
+    EXPECT_EQ(file.OpenForReading(folder / "pipe"), ResultSuccess);
+}
+
+TEST_F(FilesTest, WritingNeverGoesThroughALink)
+{
+    WriteFileBytes(folder / "precious", Bytes("'keep'"));
+    std::filesystem::create_symlink(folder / "precious", folder / "link");
+    FileHandle file;
+    EXPECT_NE(file.OpenOrCreate(folder / "link"), ResultSuccess);
+    ASSERT_EQ(file.OpenOrCreate(folder / "new"), ResultSuccess);
+    std::size_t written = 0;
+    EXPECT_EQ(file.WriteAt(3, "abc", 3, &written), ResultSuccess);
+    EXPECT_EQ(written, 3u);
+    EXPECT_EQ(ReadFileBytes(folder / "new"), Bytes("00*3 'abc'"));
+    EXPECT_EQ(ReadFileBytes(folder / "precious"), Bytes("'keep'"));
+    struct stat status = {};
+    ASSERT_EQ(::stat((folder / "new").c_str(), &status), 0);
+    EXPECT_EQ(status.st_mode & 077, 0u) << "restored files are private";
+}
+
+TEST_F(FilesTest, AMovedHandleClosesOnce)
+{
+    WriteFileBytes(folder / "file", Bytes("01"));
+    FileHandle first;
+    ASSERT_EQ(first.OpenForReading(folder / "file"), ResultSuccess);
+    const int descriptor = first.Descriptor();
+    {
+        const FileHandle second = std::move(first);
+        EXPECT_EQ(second.Descriptor(), descriptor);
+    }
+    struct stat status = {};
+    EXPECT_NE(::fstat(descriptor, &status), 0);
+}
+
+TEST_F(FilesTest, MakingFoldersTellsThereAlreadyFromInTheWay)
+{
+    WriteFileBytes(folder / "file", {});
+    EXPECT_EQ(MakeFolderWithParents(folder / "a/b/c"), ResultSuccess);
+    EXPECT_EQ(MakeFolderWithParents(folder / "a/b/c/"), ResultAlreadyExists);
+    EXPECT_EQ(MakeFolderWithParents(folder / "file"), ResultFileExists);
+    EXPECT_FALSE(FolderIsThere(MakeFolderWithParents(folder / "file/x")));
+    EXPECT_EQ(MakeFolder(folder / "none/x"), ResultFileNotFound);
+    EXPECT_EQ(MakePrivateFolderWithParents(folder / "p/q"), ResultSuccess);
+    struct stat status = {};
+    for (const char* name : {"p", "p/q"}) {
+        ASSERT_EQ(::stat((folder / name).c_str(), &status), 0);
+        EXPECT_EQ(status.st_mode & 0777, 0700u) << name;
+    }
+    std::filesystem::create_directory_symlink(folder / "a", folder / "link");
+    EXPECT_TRUE(IsFolder(folder / "link"));
+    EXPECT_FALSE(IsRealFolder(folder / "link"));
+    EXPECT_FALSE(IsWritableFolder(folder / "file"));
+}
+
+TEST_F(FilesTest, RemovingATreeDoesNotFollowLinks)
+{
+    WriteFileBytes(folder / "precious", Bytes("'keep'"));
+    std::filesystem::create_directories(folder / "tree/sub");
+    std::filesystem::create_symlink(folder / "precious", folder / "tree/sub/link");
+    std::filesystem::create_directory_symlink(folder.Path(), folder / "tree/up");
+    EXPECT_EQ(RemoveTree(folder / "tree"), ResultSuccess);
+    EXPECT_FALSE(PathExists(folder / "tree"));
+    EXPECT_TRUE(PathExists(folder / "precious"));
+    EXPECT_EQ(RemoveFile(folder / "tree"), ResultFileNotFound);
+}
+
+TEST_F(FilesTest, FoldersAreListedInByteOrderWithoutHiddenNames)
+{
+    for (const char* name : {"b", "B", "a", ".hidden", "\xC3\xA4"}) {
+        WriteFileBytes(folder / name, {});
+    }
+    std::vector<std::string> names;
+    EXPECT_EQ(ListFolder(folder.Path(), names), ResultSuccess);
+    EXPECT_EQ(names, (std::vector<std::string>{"B", "a", "b", "\xC3\xA4"}));
+    EXPECT_EQ(ListFolder(folder / "none", names), ResultFileNotFound);
+}
+
+TEST_F(FilesTest, DataFolderFollowsTheEnvironment)
+{
+    const char* const before = std::getenv("XDG_DATA_HOME");
+    const std::string kept = before != nullptr ? before : "";
+    ::setenv("XDG_DATA_HOME", "/chosen", 1);
+    EXPECT_EQ(ApplicationDataFolder(), "/chosen");
+    ::setenv("XDG_DATA_HOME", "relative", 1);
+    EXPECT_TRUE(ApplicationDataFolder().string().ends_with("/.local/share"))
+        << "a relative one is ignored";
+    SetApplicationDataFolder("/set");
+    EXPECT_EQ(ApplicationDataFolder(), "/set");
+    SetApplicationDataFolder({});
+    before != nullptr ? ::setenv("XDG_DATA_HOME", kept.c_str(), 1) : ::unsetenv("XDG_DATA_HOME");
+}
+
+TEST_F(FilesTest, UniquePathsCountUpBehindTheStem)
+{
+    UniquePaths unique;
+    const auto take = [&](const std::string& name) {
+        const std::filesystem::path path = unique.Next(folder / name);
+        EXPECT_FALSE(PathExists(path)) << path;
+        WriteFileBytes(path, {});
+        return path.filename().string();
+    };
+    const std::pair<std::string, std::string> cases[] = {
+        {"a.jpg", "a.jpg"},     {"a.jpg", "a(1).jpg"},     {"a.jpg", "a(2).jpg"},
+        {"a.b.jpg", "a.b.jpg"}, {"a.b.jpg", "a.b(1).jpg"}, {"plain", "plain"},
+        {"plain", "plain(1)"},  {".hidden", ".hidden"},    {".hidden", "(1).hidden"},
+        {"end.", "end."},       {"end.", "end(1)."},       {"a(1).jpg", "a(1)(1).jpg"},
+    };
+    for (const auto& [name, expected] : cases) {
+        EXPECT_EQ(take(name), expected);
+    }
+    // A number whose file did not come to be is given again; one that somebody took meanwhile is not.
+    EXPECT_EQ(unique.Next(folder / "a.jpg").filename(), "a(3).jpg");
+    EXPECT_EQ(unique.Next(folder / "a.jpg").filename(), "a(3).jpg");
+    WriteFileBytes(folder / "a(3).jpg", {});
+    EXPECT_EQ(unique.Next(folder / "a.jpg").filename(), "a(4).jpg");
+    std::filesystem::create_symlink("nowhere", folder / "dangling");
+    EXPECT_EQ(unique.Next(folder / "dangling").filename(), "dangling(1)");
+    // The name that is as long as a file system takes stays within it.
+    const std::string longest = std::string(250, 'x') + ".jpeg";
+    EXPECT_EQ(take(longest), longest);
+    EXPECT_EQ(take(longest), std::string(247, 'x') + "(1).jpeg");
+}
+
+}  // namespace

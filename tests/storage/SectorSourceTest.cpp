@@ -1,0 +1,121 @@
+#include "storage/SectorSource.h"
+
+#include "storage/DriveRegistry.h"
+#include "tests/support/Bytes.h"
+#include "tests/support/FailingReader.h"
+
+#include <gtest/gtest.h>
+
+namespace {
+
+class SectorSourceTest : public testing::Test
+{
+protected:
+    static constexpr std::int32_t Untouched = -77;
+
+    // 100 sectors and a torn one behind them.
+    const ByteVector content = RandomBytes(100 * 512 + 100, 11);
+    TempFolder folder;
+    FailingReader faults;
+    SectorSource source;
+    ByteVector buffer = ByteVector(content.size() + 4096);
+    std::int32_t got = Untouched;
+
+    void SetUp() override
+    {
+        WriteFileBytes(folder / "image", content);
+        ASSERT_EQ(source.OpenImage(folder / "image"), ResultSuccess);
+    }
+
+    ResultCode Read(std::int32_t count, std::uint64_t lba, std::int32_t sectorSize)
+    {
+        got = Untouched;
+        return source.ReadSectors(buffer.data(), count, lba, sectorSize, &got);
+    }
+};
+
+TEST_F(SectorSourceTest, BoundsAreCountedInTheCallersSectors)
+{
+    EXPECT_EQ(source.totalSectors, 100u);
+    struct BoundsCase
+    {
+        std::int32_t count;
+        std::uint64_t lba;
+        std::int32_t sectorSize;
+        ResultCode result;
+        std::int32_t sectorsRead;
+    };
+    const BoundsCase cases[] = {
+        {1, 99, 512, 0, 1},
+        {2, 99, 512, 87, Untouched},
+        {0, 100, 512, 0, 0},
+        {0, 101, 512, 87, Untouched},
+        {100, 0, 512, 0, 100},
+        {1, UINT64_MAX, 512, 87, Untouched},  // the end wraps to 0
+        {-1, 5, 512, 87, Untouched},
+        {1, 0, 0, 87, Untouched},
+        {1, 0, -512, 87, Untouched},
+        // Larger sectors pass the bound and then run off the file: what is whole of them is told.
+        {1, 11, 4096, 0, 1},
+        {2, 11, 4096, 30, 1},
+        {1, 99, 4096, 30, 0},
+        // The torn sector is out of reach by its own size, but a part of a larger one.
+        {25, 0, 2048, 0, 25},
+        {26, 0, 2048, 30, 25},
+    };
+    for (const BoundsCase& row : cases) {
+        EXPECT_EQ(Read(row.count, row.lba, row.sectorSize), row.result)
+            << row.lba << ' ' << row.count;
+        EXPECT_EQ(got, row.sectorsRead) << row.lba << ' ' << row.count;
+    }
+    ASSERT_EQ(Read(3, 7, 512), ResultSuccess);
+    EXPECT_TRUE(std::equal(buffer.begin(), buffer.begin() + 3 * 512, content.begin() + 7 * 512));
+}
+
+TEST_F(SectorSourceTest, ABadSectorEndsTheReadAndWhatCameStays)
+{
+    faults.FailSector(5);
+    EXPECT_EQ(Read(4, 1, 512), ResultSuccess);
+    EXPECT_EQ(Read(8, 1, 512), ResultReadFault);
+    EXPECT_EQ(got, 4);
+    EXPECT_TRUE(std::equal(buffer.begin(), buffer.begin() + 4 * 512, content.begin() + 512));
+    EXPECT_EQ(Read(1, 5, 512), ResultReadFault);
+    EXPECT_EQ(got, 0);
+    EXPECT_EQ(Read(90, 6, 512), ResultSuccess) << "no state is left behind";
+}
+
+TEST_F(SectorSourceTest, ReadsAreCutIntoPiecesOf64KiB)
+{
+    const ImageFile image(folder / "large", 1 << 20);
+    ASSERT_EQ(source.OpenImage(image.Path()), ResultSuccess);
+    buffer.resize(200'000 + 512);
+    EXPECT_EQ(Read(390, 0, 512), ResultSuccess);
+    EXPECT_EQ(faults.ReadCount(), 4u);
+    EXPECT_EQ(faults.LargestRead(), 65536u);
+}
+
+TEST_F(SectorSourceTest, OpeningFailsWithTheReasonAndLeavesNothing)
+{
+    SectorSource closed;
+    EXPECT_EQ(closed.OpenImage(folder / "none"), ResultFileNotFound);
+    EXPECT_EQ(closed.OpenDrive(77), ResultFileNotFound) << "a number never given";
+    EXPECT_FALSE(closed.IsOpen());
+    EXPECT_EQ(closed.ReadSectors(buffer.data(), 1, 0, 512, &got), ResultInvalidParameter);
+}
+
+TEST_F(SectorSourceTest, DriveNumbersAreStableAndEnd)
+{
+    DriveRegistry registry;
+    EXPECT_EQ(registry.NumberOf("/dev/a"), 0u);
+    EXPECT_EQ(registry.NumberOf("/dev/b"), 1u);
+    EXPECT_EQ(registry.NumberOf("/dev/a"), 0u);
+    registry.Forget(0);
+    EXPECT_EQ(registry.DeviceOf(0), "");
+    EXPECT_EQ(registry.NumberOf("/dev/c"), 0u) << "the lowest free one";
+    for (std::uint32_t i = 2; i < DriveRegistry::NumberLimit; ++i) {
+        EXPECT_EQ(registry.NumberOf("/dev/x" + std::to_string(i)), i);
+    }
+    EXPECT_EQ(registry.NumberOf("/dev/toomany"), DriveRegistry::NoNumber);
+}
+
+}  // namespace
