@@ -1,0 +1,29 @@
+#include "recovery/ntfs/NtfsVolume.h"
+
+namespace {
+
+constexpr std::uint32_t SmallestSector = 512;
+
+}  // namespace
+
+void SetNtfsSectorSize(std::uint32_t bytesPerSector, NtfsVolume& volume)
+{
+    volume.BytesPerSector = bytesPerSector;
+    volume.SectorsPerRecord = bytesPerSector == SmallestSector ? 2 : 1;
+    volume.RecordSize = volume.SectorsPerRecord * bytesPerSector;
+}
+
+ResultCode ReadNtfsVolume(ByteView boot, NtfsVolume& volume)
+{
+    const std::uint32_t stated = boot.U16(11);
+    const std::uint32_t bytesPerSector = stated != 0 ? stated : SmallestSector;
+    const auto sectorsPerCluster = static_cast<std::int8_t>(boot.U8(13));
+    if (bytesPerSector % SmallestSector != 0 || sectorsPerCluster <= 0) {
+        return ResultInvalidParameter;
+    }
+    SetNtfsSectorSize(bytesPerSector, volume);
+    volume.SectorsPerCluster = static_cast<std::uint32_t>(sectorsPerCluster);
+    // Wraps for a wild number; the place is then simply not found.
+    volume.MftStartSector = boot.U64(48) * volume.SectorsPerCluster + volume.PartitionStart;
+    return ResultSuccess;
+}
