@@ -23,7 +23,8 @@ inline constexpr std::size_t NameCapacity = 260;             // with the ending 
 void StoreName(char (&field)[NameCapacity], std::string_view name);
 
 #pragma pack(push, 1)
-// 346 bytes, little-endian, no padding. Fields are taken by value: none of them is aligned.
+// 346 bytes, little-endian, no padding. Fields are taken by value: none of them is
+// aligned, so what takes a reference (a container, std::min) gets a copy, std::uint32_t{record.NodeId}.
 struct FileRecord
 {
     std::uint16_t DriveLetter = 0;      // 0: letter, number or image id of the target

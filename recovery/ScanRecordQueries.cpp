@@ -156,7 +156,8 @@ void ScanRecordStore::IndexParents()
     }
     dirInfoByFolder.clear();
     for (std::size_t i = 0; i < dirInfo.size(); ++i) {
-        dirInfoByFolder.try_emplace(dirInfo[i].FolderId, i);  // the first entry stays
+        dirInfoByFolder.try_emplace(std::uint32_t{dirInfo[i].FolderId},
+                                    i);  // the first entry stays
     }
     parentsIndexed = true;
 }
@@ -179,7 +180,8 @@ void ScanRecordStore::IndexFolders()
         for (std::size_t i = 0; i < records; ++i) {
             if (block[i].IsFolder != 0) {
                 const std::uint64_t place = position / sizeof(FileRecord) + i + 1;
-                foldersByNode.try_emplace(block[i].NodeId, static_cast<std::uint32_t>(place));
+                foldersByNode.try_emplace(std::uint32_t{block[i].NodeId},
+                                          static_cast<std::uint32_t>(place));
             }
         }
         position += records * sizeof(FileRecord);
@@ -201,7 +203,7 @@ ResultCode
 ScanRecordStore::FolderAbove(const FileRecord& record, FileRecord& outFolder, bool* outFound)
 {
     *outFound = false;
-    const auto key = parentKeys.find(record.RecordNumber);
+    const auto key = parentKeys.find(std::uint32_t{record.RecordNumber});
     // The lowest key stands for the root.
     if (key == parentKeys.end() || key->second == relation.begin()->first) {
         return ResultSuccess;
@@ -228,12 +230,12 @@ ResultCode ScanRecordStore::GetRecordPath(const FileRecord* record, std::string&
     IndexParents();
     std::vector<std::string> names;  // nearest folder first
     // Folders can contain each other on a damaged disk: the chain ends when a number comes back.
-    std::unordered_set<std::uint32_t> passed = {record->RecordNumber};
+    std::unordered_set<std::uint32_t> passed = {std::uint32_t{record->RecordNumber}};
     FileRecord current = *record;
     FileRecord folder;
     bool found = false;
     while (FolderAbove(current, folder, &found) == ResultSuccess && found &&
-           passed.insert(folder.RecordNumber).second) {
+           passed.insert(std::uint32_t{folder.RecordNumber}).second) {
         names.emplace_back(folder.NameText());
         current = folder;
     }

@@ -217,8 +217,8 @@ void CFastFatRecovery::TakeFolder(ByteView entry, FolderWalk& walk)
     record.DataStart = geometry.dataStart;
     record.InDeletedFolder = entry.U8(0) == DeletedMark || walk.inDeleted ? 1 : 0;
     if (record.NodeId != 0 && record.NodeId != walk.folderId) {
-        folderQueue.push(record.NodeId);
-        folderMap[record.NodeId] = record;  // the last entry seen stands
+        folderQueue.push(std::uint32_t{record.NodeId});
+        folderMap[std::uint32_t{record.NodeId}] = record;  // the last entry seen stands
         ++folderMapVersion;
     }
 }
