@@ -14,7 +14,8 @@ namespace {
 void Replay(const std::filesystem::path& path)
 {
     std::ifstream stream(path, std::ios::binary);
-    const std::vector<char> text{std::istreambuf_iterator<char>(stream), std::istreambuf_iterator<char>()};
+    const std::vector<char> text{std::istreambuf_iterator<char>(stream),
+                                 std::istreambuf_iterator<char>()};
     const std::vector<std::uint8_t> bytes(text.begin(), text.end());
     LLVMFuzzerTestOneInput(bytes.data(), bytes.size());
 }
