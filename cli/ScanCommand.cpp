@@ -50,8 +50,8 @@ void WriteTable(const FileRecordList& records, std::ostream& out)
     out << "Family    Extension       Files        Size  Head lost\n";
     for (const std::string_view family : Families) {
         for (const auto& [extension, tally] : families[family]) {
-            WriteRow(out, family, extension.empty() ? "(none)" : std::string_view(extension),
-                     tally);
+            const std::string_view shown = extension;
+            WriteRow(out, family, shown.empty() ? "(none)" : shown, tally);
         }
     }
     WriteRow(out, "all", "", all);

@@ -18,11 +18,10 @@ std::filesystem::path UniquePaths::Next(const std::filesystem::path& path)
     // The number given last is tried again: its file may not have come to be.
     for (std::uint64_t& number = m_lastNumbers.try_emplace(path.string(), 1).first->second;;
          ++number) {
-        const std::string suffix = "(" + std::to_string(number) + ")";
-        const std::size_t taken = suffix.size() + extension.size();
-        const std::string fitting =
-            CutText(stem, taken < LongestComponent ? LongestComponent - taken : 1);
-        std::filesystem::path candidate = path.parent_path() / (fitting + suffix + extension);
+        const std::string ending = "(" + std::to_string(number) + ")" + extension;
+        const std::size_t room =
+            ending.size() < LongestComponent ? LongestComponent - ending.size() : 1;
+        std::filesystem::path candidate = path.parent_path() / (CutText(stem, room) + ending);
         if (!PathExists(candidate)) {
             return candidate;
         }
