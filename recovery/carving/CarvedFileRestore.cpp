@@ -165,8 +165,8 @@ ResultCode CFileTypeRecovery::PreviewToBuffer(const FileRecord& record,
                                               PreviewProgressCallback progressFn,
                                               void* context)
 {
-    const auto toWrite =
-        static_cast<std::uint32_t>(std::min<std::uint64_t>(record.FileSize, capacity));
+    const std::uint64_t size = record.FileSize;
+    const auto toWrite = static_cast<std::uint32_t>(std::min<std::uint64_t>(size, capacity));
     CarvedReader reader(source, record, sectorSize, toWrite);
     while (!reader.AtEnd()) {
         ResultCode result = ResultSuccess;

@@ -58,7 +58,7 @@ bool LengthScan::ReadBlock(std::int64_t sectorCount)
     return true;
 }
 
-bool LengthScan::Report()
+bool LengthScan::Report() const
 {
     CarveContext& context = CarveContext::Instance();
     if (context.scanCallback == nullptr) {

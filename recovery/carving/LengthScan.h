@@ -44,7 +44,7 @@ public:
 
 private:
     bool ReadBlock(std::int64_t sectorCount);
-    bool Report();
+    bool Report() const;
 
     BoundaryFunction boundary;
     std::int64_t sectorSize;

@@ -7,9 +7,9 @@ namespace {
 
 // Several measuring blocks, so that what is kept is moved to the front only now and then. Four sectors of 64 KiB,
 // the largest request, fit twice.
-constexpr std::size_t WindowBytes = 512 * 1024;
-constexpr std::uint64_t LargestAhead = 64 * 1024;
-constexpr std::int32_t LargestSector = 64 * 1024;
+constexpr std::size_t WindowBytes = std::size_t{512} * 1024;
+constexpr std::uint64_t LargestAhead = 65536;
+constexpr std::int32_t LargestSector = 65536;
 
 }  // namespace
 

@@ -108,13 +108,13 @@ TEST_F(FileTypeRecoveryTest, AHeadBecomesARecordAndAStep)
             std::find_if(records.begin(), records.end(),
                          [&one](const FileRecord& each) { return each.NameText() == one.name; });
         ASSERT_NE(record, records.end()) << one.name;
-        EXPECT_EQ(record->FileSize, one.size) << one.name;
-        EXPECT_EQ(record->EntrySector, 5u);
-        EXPECT_EQ(record->EngineKind, EngineKindCarved);
-        EXPECT_EQ(record->DriveLetter, u'Z');
-        EXPECT_EQ(record->HeadIntact, 1u);
-        EXPECT_EQ(record->ClusterBytes, NoClusterBytes);
-        EXPECT_EQ(record->RecordNumber, static_cast<std::uint32_t>(found));
+        EXPECT_EQ(std::uint64_t{record->FileSize}, one.size) << one.name;
+        EXPECT_EQ(std::uint64_t{record->EntrySector}, 5u);
+        EXPECT_EQ(std::uint32_t{record->EngineKind}, EngineKindCarved);
+        EXPECT_EQ(std::uint16_t{record->DriveLetter}, u'Z');
+        EXPECT_EQ(std::uint32_t{record->HeadIntact}, 1u);
+        EXPECT_EQ(std::uint32_t{record->ClusterBytes}, NoClusterBytes);
+        EXPECT_EQ(std::uint32_t{record->RecordNumber}, static_cast<std::uint32_t>(found));
     }
     const ByteVector pdf = Padded(Bytes("'%PDF-'"));
     std::int64_t step = 99;
