@@ -4,6 +4,7 @@
 #include "cli/ScanSession.h"
 #include "cli/TextForms.h"
 #include "platform/Folders.h"
+#include "platform/Text.h"
 #include "recovery/RestoreSupport.h"
 
 #include <CLI/CLI.hpp>
@@ -24,6 +25,8 @@ void AddOptions(CLI::App& app, CommandOptions& options)
                  "restore onto the source itself, over other deleted files");
     AddJsonOption(app, options);
 }
+
+constexpr std::size_t ShownNameBytes = 40;  // a line that wraps could not be rewritten
 
 // What the engine's callback needs while one file is written.
 struct RestoreProgress
@@ -46,7 +49,7 @@ ResultCode OnFileProgress(void* context,
     if (progress.line.IsDue()) {
         progress.line.Show("Restoring " + std::to_string(progress.number) + " of " +
                            std::to_string(progress.total) + ", " + std::to_string(percent) +
-                           "% of " + Printable(path.filename().string()));
+                           "% of " + Printable(CutName(path.filename().string(), ShownNameBytes)));
     }
     // The engine goes on with what is returned: a write error that is not given back counts as overcome.
     return error;
