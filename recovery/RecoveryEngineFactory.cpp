@@ -3,6 +3,7 @@
 #include "recovery/FastExtRecovery.h"
 #include "recovery/FileSystemRecognition.h"
 #include "recovery/fat/FastFatRecovery.h"
+#include "recovery/ntfs/FastNtfsRecovery.h"
 #include "storage/ByteReader.h"
 
 #include <vector>
@@ -29,7 +30,7 @@ Engine MakeQuickEngine(FileSystemKind kind)
     case FileSystemKind::Fat:
         return std::make_unique<CFastFatRecovery>();
     case FileSystemKind::Ntfs:
-        return nullptr;
+        return std::make_unique<CFastNtfsRecovery>();
     case FileSystemKind::Ext:
         return std::make_unique<CFastExtRecovery>();
     case FileSystemKind::Unknown:

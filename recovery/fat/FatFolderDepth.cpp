@@ -4,8 +4,6 @@
 #include "recovery/fat/FatEntryNames.h"
 
 #include <array>
-#include <unordered_set>
-#include <vector>
 
 namespace {
 
@@ -20,16 +18,11 @@ void FatFolderDepth::Open(SectorSource& folderSource,
     source = &folderSource;
     geometry = volume;
     startLba = partitionStart;
-    steps.clear();
     depths.clear();
 }
 
-FatFolderDepth::Step FatFolderDepth::StepFrom(std::uint32_t cluster)
+FolderStep FatFolderDepth::StepFrom(std::uint32_t cluster)
 {
-    const auto [known, isNew] = steps.try_emplace(cluster);
-    if (!isNew) {
-        return known->second;
-    }
     std::array<std::uint8_t, FolderHeadBytes> head = {};
     std::int32_t sectorsRead = 0;
     const ResultCode result = source->ReadSectors(
@@ -38,39 +31,16 @@ FatFolderDepth::Step FatFolderDepth::StepFrom(std::uint32_t cluster)
     const ByteView view(head);
     const bool isRoot =
         view.U8(EntryAttributes) == AttributeVolumeLabel || cluster == geometry.rootCluster;
-    if (result == ResultSuccess && !isRoot && view.U8(0) == '.' &&
-        view.Matches(DirEntryBytes, "..")) {
-        known->second.isFolder = true;
-        known->second.parent = FirstClusterOf(view.Sub(DirEntryBytes));
-    }
-    return known->second;
+    FolderStep step;
+    step.isLevel = result == ResultSuccess && !isRoot && view.U8(0) == '.' &&
+                   view.Matches(DirEntryBytes, "..");
+    step.hasParent = cluster != 0;
+    step.parent = FirstClusterOf(view.Sub(DirEntryBytes));
+    return step;
 }
 
 std::uint32_t FatFolderDepth::DepthOf(std::uint32_t cluster)
 {
-    std::vector<std::uint32_t> passed;
-    std::unordered_set<std::uint32_t> met;
-    std::uint32_t base = 0;
-    for (std::uint32_t current = cluster;;) {
-        if (const auto known = depths.find(current); known != depths.end()) {
-            base = known->second;
-            break;
-        }
-        met.insert(current);
-        const Step step = StepFrom(current);
-        if (!step.isFolder) {
-            depths[current] = 0;
-            break;
-        }
-        passed.push_back(current);
-        // A chain that comes back to itself has another depth from each of its folders: none is kept.
-        if (current == 0 || met.contains(step.parent)) {
-            return static_cast<std::uint32_t>(passed.size());
-        }
-        current = step.parent;
-    }
-    for (auto folder = passed.rbegin(); folder != passed.rend(); ++folder) {
-        depths[*folder] = ++base;
-    }
-    return base;
+    return CountLevels(cluster, depths,
+                       [this](std::uint32_t current) { return StepFrom(current); });
 }

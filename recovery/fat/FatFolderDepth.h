@@ -2,10 +2,10 @@
 #pragma once
 
 #include "recovery/fat/FatGeometry.h"
+#include "recovery/fat/FolderChain.h"
 #include "storage/SectorSource.h"
 
 #include <cstdint>
-#include <unordered_map>
 
 // Reads each folder once: depth is a matter of the cluster and the disk. Owned by one engine.
 class FatFolderDepth
@@ -19,17 +19,10 @@ public:
 
 private:
     // What a folder's first sectors say of the way up.
-    struct Step
-    {
-        bool isFolder = false;  // begins with dot entries and is not the root
-        std::uint32_t parent = 0;
-    };
-
-    Step StepFrom(std::uint32_t cluster);
+    FolderStep StepFrom(std::uint32_t cluster);
 
     SectorSource* source = nullptr;
     FatGeometry geometry;
     std::uint64_t startLba = 0;
-    std::unordered_map<std::uint32_t, Step> steps;
-    std::unordered_map<std::uint32_t, std::uint32_t> depths;  // of chains known to end
+    KnownDepths depths;
 };

@@ -1,0 +1,64 @@
+// FAT volumes as read from a boot sector or inferred from where directories lie, and the searches among them.
+#pragma once
+
+#include <cstdint>
+#include <map>
+#include <optional>
+#include <unordered_map>
+#include <vector>
+
+// The cluster sizes that a volume can have, in sectors.
+inline constexpr std::uint32_t LegalClusterSizes[] = {1, 2, 4, 8, 16, 32, 64, 128};
+
+struct FatVolume
+{
+    std::uint32_t SectorsPerCluster = 0;  // 0: no volume known
+    std::uint32_t DataStart = 0;          // sectors from Base to cluster 2
+    std::uint64_t Base = 0;  // the target's first LBA, also of a lost partition's volume
+
+    bool IsKnown() const { return SectorsPerCluster != 0; }
+    friend bool operator==(const FatVolume&, const FatVolume&) = default;
+};
+
+// The LBA of a cluster, product and sum in 32 bits.
+std::uint64_t PlainClusterSector(const FatVolume& volume, std::uint32_t cluster);
+// The same, but cluster 0 is the root directory 32 sectors in front of the data.
+std::uint64_t ClusterSector(const FatVolume& volume, std::uint32_t cluster);
+
+// All volumes of a target in order of discovery. Base is the same in all of them. The first match in that order wins in
+// every search; volumes that repeat an earlier one count but are never found.
+class FatVolumeList
+{
+public:
+    void Clear(std::uint64_t targetStart);
+    void AppendBootVolume(const FatVolume& volume);
+    void Append(const FatVolume& volume);
+
+    bool Empty() const { return volumes.empty(); }
+    std::size_t Count() const { return volumes.size(); }
+    const FatVolume& At(std::size_t index) const { return volumes[index]; }
+
+    // The index of the first volume in which the cluster lies exactly at lba.
+    std::optional<std::size_t> FindByCluster(std::uint64_t lba, std::uint32_t cluster) const;
+    // The first volume in which lba lies inside the cluster.
+    const FatVolume* FindHolding(std::uint64_t lba, std::uint32_t cluster) const;
+    // The first volume for which lba begins a cluster behind its start, or lies exactly two clusters in front of it.
+    const FatVolume* FindAligned(std::uint64_t lba, std::uint32_t* outCluster) const;
+    // The only volume; else the one that starts nearest in front of lba, the boot volume left out; else the first.
+    const FatVolume* FindNearest(std::uint64_t lba) const;
+
+private:
+    static constexpr std::size_t SizeCount = std::size(LegalClusterSizes);
+
+    std::optional<std::size_t> FindExact(std::size_t size, std::uint32_t dataStart) const;
+    void Index(std::size_t index);
+
+    std::vector<FatVolume> volumes;
+    std::uint64_t base = 0;
+    // By cluster size: DataStart to the first volume with it.
+    std::unordered_map<std::uint32_t, std::size_t> byStart[SizeCount];
+    // By cluster size and DataStart modulo it: DataStart to volume, only those that no earlier one with a lower start
+    // makes unreachable. The later the volume, the lower its start.
+    std::unordered_map<std::uint32_t, std::map<std::uint32_t, std::size_t>> byResidue[SizeCount];
+    std::map<std::uint32_t, std::size_t> inferredByStart;  // without the boot volume
+};

@@ -1,0 +1,110 @@
+#include "recovery/fat/PendingFiles.h"
+
+#include "recovery/fat/FatGeometry.h"
+
+#include <algorithm>
+
+namespace {
+
+// What ClusterSector adds to DataStart for a cluster; the files of one key fit the same volumes.
+std::uint64_t PlaceKey(const FileRecord& record, std::uint32_t sectorsPerCluster)
+{
+    const std::uint32_t cluster = record.RecordNumber;
+    return cluster != 0 ? record.EntrySector - std::uint64_t{(cluster - 2) * sectorsPerCluster}
+                        : record.EntrySector + FixedRootSectors;
+}
+
+}  // namespace
+
+void PendingFileList::Clear()
+{
+    files.clear();
+    triedFiles = 0;
+    triedVolumes = 0;
+    for (auto& index : byPlace) {
+        index.clear();
+    }
+}
+
+void PendingFileList::Add(const FileRecord& record)
+{
+    files.push_back({false, record});
+}
+
+void PendingFileList::MatchNewFiles(const FatVolumeList& volumes, std::vector<Match>& outMatches)
+{
+    for (std::size_t i = triedFiles; i < files.size(); ++i) {
+        const FileRecord& record = files[i].Record;
+        if (const auto volume = volumes.FindByCluster(record.EntrySector, record.RecordNumber)) {
+            outMatches.push_back({*volume, i});
+        }
+    }
+}
+
+void PendingFileList::MatchNewVolumes(const FatVolumeList& volumes,
+                                      std::vector<Match>& outMatches) const
+{
+    for (std::size_t v = triedVolumes; v < volumes.Count(); ++v) {
+        const FatVolume& volume = volumes.At(v);
+        for (std::size_t size = 0; size < std::size(LegalClusterSizes); ++size) {
+            if (LegalClusterSizes[size] != volume.SectorsPerCluster) {
+                continue;
+            }
+            // Sums are taken in 32 bits, so the key of a file can lie 2^32 below.
+            for (const std::uint64_t carry : {std::uint64_t{0}, std::uint64_t{1} << 32}) {
+                const auto found = byPlace[size].find(volume.Base + volume.DataStart - carry);
+                if (found == byPlace[size].end()) {
+                    continue;
+                }
+                for (const std::size_t file : found->second) {
+                    const FileRecord& record = files[file].Record;
+                    if (!files[file].Done &&
+                        ClusterSector(volume, record.RecordNumber) == record.EntrySector) {
+                        outMatches.push_back({v, file});
+                    }
+                }
+            }
+        }
+    }
+}
+
+void PendingFileList::PlaceExact(const FatVolumeList& volumes, const PlaceFunction& place)
+{
+    if (files.empty() || volumes.Empty()) {
+        return;
+    }
+    std::vector<Match> matches;
+    MatchNewVolumes(volumes, matches);
+    MatchNewFiles(volumes, matches);
+    std::sort(matches.begin(), matches.end());
+    for (const Match& match : matches) {
+        PendingFile& file = files[match.file];
+        if (!file.Done) {
+            place(file.Record, volumes.At(match.volume));
+            file.Done = true;
+        }
+    }
+    for (; triedFiles < files.size(); ++triedFiles) {
+        if (files[triedFiles].Done) {
+            continue;
+        }
+        for (std::size_t size = 0; size < std::size(LegalClusterSizes); ++size) {
+            byPlace[size][PlaceKey(files[triedFiles].Record, LegalClusterSizes[size])].push_back(
+                triedFiles);
+        }
+    }
+    triedVolumes = volumes.Count();
+}
+
+void PendingFileList::PlaceRest(
+    const std::function<const FatVolume*(std::uint64_t lba)>& findVolume,
+    const PlaceFunction& place)
+{
+    for (PendingFile& file : files) {
+        const FatVolume* volume = file.Done ? nullptr : findVolume(file.Record.EntrySector);
+        if (volume != nullptr) {
+            place(file.Record, *volume);
+            file.Done = true;
+        }
+    }
+}
