@@ -147,6 +147,19 @@ void HeadInEverySector(benchmark::State& state, std::string_view head)
     Run(state, image);
 }
 
+// A zip's head in every sector and nothing but signatures behind it: the most that there is to look at.
+void SignaturesThroughout(benchmark::State& state)
+{
+    const std::uint64_t size =
+        MebibytesFromEnvironment("LUMIVAULT_BENCH_HEADS_MIB", 64) * Mebibyte / 4;
+    const BenchImage image(size, [](ByteVector& block, std::uint64_t) {
+        for (std::size_t at = 0; at < block.size(); at += 4) {
+            std::memcpy(block.data() + at, "PK\3\4", 4);
+        }
+    });
+    Run(state, image);
+}
+
 // Sync bytes where a stream would have them, in every sector anew: what follows has to be looked at each time.
 void PacketsInEverySector(benchmark::State& state)
 {
@@ -197,6 +210,7 @@ const bool Registered = [] {
     Register("Carver/TransportStream", TransportStream);
     Register("Carver/LongNamesInEverySector", LongNamesInEverySector);
     Register("Carver/PacketsInEverySector", PacketsInEverySector);
+    Register("Carver/SignaturesThroughout", SignaturesThroughout);
     struct Case
     {
         const char* name;

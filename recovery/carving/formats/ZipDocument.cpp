@@ -13,7 +13,7 @@ namespace {
 
 constexpr std::int32_t SmallestSize = 31;
 constexpr std::int32_t TurnSectors = 4;
-constexpr std::uint64_t MostSectors = 20;
+constexpr std::int32_t MostSectors = 20;
 constexpr std::size_t CarryBytes = 4;  // a signature that lies across two turns is found
 
 constexpr std::size_t SignatureBytes = 4;
@@ -205,6 +205,69 @@ FileTypeId ClassifyTurn(const SignatureMap& map, const Turn& turn)
     return FileTypeId::None;
 }
 
+bool NamesDocument(ByteView bytes, std::size_t at)
+{
+    if (bytes.U8(at) != 'P' || bytes.U8(at + 1) != 'K') {
+        return false;
+    }
+    const std::uint16_t kind = bytes.U16(at + 2);
+    if (kind != LocalHeader && kind != CentralHeader) {
+        return false;
+    }
+    const ByteView name = bytes.Sub(at + (kind == LocalHeader ? 30 : 46));
+    return ClassifyMemberName(name, name.Size() + CarryBytes) != FileTypeId::None;
+}
+
+// The stretch of a source in which no header names a document, whatever the rules of turns and ends would make of it.
+// What lies all in it is a plain zip; images full of zips are mostly that.
+class QuietStretch
+{
+public:
+    bool IsNear(std::uint64_t openNumber, std::int32_t size, std::uint64_t start) const
+    {
+        return contents == openNumber && sectorSize == size && start >= from &&
+               start - from <=
+                   static_cast<std::uint64_t>(MostSectors) * static_cast<std::uint64_t>(size);
+    }
+    void BeginAt(std::uint64_t openNumber, std::int32_t size, std::uint64_t start)
+    {
+        if (contents != openNumber || sectorSize != size || start < from || start > to) {
+            to = start;
+        }
+        contents = openNumber;
+        sectorSize = size;
+        from = start;
+    }
+    // bytes lie at start; nothing in front of it is asked for again.
+    bool Holds(ByteView bytes, std::uint64_t start)
+    {
+        from = start;
+        to = std::max(to, start);
+        auto at = static_cast<std::size_t>(to - start);
+        while ((at = FindBytes(bytes, "PK", at)) != NotFound) {
+            // Signatures come in crowds where they come at all.
+            for (const std::size_t end = std::min(at + CrowdBytes, bytes.Size()); at < end; ++at) {
+                if (NamesDocument(bytes, at)) {
+                    to = start + at;
+                    return false;
+                }
+            }
+        }
+        // A name that runs out of the bytes may be whole for the next head.
+        to = start + (bytes.Size() > LongestHeader ? bytes.Size() - LongestHeader : 0);
+        return true;
+    }
+
+private:
+    static constexpr std::size_t CrowdBytes = 64;
+    static constexpr std::size_t LongestHeader = 64;
+
+    std::uint64_t contents = 0;
+    std::int32_t sectorSize = 0;
+    std::uint64_t from = 0;
+    std::uint64_t to = 0;
+};
+
 }  // namespace
 
 FileTypeId DetectOoxml(const std::uint8_t* buffer, std::int32_t size)
@@ -221,13 +284,23 @@ FileTypeId DetectOoxml(const std::uint8_t* buffer, std::int32_t size)
 FileTypeId ClassifyOoxml()
 {
     static SignatureMap map;
+    static QuietStretch quiet;
     CarveContext& context = CarveContext::Instance();
     if (context.source == nullptr || context.sectorSize <= 0) {
         return FileTypeId::None;
     }
     const auto sectorBytes = static_cast<std::uint64_t>(context.sectorSize);
     const std::uint64_t start = context.currentLba * sectorBytes;
-    map.Begin(context.source->OpenNumber(), context.sectorSize, start);
+    const std::uint64_t openNumber = context.source->OpenNumber();
+    if (quiet.IsNear(openNumber, context.sectorSize, start)) {
+        // Fails near the source's end, where there may be enough for a turn all the same.
+        const ByteView all = context.ReadSectors(context.currentLba, MostSectors);
+        if (!all.Empty() && quiet.Holds(all, start)) {
+            return FileTypeId::None;
+        }
+    }
+    quiet.BeginAt(openNumber, context.sectorSize, start);
+    map.Begin(openNumber, context.sectorSize, start);
     std::array<std::uint8_t, CarryBytes> carry{};
     for (std::uint64_t sector = 0; sector < MostSectors; sector += TurnSectors) {
         Turn turn;
