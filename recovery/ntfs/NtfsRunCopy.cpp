@@ -120,7 +120,8 @@ ResultCode CopyToBuffer(const NtfsDataReader& reader,
                         std::uint32_t* outCopied)
 {
     std::vector<std::uint8_t> buffer(CopyBufferBytes);
-    const std::uint64_t total = std::min<std::uint64_t>(record.FileSize, output.size());
+    std::uint64_t total = record.FileSize;  // by value: the field is not aligned
+    total = std::min<std::uint64_t>(total, output.size());
     std::size_t copied = 0;
     ResultCode result = reader.readResident(record, buffer);
     if (result == ResultSuccess) {

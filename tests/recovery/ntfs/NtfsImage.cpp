@@ -82,9 +82,9 @@ NtfsImage::NtfsImage(std::uint32_t sectors, std::uint32_t records)
     Put(5, 3, {FileNameAttribute(5, u".")});
 }
 
-void NtfsImage::Put(std::uint32_t number,
-                    std::uint16_t flags,
-                    const std::vector<ByteVector>& attributes)
+ByteVector NtfsImage::MakeRecord(std::uint32_t number,
+                                 std::uint16_t flags,
+                                 const std::vector<ByteVector>& attributes)
 {
     ByteVector record(RecordSize);
     std::memcpy(record.data(), "FILE", 4);
@@ -106,7 +106,14 @@ void NtfsImage::Put(std::uint32_t number,
         std::memcpy(record.data() + 50 + 2 * i, record.data() + tail, 2);
         PutNumber(record, tail, Sequence);
     }
-    PutBytes(MftCluster + 2 * number, record);
+    return record;
+}
+
+void NtfsImage::Put(std::uint32_t number,
+                    std::uint16_t flags,
+                    const std::vector<ByteVector>& attributes)
+{
+    PutBytes(MftCluster + 2 * number, MakeRecord(number, flags, attributes));
 }
 
 void NtfsImage::Poke(std::uint32_t number, std::size_t offset, std::uint16_t value)

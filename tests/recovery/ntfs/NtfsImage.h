@@ -27,7 +27,11 @@ public:
     // Record 0 names the table in one run; the root is record 5; the rest is empty.
     NtfsImage(std::uint32_t sectors, std::uint32_t records);
 
-    // Writes a FILE record of these attributes with its fixups; flags 0 is a deleted file, 3 a live folder.
+    // A FILE record of these attributes with its fixups; flags 0 is a deleted file, 3 a live folder.
+    static ByteVector MakeRecord(std::uint32_t number,
+                                 std::uint16_t flags,
+                                 const std::vector<ByteVector>& attributes);
+    // Puts one in its place.
     void Put(std::uint32_t number, std::uint16_t flags, const std::vector<ByteVector>& attributes);
     // Overwrites one 16-bit word of a record, behind the fixups.
     void Poke(std::uint32_t number, std::size_t offset, std::uint16_t value);
