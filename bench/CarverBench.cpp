@@ -74,6 +74,18 @@ void Noise(benchmark::State& state)
     Run(state, image);
 }
 
+// The same with a head in front: all of it is measured as one film, so every sector is looked at as a boundary.
+void MeasuredNoise(benchmark::State& state)
+{
+    const BenchImage image(ImageBytes(), [](ByteVector& block, std::uint64_t position) {
+        block = RandomBytes(block.size(), position);
+        if (position == 0) {
+            std::memcpy(block.data(), "\x1A\x45\xDF\xA3", 4);
+        }
+    });
+    Run(state, image);
+}
+
 void Zeros(benchmark::State& state)
 {
     const BenchImage image(ImageBytes(), [](ByteVector&, std::uint64_t) {});
@@ -204,6 +216,7 @@ void Register(const char* name, const std::function<void(benchmark::State&)>& ru
 
 const bool Registered = [] {
     Register("Carver/Noise", Noise);
+    Register("Carver/MeasuredNoise", MeasuredNoise);
     Register("Carver/Zeros", Zeros);
     Register("Carver/Text", Text);
     Register("Carver/Pictures", Pictures);
