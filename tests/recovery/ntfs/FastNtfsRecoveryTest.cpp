@@ -99,10 +99,10 @@ TEST_F(FastNtfsRecoveryTest, OnlyDeletedFilesAndTheFoldersAboveThemAreFound)
               "top top/sub top/sub/deleted folder top/sub/deleted folder/deep.txt "
               "top/sub/gone.txt");
     const FileRecord file = Tree()["top/sub/gone.txt"];
-    EXPECT_EQ(file.NodeId, 24U);
-    EXPECT_EQ(file.EntrySector, 16U + 48);
-    EXPECT_EQ(file.FileSize, 5U);
-    EXPECT_EQ(file.ClusterBytes, 512U);
+    EXPECT_EQ(std::uint32_t{file.NodeId}, 24U);
+    EXPECT_EQ(std::uint64_t{file.EntrySector}, 16U + 48);
+    EXPECT_EQ(std::uint64_t{file.FileSize}, 5U);
+    EXPECT_EQ(std::uint32_t{file.ClusterBytes}, 512U);
     EXPECT_EQ(Restored(file), value);
     std::string path;
     EXPECT_EQ(engine.GetRecordPath(&file, path), ResultSuccess);
@@ -172,7 +172,7 @@ TEST_F(FastNtfsRecoveryTest, BrokenRecordsCostNoOther)
     EXPECT_EQ(engine.SearchRecords(AllFilesPattern, found), 1);
     std::multimap<std::uint32_t, std::string> names;
     for (const FileRecord& record : found) {
-        names.emplace(record.NodeId, record.NameText());
+        names.emplace(std::uint32_t{record.NodeId}, record.NameText());
     }
     EXPECT_EQ(names,
               (std::multimap<std::uint32_t, std::string>{

@@ -196,7 +196,7 @@ TEST_P(NtfsVolumeTest, WhatIsNotStoredPlainlyComesOutByTheRules)
         const std::string name = std::to_string(which);
         EXPECT_EQ(Restore(found["woven" + name]), woven[which]);
         ASSERT_EQ(found.count("torn" + name), 1U);
-        EXPECT_EQ(found["torn" + name].FileSize, torn[which].size());
+        EXPECT_EQ(std::uint64_t{found["torn" + name].FileSize}, torn[which].size());
         const ByteVector restored = Restore(found["torn" + name]);
         if (GetParam() == 512) {
             // A run list of a sector or more is not read at all.
@@ -240,7 +240,7 @@ TEST_P(NtfsVolumeTest, OverwrittenPicturesAreHidden)
     EXPECT_EQ(engine.SearchRecords("*.jpg|", pictures), 1);
     ASSERT_EQ(pictures.size(), 1U);
     EXPECT_EQ(pictures[0].NameText(), "good.jpg");
-    EXPECT_EQ(pictures[0].HeadIntact, 1U);
+    EXPECT_EQ(std::uint32_t{pictures[0].HeadIntact}, 1U);
     // Free ranges hold what was deleted.
     ASSERT_EQ(engine.BuildUsedClusterMap(), ResultSuccess);
     std::uint64_t sector = 0;
