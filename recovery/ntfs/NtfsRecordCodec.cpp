@@ -38,7 +38,7 @@ std::int64_t OffsetOf(ByteView field)
         const auto piece = static_cast<std::int32_t>(std::uint32_t{field.U8(i)} << 8 * i);
         value += static_cast<std::uint64_t>(std::int64_t{piece});
     }
-    const auto signedLast = static_cast<std::int64_t>(static_cast<std::int8_t>(last));
+    const std::int64_t signedLast = std::int64_t{last} - 256;  // its top bit is set
     value += static_cast<std::uint64_t>(signedLast) << 8 * (count - 1);
     return static_cast<std::int64_t>(value);
 }

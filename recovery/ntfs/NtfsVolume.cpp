@@ -3,6 +3,7 @@
 namespace {
 
 constexpr std::uint32_t SmallestSector = 512;
+constexpr std::uint8_t LargestClusterSectors = 127;  // above, the signed byte is negative
 
 }  // namespace
 
@@ -17,12 +18,13 @@ ResultCode ReadNtfsVolume(ByteView boot, NtfsVolume& volume)
 {
     const std::uint32_t stated = boot.U16(11);
     const std::uint32_t bytesPerSector = stated != 0 ? stated : SmallestSector;
-    const auto sectorsPerCluster = static_cast<std::int8_t>(boot.U8(13));
-    if (bytesPerSector % SmallestSector != 0 || sectorsPerCluster <= 0) {
+    const std::uint8_t sectorsPerCluster = boot.U8(13);
+    if (bytesPerSector % SmallestSector != 0 || sectorsPerCluster == 0 ||
+        sectorsPerCluster > LargestClusterSectors) {
         return ResultInvalidParameter;
     }
     SetNtfsSectorSize(bytesPerSector, volume);
-    volume.SectorsPerCluster = static_cast<std::uint32_t>(sectorsPerCluster);
+    volume.SectorsPerCluster = sectorsPerCluster;
     // Wraps for a wild number; the place is then simply not found.
     volume.MftStartSector = boot.U64(48) * volume.SectorsPerCluster + volume.PartitionStart;
     return ResultSuccess;

@@ -8,10 +8,12 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <array>
 #include <fstream>
 #include <functional>
 #include <map>
 #include <string>
+#include <sys/xattr.h>
 
 namespace {
 
@@ -175,12 +177,19 @@ TEST_P(NtfsVolumeTest, WhatIsNotStoredPlainlyComesOutByTheRules)
         };
         weave("woven", 12, woven);
         weave("torn", 155, torn);  // run lists longer than a sector of 512 bytes
+        // Files made in a folder with the attribute 0x800 are compressed.
+        std::filesystem::create_directory(mount / "packed");
+        constexpr std::array<std::uint8_t, 4> Compressed = {0, 0, 0x08, 0x10};
+        (void)::setxattr((mount / "packed").c_str(), "system.ntfs_attrib_be", Compressed.data(),
+                         Compressed.size(), 0);  // seen below
+        WriteFileBytes(mount / "packed/text.dat", ByteVector(16 * Cluster, 'a'));
         WriteFileBytes(mount / "linked.dat", block);
         for (int i = 0; i < 40; ++i) {
             std::filesystem::create_hard_link(mount / "linked.dat",
                                               mount / (longName + std::to_string(i)));
         }
-        for (const char* name : {"sparse.dat", "woven0", "woven1", "torn0", "torn1"}) {
+        for (const char* name :
+             {"sparse.dat", "woven0", "woven1", "torn0", "torn1", "packed/text.dat"}) {
             std::filesystem::remove(mount / name);
         }
         std::filesystem::remove(mount / "linked.dat");
@@ -217,6 +226,11 @@ TEST_P(NtfsVolumeTest, WhatIsNotStoredPlainlyComesOutByTheRules)
     EXPECT_TRUE(std::equal(filled.begin(), filled.end(), restored.begin()));
     EXPECT_TRUE(std::equal(filled.begin(), filled.end(), restored.begin() + 4 * Cluster));
     EXPECT_EQ(std::string(restored.end() - 3, restored.end()), "end");
+    // The compressed unit comes out as it lies: a chunk head with its signature, nothing unpacked.
+    const ByteVector packed = Restore(found["text.dat"]);
+    ASSERT_EQ(packed.size(), 16 * Cluster);
+    EXPECT_EQ(packed[1] & 0xF0, 0xB0);
+    EXPECT_NE(packed[0], 'a');
     // With its names in other records the file has none of its own, and is not found.
     EXPECT_EQ(found.count("linked.dat"), 0U);
 }
