@@ -1,5 +1,6 @@
 #include "recovery/ntfs/FastNtfsRecovery.h"
 
+#include "storage/DriveRegistry.h"
 #include "tests/recovery/ntfs/NtfsImage.h"
 #include "tests/support/Bytes.h"
 #include "tests/support/FailingReader.h"
@@ -322,6 +323,59 @@ TEST_F(FastNtfsRecoveryTest, UnreadableSectorsCostTheirOwnFolder)
     fault.FailSector(NtfsImage::MftCluster + 40);
     EXPECT_EQ(second.Scan(nullptr), ResultReadFault);
     EXPECT_EQ(second.GetRecordCount(), 0U);
+}
+
+TEST_F(FastNtfsRecoveryTest, BehindTheStartOfADriveListsGoAstray)
+{
+    constexpr std::uint64_t Start = 64;
+    const ByteVector noise = RandomBytes(1024, 5);
+    image.PutBytes(300, noise);
+    image.Put(20, Deleted, {FileNameAttribute(5, u"plain"), RunsAttribute(0x80, {{2, 300}}, 1024)});
+    image.Put(21, Deleted,
+              {ResidentAttribute(0x20, ListEntry(0x80, 40)), FileNameAttribute(5, u"list")});
+    image.Put(40, Deleted, {RunsAttribute(0x80, {{2, 300}}, 1024)});
+    ByteVector disk(Start * 512);
+    disk.insert(disk.end(), image.Bytes().begin(), image.Bytes().end());
+    WriteFileBytes(folder / "disk", disk);
+    const std::uint32_t number = DriveRegistry::Instance().NumberOf(folder / "disk");
+    ASSERT_EQ(engine.OpenPartition(number, Start, Sectors, u'X'), ResultSuccess);
+    ASSERT_EQ(engine.Scan(nullptr), ResultSuccess);
+    std::map<std::string, FileRecord> tree = Tree();
+    EXPECT_EQ(std::uint64_t{tree["plain"].EntrySector}, Start + 16 + 40);
+    EXPECT_EQ(std::uint64_t{tree["plain"].PartitionStart}, Start);
+    EXPECT_EQ(Restored(tree["plain"]), noise);
+    tree["list"].FileSize = 1024;
+    EXPECT_TRUE(Restored(tree["list"]).empty());
+    DriveRegistry::Instance().Forget(number);
+}
+
+TEST_F(FastNtfsRecoveryTest, APreviewOfAPictureGoesToAFileThatAnErrorRemoves)
+{
+    image.Put(20, Deleted,
+              {FileNameAttribute(5, u"good.jpg"), RunsAttribute(0x80, {{2, 300}}, 700)});
+    image.Put(21, Deleted,
+              {FileNameAttribute(5, u"bad.r"), RunsAttribute(0x80, {{2, Sectors}}, 700)});
+    ASSERT_EQ(Scan(), ResultSuccess);
+    std::map<std::string, FileRecord> tree = Tree();
+    std::filesystem::path path;
+    std::uint32_t size = 10;
+    const auto preview = [&](const char* name) {
+        return engine.ReadRecordData(&tree[name], path, nullptr, size, nullptr, nullptr);
+    };
+    // A picture whose head is gone is listed nowhere, but a record of it can still be asked for.
+    FileRecordList all;
+    EXPECT_EQ(engine.SearchRecords(AllFilesPattern, all), 1);
+    for (const FileRecord& record : all) {
+        tree[std::string(record.NameText())] = record;
+    }
+    EXPECT_EQ(preview("good.jpg"), ResultSuccess);
+    EXPECT_EQ(path.filename(), "tmp.jpg");
+    EXPECT_EQ(ReadFileBytes(path).size(), 700U);
+    EXPECT_EQ(size, 0U);
+    const std::filesystem::path clip = path.parent_path() / "tmp.avi";
+    EXPECT_EQ(preview("bad.r"), ResultReadFault);
+    EXPECT_TRUE(path.empty());
+    EXPECT_FALSE(std::filesystem::exists(clip));
 }
 
 TEST_F(FastNtfsRecoveryTest, FreeRangesFollowTheBitmap)
