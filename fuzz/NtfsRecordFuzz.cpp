@@ -8,7 +8,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     constexpr std::uint32_t First = 16;
     constexpr std::uint32_t Records = 32;
     NtfsImage image(128, Records);
-    const std::size_t room = (Records - First) * NtfsImage::RecordSize;
+    const std::size_t room = std::size_t{Records - First} * NtfsImage::RecordSize;
     image.PutBytes(NtfsImage::MftCluster + 2 * First, {data, std::min(size, room)});
     ScanAll(image.Bytes());
     return 0;
