@@ -1,5 +1,7 @@
 #include "platform/FileHandle.h"
 
+#include "platform/FileTime.h"
+
 #include <cerrno>
 #include <fcntl.h>
 #include <linux/fs.h>
@@ -156,6 +158,16 @@ ResultCode FileHandle::Size(std::uint64_t* outBytes) const
                    : ErrorFromErrno(errno, FileOperation::Query);
     }
     *outBytes = static_cast<std::uint64_t>(status.st_size);
+    return ResultSuccess;
+}
+
+ResultCode FileHandle::WriteTime(std::uint64_t* outFileTime) const
+{
+    struct stat status = {};
+    if (::fstat(m_descriptor, &status) != 0) {
+        return ErrorFromErrno(errno, FileOperation::Query);
+    }
+    *outFileTime = FileTimeFromUnix(status.st_mtim.tv_sec, status.st_mtim.tv_nsec);
     return ResultSuccess;
 }
 

@@ -41,6 +41,8 @@ public:
     [[nodiscard]] ResultCode Truncate(std::uint64_t sizeBytes) const;
     // Size in bytes of a regular file or block device.
     [[nodiscard]] ResultCode Size(std::uint64_t* outBytes) const;
+    // Last write time as a FILETIME.
+    [[nodiscard]] ResultCode WriteTime(std::uint64_t* outFileTime) const;
     // Logical sector size of a block device in bytes; 0 when it is none or does not tell.
     std::uint32_t DeviceSectorSize() const;
     bool IsBlockDevice() const;

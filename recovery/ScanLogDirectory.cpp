@@ -1,8 +1,62 @@
 #include "recovery/ScanLogDirectory.h"
 
+#include "platform/FileHandle.h"
 #include "platform/Folders.h"
+#include "platform/Text.h"
+#include "storage/VolumeStamp.h"
 
-#include <string>
+#include <algorithm>
+#include <cstring>
+
+namespace {
+
+constexpr std::size_t CounterBytes = 8;
+// A file of this size holds more scans than anyone makes; a longer one is damaged, and is read this far.
+constexpr std::size_t LargestConfig = CounterBytes + 16384 * sizeof(ScanLogEntry);
+
+// A folder's path without its ending separator.
+std::filesystem::path WithoutSeparator(const std::filesystem::path& folder)
+{
+    return folder.has_filename() ? folder : folder.parent_path();
+}
+
+bool SameFolder(const std::filesystem::path& left, const std::filesystem::path& right)
+{
+    return EqualIgnoringAsciiCase(WithoutSeparator(left).string(),
+                                  WithoutSeparator(right).string());
+}
+
+// What says that the target is as it was: the free space of a volume, the time of an image.
+std::uint64_t StampOf(const ScanIdentity& target)
+{
+    std::uint64_t stamp = 0;
+    if (target.imagePath.empty()) {
+        return VolumeStamp(target.diskNumber, target.startLba);
+    }
+    (void)ImageTime(target.imagePath, &stamp);  // an image that is gone has the time 0
+    return stamp;
+}
+
+std::uint64_t StampIn(const ScanLogEntry& entry, const ScanIdentity& target)
+{
+    return target.imagePath.empty() ? entry.volumeStamp : entry.imageTime;
+}
+
+void SetPosition(ScanLogEntry& entry, const ScanPosition& position)
+{
+    entry.rangeStart = position.rangeStart;
+    entry.rangeLength = position.rangeLength;
+    entry.position = position.position;
+    entry.sectorsDone = position.sectorsDone;
+    entry.filesFound = position.filesFound;
+}
+
+void SetStamp(ScanLogEntry& entry, const ScanIdentity& target)
+{
+    (target.imagePath.empty() ? entry.volumeStamp : entry.imageTime) = StampOf(target);
+}
+
+}  // namespace
 
 ScanLogDirectory& ScanLogDirectory::Instance()
 {
@@ -21,6 +75,28 @@ void ScanLogDirectory::Reload()
     logCounter = 0;
     resumed = false;
     resumedFolder.clear();
+    entries.clear();
+    // A save that stopped between its two steps is finished here.
+    if (!PathExists(root / "config") && PathExists(root / "config.tmp")) {
+        (void)RenameFile(root / "config.tmp", root / "config");
+    }
+    Load();
+}
+
+void ScanLogDirectory::Load()
+{
+    FileHandle file;
+    std::vector<std::uint8_t> bytes(LargestConfig);
+    std::size_t got = 0;
+    if (file.OpenForReading(root / "config") != ResultSuccess || !file.IsRegularFile() ||
+        file.ReadAt(0, bytes.data(), bytes.size(), &got) != ResultSuccess || got < CounterBytes) {
+        return;
+    }
+    std::memcpy(&logCounter, bytes.data(), CounterBytes);
+    for (std::size_t at = CounterBytes; at < got; at += sizeof(ScanLogEntry)) {
+        ScanLogEntry& entry = entries.emplace_back();
+        std::memcpy(&entry, bytes.data() + at, std::min(sizeof entry, got - at));
+    }
 }
 
 std::filesystem::path ScanLogDirectory::FolderOf(std::uint64_t number) const
@@ -33,14 +109,139 @@ std::filesystem::path ScanLogDirectory::CurrentLogPath() const
     return resumed ? resumedFolder : FolderOf(logCounter);
 }
 
+bool ScanLogDirectory::IsLogFolder(const std::filesystem::path& folder) const
+{
+    const std::filesystem::path plain = WithoutSeparator(folder);
+    const std::string name = plain.filename().string();
+    return plain.parent_path() == root && !name.empty() &&
+           name.find_first_not_of("0123456789") == std::string::npos;
+}
+
+ScanLogEntry* ScanLogDirectory::FindEntry(const ScanIdentity& target)
+{
+    const auto found = std::find_if(entries.begin(), entries.end(), [&](const ScanLogEntry& entry) {
+        if (!IsLogFolder(LogFolderOf(entry))) {
+            return false;  // names a folder that is none of ours: damaged, or made to mislead
+        }
+        if (!target.imagePath.empty()) {
+            return ImagePathOf(entry) == target.imagePath;
+        }
+        return entry.diskNumber == target.diskNumber && entry.startLba == target.startLba &&
+               entry.sectorCount == target.sectorCount;
+    });
+    return found != entries.end() ? &*found : nullptr;
+}
+
+bool ScanLogDirectory::FindScan(const ScanIdentity& target, ScanLogEntry& outEntry)
+{
+    ScanLogEntry* entry = FindEntry(target);
+    if (entry == nullptr) {
+        resumed = false;
+        resumedFolder.clear();
+        return false;
+    }
+    if (StampIn(*entry, target) != StampOf(target)) {
+        (void)DeleteLog(
+            LogFolderOf(*entry));  // what cannot be removed is not listed any more either
+        return false;
+    }
+    outEntry = *entry;
+    resumed = true;
+    resumedFolder = LogFolderOf(*entry);
+    return true;
+}
+
 void ScanLogDirectory::BeginNewLog()
 {
     ++logCounter;
     resumed = false;
-    (void)RemoveTree(FolderOf(logCounter));  // what cannot be removed is appended to
+    (void)DeleteLog(FolderOf(logCounter));  // what cannot be removed is appended to
 }
 
 void ScanLogDirectory::UndoLogNumber()
 {
     --logCounter;
+}
+
+ResultCode ScanLogDirectory::FindLogFile(const std::filesystem::path& folder,
+                                         std::string_view prefix,
+                                         std::string& outName) const
+{
+    outName.clear();
+    std::vector<std::string> names;
+    if (const ResultCode result = ListFolder(folder, names)) {
+        return result;
+    }
+    // Sorted, a store's main file stands in front of its indexes.
+    for (std::string& name : names) {
+        if (name.find(prefix) != std::string::npos) {
+            outName = std::move(name);
+            break;
+        }
+    }
+    return ResultSuccess;
+}
+
+ResultCode ScanLogDirectory::SaveProgress(const ScanIdentity& target,
+                                          const ScanPosition& position,
+                                          const std::filesystem::path& logFolder)
+{
+    ScanLogEntry* entry = FindEntry(target);
+    // The scan's own record files can lie on the volume that was scanned and change its free space: the log in use is
+    // kept, and what is on the disk now counts from here on.
+    const bool inUse = entry != nullptr && SameFolder(LogFolderOf(*entry), logFolder);
+    if (inUse) {
+        SetPosition(*entry, position);
+        SetStamp(*entry, target);
+        return Save();
+    }
+    ScanLogEntry found;
+    if (FindScan(target, found)) {
+        SetPosition(*FindEntry(target), position);
+        return Save();
+    }
+    ScanLogEntry& added = entries.emplace_back();
+    added.diskNumber = target.imagePath.empty() ? target.diskNumber : ImageDiskNumber;
+    added.startLba = target.startLba;
+    added.sectorCount = target.sectorCount;
+    SetPosition(added, position);
+    SetStamp(added, target);
+    SetImagePath(added, target.imagePath);
+    SetLogFolder(added, WithoutSeparator(logFolder) / "");
+    return Save();
+}
+
+ResultCode ScanLogDirectory::Save() const
+{
+    const std::filesystem::path temporary = root / "config.tmp";
+    (void)MakePrivateFolderWithParents(root);  // the opening below tells what went wrong
+    FileHandle file;
+    ResultCode result = file.OpenOrCreate(temporary);
+    if (result != ResultSuccess) {
+        return result;
+    }
+    result = file.Truncate(0);
+    if (result == ResultSuccess) {
+        result = file.WriteAt(0, &logCounter, CounterBytes);
+    }
+    if (result == ResultSuccess) {
+        result = file.WriteAt(CounterBytes, entries.data(), entries.size() * sizeof(ScanLogEntry));
+    }
+    file.Close();
+    // In any case, also after a failed write.
+    const ResultCode renamed = RenameFile(temporary, root / "config");
+    return result != ResultSuccess ? result : renamed;
+}
+
+ResultCode ScanLogDirectory::DeleteLog(const std::filesystem::path& logFolder)
+{
+    const std::filesystem::path folder =
+        WithoutSeparator(logFolder);  // the argument may stand in the list
+    const auto found = std::find_if(entries.begin(), entries.end(), [&](const ScanLogEntry& entry) {
+        return SameFolder(LogFolderOf(entry), folder);
+    });
+    if (found != entries.end()) {
+        entries.erase(found);
+    }
+    return IsLogFolder(folder) && PathExists(folder) ? RemoveTree(folder) : ResultSuccess;
 }

@@ -8,6 +8,7 @@
 #include "recovery/fat/FatFolderDepth.h"
 #include "recovery/fat/FatGeometry.h"
 #include "recovery/fat/FatTable.h"
+#include "recovery/fat/FirstSector.h"
 #include "recovery/fat/UsedClusterMap.h"
 #include "storage/SectorSource.h"
 
@@ -81,10 +82,7 @@ private:
     void TakeFile(ByteView entry, FolderWalk& walk);
     void RecordFile(ByteView entry, const std::string& name, const FolderWalk& walk);
     std::uint32_t FirstClusterOfEntry(ByteView entry, const std::string* fileName);
-    std::uint32_t FindHighWordOfFile(std::uint16_t lowWord, const std::string& name);
-    std::uint32_t FindHighWordOfFolder(std::uint16_t lowWord);
-    template <typename Fits>
-    std::uint32_t FindHighWord(std::uint16_t lowWord, const Fits& fits);
+    SectorReader FirstSectors();
     bool CheckHead(const FileRecord& record);
     void ClimbFrom(std::uint32_t folder);
 

@@ -1,8 +1,6 @@
 // The scan of CFastFatRecovery: the walk through the folders, one record for each file found, then the folders above
 // them.
 #include "platform/FileTime.h"
-#include "recovery/FileTypeCatalogue.h"
-#include "recovery/carving/CarveDriver.h"
 #include "recovery/carving/FatDateTime.h"
 #include "recovery/carving/SectorValidators.h"
 #include "recovery/fat/FastFatRecovery.h"
@@ -13,7 +11,6 @@ constexpr std::uint64_t ReportInterval = 5000;  // milliseconds
 constexpr std::int32_t FullRange = 100;         // a scan of its own
 constexpr std::int32_t DeepRange = 9;           // the first stage of a deep scan
 constexpr std::uint32_t RootUnitBytes = 16384;  // of FAT12 and FAT16
-constexpr std::uint32_t LastHighWord = 256;
 constexpr std::uint16_t LowestMinuteBit = 0x20;
 
 void SetTimes(ByteView entry, FileRecord& record)
@@ -251,6 +248,11 @@ void CFastFatRecovery::RecordFile(ByteView entry, const std::string& name, const
     ClimbFrom(walk.folderId);
 }
 
+SectorReader CFastFatRecovery::FirstSectors()
+{
+    return {source, geometry.sectorSize, startLba + sectorCount};
+}
+
 // fileName is null for a folder.
 std::uint32_t CFastFatRecovery::FirstClusterOfEntry(ByteView entry, const std::string* fileName)
 {
@@ -260,65 +262,21 @@ std::uint32_t CFastFatRecovery::FirstClusterOfEntry(ByteView entry, const std::s
     }
     // Deletion often wipes the high word.
     if (entry.U8(0) == DeletedMark && entry.U16(EntryHighWord) == 0) {
-        const std::uint32_t high = fileName != nullptr ? FindHighWordOfFile(lowWord, *fileName)
-                                                       : FindHighWordOfFolder(lowWord);
+        const auto sectorOf = [this](std::uint32_t cluster) {
+            return startLba + geometry.SectorOfCluster(cluster);
+        };
+        const std::uint32_t high =
+            fileName != nullptr ? FindHighWordOfFile(FirstSectors(), lowWord, *fileName, sectorOf)
+                                : FindHighWordOfFolder(FirstSectors(), lowWord, sectorOf);
         return high << 16 | lowWord;
     }
     return FirstClusterOf(entry);
 }
 
-// The first high word whose cluster begins with a sector that fits; 0 when none does.
-template <typename Fits>
-std::uint32_t CFastFatRecovery::FindHighWord(std::uint16_t lowWord, const Fits& fits)
-{
-    std::vector<std::uint8_t> sector(static_cast<std::size_t>(geometry.sectorSize));
-    for (std::uint32_t high = 0; high <= LastHighWord; ++high) {
-        const std::uint64_t lba = startLba + geometry.SectorOfCluster(high << 16 | lowWord);
-        std::int32_t sectorsRead = 0;
-        if (lba > startLba + sectorCount ||
-            source.ReadSectors(sector.data(), 1, lba, geometry.sectorSize, &sectorsRead) !=
-                ResultSuccess) {
-            return 0;
-        }
-        if (fits(ByteView(sector), lba)) {
-            return high;
-        }
-    }
-    return 0;
-}
-
-std::uint32_t CFastFatRecovery::FindHighWordOfFile(std::uint16_t lowWord, const std::string& name)
-{
-    std::string extension;
-    if (ExtensionOf(name, extension) != ResultSuccess) {
-        return 0;
-    }
-    return FindHighWord(lowWord, [&](ByteView sector, std::uint64_t lba) {
-        return VerifyExtensionAtSector(sector, extension, source, geometry.sectorSize, lba);
-    });
-}
-
-std::uint32_t CFastFatRecovery::FindHighWordOfFolder(std::uint16_t lowWord)
-{
-    return FindHighWord(lowWord, [](ByteView sector, std::uint64_t /*lba*/) {
-        return StartsWithDotEntries(sector);
-    });
-}
-
 bool CFastFatRecovery::CheckHead(const FileRecord& record)
 {
-    std::string extension;
-    if (ExtensionOf(record.NameText(), extension) != ResultSuccess) {
-        return true;
-    }
-    const std::uint64_t lba = startLba + geometry.SectorOfCluster(record.NodeId);
-    std::vector<std::uint8_t> sector(static_cast<std::size_t>(geometry.sectorSize));
-    std::int32_t sectorsRead = 0;
-    if (source.ReadSectors(sector.data(), 1, lba, geometry.sectorSize, &sectorsRead) !=
-        ResultSuccess) {
-        return true;  // cannot be judged
-    }
-    return VerifyExtensionAtSector(ByteView(sector), extension, source, geometry.sectorSize, lba);
+    return HeadFitsName(FirstSectors(), record.NameText(),
+                        startLba + geometry.SectorOfCluster(record.NodeId));
 }
 
 // Notes the folders above a found file. A folder that is noted already does not end the climb: its parent may have

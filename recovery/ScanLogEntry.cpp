@@ -1,0 +1,51 @@
+#include "recovery/ScanLogEntry.h"
+
+#include "platform/Text.h"
+
+#include <algorithm>
+#include <cstring>
+
+namespace {
+
+// The field is not aligned for its units, so it is moved as bytes.
+std::filesystem::path PathIn(const ScanLogEntry& entry, std::size_t offset)
+{
+    std::u16string text(ScanLogEntry::PathUnits, u'\0');
+    std::array<std::uint8_t, sizeof(ScanLogEntry)> bytes = {};
+    std::memcpy(bytes.data(), &entry, sizeof entry);
+    std::memcpy(text.data(), bytes.data() + offset, text.size() * sizeof(char16_t));
+    return Utf16ToUtf8(UntilZero(text));
+}
+
+void PutPath(ScanLogEntry& entry, std::size_t offset, const std::filesystem::path& path)
+{
+    std::u16string text = Utf8ToUtf16(path.string());
+    text.resize(std::min(text.size(), ScanLogEntry::PathUnits - 1));
+    text.resize(ScanLogEntry::PathUnits, u'\0');
+    std::array<std::uint8_t, sizeof(ScanLogEntry)> bytes = {};
+    std::memcpy(bytes.data(), &entry, sizeof entry);
+    std::memcpy(bytes.data() + offset, text.data(), text.size() * sizeof(char16_t));
+    std::memcpy(&entry, bytes.data(), sizeof entry);
+}
+
+}  // namespace
+
+std::filesystem::path ImagePathOf(const ScanLogEntry& entry)
+{
+    return PathIn(entry, offsetof(ScanLogEntry, imagePath));
+}
+
+std::filesystem::path LogFolderOf(const ScanLogEntry& entry)
+{
+    return PathIn(entry, offsetof(ScanLogEntry, logFolder));
+}
+
+void SetImagePath(ScanLogEntry& entry, const std::filesystem::path& path)
+{
+    PutPath(entry, offsetof(ScanLogEntry, imagePath), path);
+}
+
+void SetLogFolder(ScanLogEntry& entry, const std::filesystem::path& folder)
+{
+    PutPath(entry, offsetof(ScanLogEntry, logFolder), folder);
+}

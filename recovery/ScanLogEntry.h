@@ -1,0 +1,43 @@
+// One scan in the file "config" of the scan log: which target it was of, how far it got, where its stores lie.
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <filesystem>
+
+inline constexpr std::uint32_t ImageDiskNumber = 0x80;  // in place of a drive's number
+
+#pragma pack(push, 1)
+// 1120 bytes, little-endian. Texts are UTF-16, ended by a zero unit.
+struct ScanLogEntry
+{
+    static constexpr std::size_t PathUnits = 260;
+
+    std::uint32_t diskNumber = 0;   // 0: ImageDiskNumber for an image
+    std::uint32_t reserved = 0;     // 4
+    std::uint64_t startLba = 0;     // 8
+    std::uint64_t sectorCount = 0;  // 16
+    std::uint64_t rangeStart = 0;   // 24: current range, sectors from the target's start
+    std::uint64_t rangeLength = 0;  // 32: 0 when the scan is complete
+    std::uint64_t position = 0;     // 40: sectors done inside the range
+    std::uint64_t sectorsDone = 0;  // 48: for the progress display
+    std::uint64_t filesFound = 0;   // 56
+    std::uint64_t volumeStamp = 0;  // 64: a drive target's free space in bytes when it was scanned
+    std::uint64_t imageTime = 0;    // 72: an image's last write time, FILETIME
+    char16_t imagePath[PathUnits] = {};  // 80: empty for a drive
+    char16_t logFolder[PathUnits] = {};  // 600: with the ending separator
+};
+#pragma pack(pop)
+
+static_assert(sizeof(ScanLogEntry) == 1120);
+static_assert(offsetof(ScanLogEntry, volumeStamp) == 64);
+static_assert(offsetof(ScanLogEntry, imagePath) == 80);
+static_assert(offsetof(ScanLogEntry, logFolder) == 600);
+
+// The paths of an entry; a text without an end is cut.
+std::filesystem::path ImagePathOf(const ScanLogEntry& entry);
+std::filesystem::path LogFolderOf(const ScanLogEntry& entry);
+// Store a path; what does not fit 259 units is cut, and such an image is never found again.
+void SetImagePath(ScanLogEntry& entry, const std::filesystem::path& path);
+void SetLogFolder(ScanLogEntry& entry, const std::filesystem::path& folder);

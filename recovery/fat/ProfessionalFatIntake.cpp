@@ -1,0 +1,166 @@
+// How directory sectors reach CProfessionalFatRecovery: which volume and cluster each belongs to, how a name that spans
+// two sectors is put together, and what becomes of sectors that fit nowhere yet.
+#include "recovery/FileSystemRecognition.h"
+#include "recovery/fat/FatGeometry.h"
+#include "recovery/fat/ProfessionalFatRecovery.h"
+#include "storage/ByteReader.h"
+
+#include <array>
+
+namespace {
+
+constexpr std::size_t BootBytes = 4096;
+
+std::vector<std::uint8_t> Joined(const std::vector<std::uint8_t>& front, ByteView back)
+{
+    std::vector<std::uint8_t> bytes = front;
+    bytes.insert(bytes.end(), back.Span().begin(), back.Span().end());
+    return bytes;
+}
+
+}  // namespace
+
+ResultCode CProfessionalFatRecovery::PrepareVolume()
+{
+    OpenedSource opened;
+    ResultCode result = imagePath.empty() ? OpenDriveSource(DiskNumber, opened)
+                                          : OpenImageSource(imagePath, opened);
+    std::array<std::uint8_t, BootBytes> bytes = {};
+    if (result == ResultSuccess) {
+        const std::uint64_t position = StartLba * static_cast<std::uint64_t>(BytesPerSector);
+        result = ReadWhole(*opened.reader, position, bytes.data(), BootBytes);
+    }
+    if (result != ResultSuccess) {
+        return result;
+    }
+    FatGeometry geometry;
+    const ByteView boot = ByteView(bytes).Sub(0, 512);
+    if (IsFatBootSector(boot) && ReadFatGeometry(boot, geometry) == ResultSuccess) {
+        RootCluster = geometry.rootCluster;
+        probe.Clear(RootCluster);
+        Volumes.AppendBootVolume({geometry.sectorsPerCluster, geometry.dataStart, StartLba});
+    }
+    return ResultSuccess;
+}
+
+void CProfessionalFatRecovery::AddDirectoryStart(ByteView sector, std::uint64_t lba)
+{
+    DirectoryPlace place = {lba, FirstClusterOf(sector), {}};
+    auto known = Volumes.FindByCluster(lba, place.cluster);
+    if (!known) {
+        const DirectorySample sample = {place.cluster, lba};
+        if (const auto derived = Samples.DeriveVolume(sample, StartLba)) {
+            Volumes.Append(*derived);
+        }
+        // The new volume need not hold this directory: the pair that made it was sorted apart.
+        Samples.Append(sample);
+        known = Volumes.FindByCluster(lba, place.cluster);
+    }
+    if (known) {
+        place.volume = Volumes.At(*known);
+        PlacePendingFiles();
+    }
+    ParseAt(sector, place);
+}
+
+// Parses a buffer, and again with each stored sector that goes on with the name it broke off.
+void CProfessionalFatRecovery::ParseAt(ByteView buffer, const DirectoryPlace& place)
+{
+    NameCarry carry = ParseDirectory(buffer, place);
+    while (carry.Checksum != 0) {
+        const std::vector<std::uint8_t>* stored = StoredSectors.TakeContinuation(carry);
+        if (stored == nullptr) {
+            NameCarries.Add(std::move(carry));
+            return;
+        }
+        const std::vector<std::uint8_t> joined = Joined(carry.Bytes, ByteView(*stored));
+        carry = ParseDirectory(ByteView(joined), place);
+    }
+}
+
+void CProfessionalFatRecovery::ParseWithContinuations(ByteView buffer, DirectoryPlace place)
+{
+    if (!place.volume.IsKnown()) {
+        if (const auto found = Volumes.FindByCluster(place.lba, place.cluster)) {
+            place.volume = Volumes.At(*found);
+        }
+    }
+    ParseAt(buffer, place);
+}
+
+void CProfessionalFatRecovery::ParseCarried(const NameCarry& carry, ByteView sector)
+{
+    const std::vector<std::uint8_t> joined = Joined(carry.Bytes, sector);
+    ParseWithContinuations(ByteView(joined), {carry.Lba, carry.Cluster, {}});
+}
+
+void CProfessionalFatRecovery::AddDirectorySector(ByteView sector, std::uint64_t lba)
+{
+    if (const auto carry = NameCarries.Take(sector, lba)) {
+        ParseCarried(*carry, sector);
+        return;
+    }
+    // A further sector of the cluster that was placed last. The first of the next cluster counts too, and this stands
+    // in front of exact alignment; it stays so.
+    if (LastPlaced.volume.IsKnown() &&
+        lba - LastPlaced.lba <= LastPlaced.volume.SectorsPerCluster) {
+        ParseWithContinuations(sector, LastPlaced);
+        return;
+    }
+    PlaceSectorByAlignment(sector, lba);
+}
+
+// A sector that does not begin with "." can be judged by its position only.
+void CProfessionalFatRecovery::PlaceSectorByAlignment(ByteView sector, std::uint64_t lba)
+{
+    std::uint32_t cluster = 0;
+    const FatVolume* volume = Volumes.FindAligned(lba, &cluster);
+    if (volume == nullptr) {
+        StoredSectors.Store(lba, sector);
+        return;
+    }
+    LastPlaced = {lba, cluster, *volume};
+    ParseWithContinuations(sector, LastPlaced);
+}
+
+void CProfessionalFatRecovery::ResolveStoredSectors()
+{
+    LastResolved = {};
+    for (const auto& [lba, stored] : StoredSectors.Sectors()) {
+        if (stored.Used) {
+            continue;
+        }
+        const ByteView sector(stored.Buffer);
+        if (const auto carry = NameCarries.Take(sector, lba)) {
+            ParseCarried(*carry, sector);
+        } else {
+            ResolveByVolume(sector, lba);
+        }
+    }
+    StoredSectors.Clear();
+}
+
+// Without any volume the sector is given up.
+void CProfessionalFatRecovery::ResolveByVolume(ByteView sector, std::uint64_t lba)
+{
+    std::uint32_t cluster = 0;
+    if (const FatVolume* aligned = Volumes.FindAligned(lba, &cluster)) {
+        LastResolved = {lba, cluster, *aligned};
+        ParseWithContinuations(sector, {lba, cluster, {}});
+        return;
+    }
+    if (LastResolved.volume.IsKnown()) {
+        ParseWithContinuations(sector, {lba, LastResolved.cluster, LastResolved.volume});
+        return;
+    }
+    const FatVolume* nearest = Volumes.FindNearest(lba);
+    if (nearest == nullptr) {
+        return;
+    }
+    // The place comes out two clusters behind the true one, because no cluster in front of the data is taken off; it
+    // stays so, and goes into the records.
+    const std::uint64_t distance = lba - nearest->Base - nearest->DataStart;
+    cluster = static_cast<std::uint32_t>(distance / nearest->SectorsPerCluster + 2);
+    const std::uint32_t offset = cluster * nearest->SectorsPerCluster + nearest->DataStart;
+    ParseWithContinuations(sector, {nearest->Base + offset, cluster, *nearest});
+}
