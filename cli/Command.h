@@ -34,7 +34,12 @@ struct CommandOptions
     std::filesystem::path folder;
     std::string types = "photo,audio,video";
     std::filesystem::path dataFolder;  // empty: the user's own
+    std::string scanNumber;            // of forget
     bool fast = false;
+    bool whole = false;
+    bool resume = false;
+    bool fresh = false;
+    bool all = false;
     bool tree = false;
     bool json = false;
     bool force = false;
@@ -46,6 +51,7 @@ struct CommandStreams
     std::ostream& out;
     std::ostream& err;
     bool errIsTerminal = false;
+    std::istream* answers = nullptr;  // where a person answers questions; null when there is nobody
 };
 
 struct Command
@@ -61,6 +67,8 @@ extern const Command TargetsCommand;
 extern const Command ScanCommand;
 extern const Command ListCommand;
 extern const Command RecoverCommand;
+extern const Command ScansCommand;
+extern const Command ForgetCommand;
 
 // Options that several commands take.
 void AddTargetOption(CLI::App& app, CommandOptions& options);

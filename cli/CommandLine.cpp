@@ -12,7 +12,8 @@
 namespace {
 
 // In the order in which the help shows them.
-const Command* const Commands[] = {&TargetsCommand, &ScanCommand, &ListCommand, &RecoverCommand};
+const Command* const Commands[] = {&TargetsCommand, &ScanCommand,  &ListCommand,
+                                   &RecoverCommand, &ScansCommand, &ForgetCommand};
 
 constexpr const char* Description = "Gets deleted photos, audio, video and documents back from "
                                     "disks and disk images. The source is\n"
@@ -98,8 +99,17 @@ void AddTargetOption(CLI::App& app, CommandOptions& options)
     app.add_option("TARGET", options.target,
                    "an image file, a block device, or a number #N of 'targets'")
         ->required();
-    app.add_flag("--fast", options.fast,
-                 "what the file system still knows, quickly (the only way so far)");
+    auto* const fast = app.add_flag(
+        "--fast", options.fast, "only what the file system still knows, quickly; no lost files");
+    auto* const whole = app.add_flag("--whole", options.whole,
+                                     "read every sector, whatever the file system says: for "
+                                     "volumes whose tables mislead or cannot be read");
+    auto* const resume = app.add_flag("--resume", options.resume,
+                                      "go on with an earlier scan of this target, without asking");
+    auto* const fresh =
+        app.add_flag("--new", options.fresh, "scan anew, and drop an earlier scan of this target");
+    fast->excludes(whole)->excludes(resume);
+    resume->excludes(fresh);
 }
 
 void AddTypesOption(CLI::App& app, CommandOptions& options)

@@ -9,7 +9,10 @@ int main(int count, char** arguments)
 {
     try {
         std::ios::sync_with_stdio(false);
-        CommandStreams streams{std::cout, std::cerr, StandardErrorIsTerminal()};
+        CommandStreams streams{std::cout, std::cerr, StandardErrorIsTerminal(), nullptr};
+        if (streams.errIsTerminal && StandardInputIsTerminal()) {
+            streams.answers = &std::cin;
+        }
         const ExitStatus status = RunCommandLine({arguments + 1, arguments + count}, streams);
         std::cout.flush();
         if (!std::cout) {

@@ -5,6 +5,7 @@
 #include "platform/SourceOverlap.h"
 #include "recovery/RecoveryEngineFactory.h"
 #include "recovery/ScanLogDirectory.h"
+#include "recovery/deep/ProfessionalRecovery.h"
 #include "storage/ByteReader.h"
 #include "storage/DriveRegistry.h"
 
@@ -12,6 +13,14 @@
 #include <ostream>
 
 namespace {
+
+ScanDepth DepthOf(const CommandOptions& options)
+{
+    if (options.fast) {
+        return ScanDepth::Quick;
+    }
+    return options.whole ? ScanDepth::Whole : ScanDepth::Deep;
+}
 
 constexpr char16_t ImageId = 1001;
 constexpr char16_t DeviceLetter = 1;
@@ -44,30 +53,19 @@ void ScanSession::Note(const std::string& sentence)
     }
 }
 
-// Two scans at once would take the same log folder from each other.
-std::optional<Refusal> ScanSession::LockDataFolder()
+// The log is read, and written, from the opening of a deep engine on.
+std::optional<Refusal> ScanSession::UseScanLog()
 {
+    if (m_lock) {
+        return std::nullopt;
+    }
+    m_lock.emplace();
+    if (std::optional<Refusal> refusal = m_lock->Take()) {
+        return refusal;
+    }
     const std::filesystem::path folder = ScanLogDirectory::Instance().Root().parent_path();
-    const std::string name = Printable(folder.string());
-    const ResultCode made = MakePrivateFolderWithParents(folder);
-    if (!FolderIsThere(made)) {
-        return Refusal{ExitStatus::WrongUse, "the folder for scan records, " + name +
-                                                 ", cannot be made: " + ErrorText(made) +
-                                                 " Give another one with --data-dir."};
-    }
-    if (const ResultCode opened = m_lock.OpenOrCreate(folder / "in-use.lock")) {
-        return Refusal{ExitStatus::WrongUse, "the folder for scan records, " + name +
-                                                 ", cannot be written: " + ErrorText(opened) +
-                                                 " Give another one with --data-dir."};
-    }
-    if (!m_lock.TryLock()) {
-        return Refusal{ExitStatus::WrongUse,
-                       "another scan uses " + name +
-                           "; wait for its end, or give this one a folder of its "
-                           "own with --data-dir."};
-    }
     if (FolderLiesOnSource(folder, m_options.target)) {
-        Note("Warning: scan records are written to " + name +
+        Note("Warning: scan records are written to " + Printable(folder.string()) +
              ", which lies on the source itself and may overwrite deleted files; --data-dir DIR on "
              "another disk avoids that.");
     }
@@ -108,13 +106,16 @@ std::optional<Refusal> ScanSession::OpenDevice(const FileHandle& device)
     if (const ResultCode result = device.Size(&sizeBytes)) {
         return WhyNotOpened(result);
     }
+    if (std::optional<Refusal> refusal = UseScanLog()) {
+        return refusal;
+    }
     std::error_code ignored;
     const std::filesystem::path path = std::filesystem::canonical(m_options.target, ignored);
     const std::uint32_t number = DriveRegistry::Instance().NumberOf(path);
     const std::uint32_t sectorSize = std::max(device.DeviceSectorSize(), 512u);
     ResultCode why = ResultSuccess;
     m_engine = RecoveryEngineFactory::Instance().MakeEngineForPartition(
-        number, 0, sizeBytes / sectorSize, DeviceLetter, false, &why);
+        number, 0, sizeBytes / sectorSize, DeviceLetter, DepthOf(m_options), &why);
     return m_engine != nullptr ? std::nullopt : std::optional(WhyNotOpened(why));
 }
 
@@ -137,9 +138,20 @@ std::optional<Refusal> ScanSession::OpenTarget()
             Printable(m_options.target) +
             ": it is neither a file nor a block device; give an image file or a device.");
     }
+    return OpenImage();
+}
+
+std::optional<Refusal> ScanSession::OpenImage()
+{
+    if (std::optional<Refusal> refusal = UseScanLog()) {
+        return refusal;
+    }
+    // An earlier scan is found again by the image's path, wherever it was started from.
+    std::error_code ignored;
+    const std::filesystem::path path = std::filesystem::canonical(m_options.target, ignored);
     ResultCode why = ResultSuccess;
-    m_engine = RecoveryEngineFactory::Instance().MakeEngineForImage(m_options.target, ImageId,
-                                                                    false, &why);
+    m_engine = RecoveryEngineFactory::Instance().MakeEngineForImage(path, ImageId,
+                                                                    DepthOf(m_options), &why);
     return m_engine != nullptr ? std::nullopt : std::optional(WhyNotOpened(why));
 }
 
@@ -153,11 +165,12 @@ std::optional<Refusal> ScanSession::OpenAndScan()
 
 std::optional<Refusal> ScanSession::Scan()
 {
-    if (std::optional<Refusal> refusal = LockDataFolder()) {
-        return refusal;
+    if (m_options.fast) {
+        // The name of a store holds the minute only: two scans must not share a folder.
+        ScanLogDirectory::Instance().BeginNewLog();
+    } else {
+        ChooseEarlierScan();
     }
-    // The name of a store holds the minute only: two scans must not share a folder.
-    ScanLogDirectory::Instance().BeginNewLog();
     m_engine->SetCallbacks(&OnScanProgress, nullptr, this, 100);
     const ResultCode result = m_engine->Scan(nullptr);
     m_engine->SetCallbacks(nullptr, nullptr, nullptr, 100);
@@ -165,7 +178,9 @@ std::optional<Refusal> ScanSession::Scan()
     FindStoreNames();
     m_cancelled = result == ResultCancelled;
     if (m_cancelled) {
-        Note("Cancelled; what was found until then is kept.");
+        Note(m_options.fast ? "Cancelled; what was found until then is kept."
+                            : "Cancelled; what was found until then is kept, and --resume goes on "
+                              "from there.");
     } else if (result != ResultSuccess && m_engine->GetRecordCount() == 0) {
         return TargetRefusal(
             Printable(m_options.target) + ": it could not be scanned: " + ErrorText(result) +
@@ -174,6 +189,40 @@ std::optional<Refusal> ScanSession::Scan()
         Note("Warning: the scan met a fault and may be incomplete: " + ErrorText(result));
     }
     return std::nullopt;
+}
+
+// An earlier scan of the target that stands in the log: gone on with, or dropped.
+void ScanSession::ChooseEarlierScan()
+{
+    auto* deep = dynamic_cast<CProfessionalRecovery*>(m_engine.get());
+    if (deep == nullptr || !deep->HasResumableScan()) {
+        if (m_options.resume) {
+            Note("No earlier scan of this target stands in the log, or the target has changed "
+                 "since; scanning anew.");
+        }
+        return;
+    }
+    const bool complete = deep->ResumableScan().rangeLength == 0;
+    const std::string scan = DescribeScan(deep->ResumableScan());
+    if (m_options.fresh || (!m_options.resume && !AskToResume(scan))) {
+        deep->DiscardResumableScan();
+    } else {
+        Note(complete ? "Taking the results of an earlier scan (" + scan + "); --new scans anew."
+                      : "Going on with an earlier scan (" + scan + "); --new scans anew.");
+    }
+}
+
+// With nobody to ask the answer is yes.
+bool ScanSession::AskToResume(const std::string& scan)
+{
+    if (m_streams.answers == nullptr) {
+        return true;
+    }
+    m_streams.err << "An earlier scan of this target stands in the log (" << scan
+                  << "). Go on with it? [Y/n] " << std::flush;
+    std::string answer;
+    std::getline(*m_streams.answers, answer);
+    return answer.empty() || (answer.front() != 'n' && answer.front() != 'N');
 }
 
 ResultCode ScanSession::OnScanProgress(void* context,
@@ -219,8 +268,11 @@ std::string ScanSession::FolderPath(const FileRecord& record)
 
 void ScanSession::FindStoreNames()
 {
+    const auto* deep = dynamic_cast<CProfessionalRecovery*>(m_engine.get());
+    const std::filesystem::path folder =
+        deep != nullptr ? deep->LogFolder() : ScanLogDirectory::Instance().CurrentLogPath();
     std::vector<std::string> names;
-    (void)ListFolder(ScanLogDirectory::Instance().CurrentLogPath(), names);
+    (void)ListFolder(folder, names);
     for (const std::string& name : names) {
         if (name.ends_with("_Relation") || name.ends_with("_DirInfo")) {
             continue;

@@ -4,6 +4,7 @@
 #include "cli/Cancel.h"
 #include "cli/Command.h"
 #include "cli/ProgressLine.h"
+#include "cli/ScanLog.h"
 #include "cli/TypeFilter.h"
 #include "platform/FileHandle.h"
 #include "recovery/FileRecoveryParse.h"
@@ -42,8 +43,11 @@ public:
     void Note(const std::string& sentence);
 
 private:
-    std::optional<Refusal> LockDataFolder();
+    std::optional<Refusal> UseScanLog();
+    void ChooseEarlierScan();
+    bool AskToResume(const std::string& scan);
     std::optional<Refusal> OpenDevice(const FileHandle& device);
+    std::optional<Refusal> OpenImage();
     Refusal WhyNotOpened(ResultCode why) const;
     void FindStoreNames();
     static ResultCode OnScanProgress(void* context,
@@ -59,7 +63,7 @@ private:
     CommandStreams& m_streams;
     CancelScope m_cancel;
     ProgressLine m_line;
-    FileHandle m_lock;
+    std::optional<ScanLogLock> m_lock;
     std::unique_ptr<IFileRecoveryParse> m_engine;
     std::array<std::string, 5> m_storeNames;  // by engine kind
     bool m_cancelled = false;

@@ -3,3 +3,5 @@
 
 // Standard error goes to a terminal, so that a line that rewrites itself can be read.
 bool StandardErrorIsTerminal();
+// Standard input comes from a terminal, so that somebody can be asked.
+bool StandardInputIsTerminal();

@@ -2,6 +2,7 @@
 
 #include "recovery/FastExtRecovery.h"
 #include "recovery/FileSystemRecognition.h"
+#include "recovery/deep/ProfessionalRecovery.h"
 #include "recovery/fat/FastFatRecovery.h"
 #include "recovery/ntfs/FastNtfsRecovery.h"
 #include "storage/ByteReader.h"
@@ -39,6 +40,29 @@ Engine MakeQuickEngine(FileSystemKind kind)
     return nullptr;
 }
 
+FastEngineMaker QuickEngines(ScanDepth depth)
+{
+    if (depth == ScanDepth::Whole) {
+        return {};
+    }
+    return {[](const std::filesystem::path& path, char16_t letter) {
+                return RecoveryEngineFactory::Instance().MakeEngineForImage(path, letter,
+                                                                            ScanDepth::Quick);
+            },
+            [](std::uint32_t diskNumber, std::uint64_t startLba, std::uint64_t sectorCount,
+               char16_t letter) {
+                return RecoveryEngineFactory::Instance().MakeEngineForPartition(
+                    diskNumber, startLba, sectorCount, letter, ScanDepth::Quick);
+            }};
+}
+
+// A deep scan works on any target, a quick one where the file system is known.
+Engine MakeEngine(FileSystemKind kind, ScanDepth depth)
+{
+    return depth == ScanDepth::Quick ? MakeQuickEngine(kind)
+                                     : std::make_unique<CProfessionalRecovery>(QuickEngines(depth));
+}
+
 }  // namespace
 
 RecoveryEngineFactory& RecoveryEngineFactory::Instance()
@@ -52,7 +76,7 @@ RecoveryEngineFactory::MakeEngineForPartition(std::uint32_t diskNumber,
                                               std::uint64_t startLba,
                                               std::uint64_t sectorCount,
                                               char16_t driveLetter,
-                                              bool /*deep*/,
+                                              ScanDepth depth,
                                               ResultCode* outWhy)
 {
     OpenedSource source;
@@ -64,16 +88,19 @@ RecoveryEngineFactory::MakeEngineForPartition(std::uint32_t diskNumber,
     if (outWhy != nullptr) {
         *outWhy = why;
     }
-    Engine engine = why == ResultSuccess ? MakeQuickEngine(kind) : nullptr;
+    Engine engine = why == ResultSuccess ? MakeEngine(kind, depth) : nullptr;
     if (engine != nullptr) {
-        (void)engine->OpenPartition(diskNumber, startLba, sectorCount,
-                                    driveLetter);  // its scan finds nothing then
+        // An engine that could not be opened finds nothing, and says so when it scans.
+        (void)engine->OpenPartition(diskNumber, startLba, sectorCount, driveLetter);
     }
     return engine;
 }
 
-std::unique_ptr<IFileRecoveryParse> RecoveryEngineFactory::MakeEngineForImage(
-    const std::filesystem::path& filePath, char16_t driveLetter, bool /*deep*/, ResultCode* outWhy)
+std::unique_ptr<IFileRecoveryParse>
+RecoveryEngineFactory::MakeEngineForImage(const std::filesystem::path& filePath,
+                                          char16_t driveLetter,
+                                          ScanDepth depth,
+                                          ResultCode* outWhy)
 {
     OpenedSource source;
     FileSystemKind kind = FileSystemKind::Unknown;
@@ -84,9 +111,9 @@ std::unique_ptr<IFileRecoveryParse> RecoveryEngineFactory::MakeEngineForImage(
     if (outWhy != nullptr) {
         *outWhy = why;
     }
-    Engine engine = why == ResultSuccess ? MakeQuickEngine(kind) : nullptr;
+    Engine engine = why == ResultSuccess ? MakeEngine(kind, depth) : nullptr;
     if (engine != nullptr) {
-        (void)engine->OpenImageFile(filePath, driveLetter);  // its scan finds nothing then
+        (void)engine->OpenImageFile(filePath, driveLetter);  // as above
     }
     return engine;
 }

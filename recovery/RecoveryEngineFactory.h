@@ -7,6 +7,14 @@
 #include <filesystem>
 #include <memory>
 
+// How thoroughly a target is searched.
+enum class ScanDepth
+{
+    Quick,  // what the file system still knows
+    Deep,   // that, then one pass over the sectors that the file system does not use
+    Whole   // one pass over all sectors, whatever the file system says
+};
+
 // One object for the process, made on first use, not locked: one worker thread at a time calls it.
 class RecoveryEngineFactory
 {
@@ -20,10 +28,10 @@ public:
                                                                std::uint64_t startLba,
                                                                std::uint64_t sectorCount,
                                                                char16_t driveLetter,
-                                                               bool deep,
+                                                               ScanDepth depth,
                                                                ResultCode* outWhy = nullptr);
     std::unique_ptr<IFileRecoveryParse> MakeEngineForImage(const std::filesystem::path& filePath,
                                                            char16_t driveLetter,
-                                                           bool deep,
+                                                           ScanDepth depth,
                                                            ResultCode* outWhy = nullptr);
 };

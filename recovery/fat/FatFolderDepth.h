@@ -2,7 +2,7 @@
 #pragma once
 
 #include "recovery/fat/FatGeometry.h"
-#include "recovery/fat/FolderChain.h"
+#include "recovery/FolderChain.h"
 #include "storage/SectorSource.h"
 
 #include <cstdint>

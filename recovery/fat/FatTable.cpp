@@ -19,8 +19,13 @@ void FatTable::Open(SectorSource& fatSource, const FatGeometry& geometry, std::u
     isFat32 = geometry.isFat32;
     windowStart = 0;
     isFirstWindow = true;
-    firstWindow.assign(WindowBytes, 0);
+    firstWindow.clear();
     pages.assign(CachedPages, Page());
+    const std::uint64_t sectors = WindowBytes / sectorSize;
+    if (startLba > source->totalSectors || sectors > source->totalSectors - startLba) {
+        return;  // nothing comes, and an empty window reads as zeros
+    }
+    firstWindow.assign(WindowBytes, 0);
     std::int32_t sectorsRead = 0;
     (void)source->ReadSectors(firstWindow.data(),
                               static_cast<std::int32_t>(WindowBytes / sectorSize), startLba,

@@ -216,3 +216,14 @@ ResultCode CFastNtfsRecovery::ReadRecordData(const FileRecord* record,
     return PreviewNtfsFile(DataReader(), *record,
                            {tempPathInOut, buffer, inOutSize, progressFn, context}, true);
 }
+
+std::optional<std::uint64_t> CFastNtfsRecovery::FirstDataSector(const FileRecord& record)
+{
+    RunList runs;
+    if (Readers.ReadAttributeRuns(record.EntrySector, AttributeData, runs) != ResultSuccess ||
+        runs.empty()) {
+        return std::nullopt;
+    }
+    const auto lcn = static_cast<std::uint64_t>(runs.front().Offset);
+    return SectorOfCluster(lcn, record.ClusterBytes, Volume.BytesPerSector) + record.PartitionStart;
+}

@@ -14,6 +14,7 @@
 
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <span>
 #include <vector>
 
@@ -53,6 +54,9 @@ public:
                               std::uint32_t& inOutSize,
                               PreviewProgressCallback progressFn,
                               void* context) override;
+
+    // The sector of a record's first data; none when its record tells of no runs.
+    std::optional<std::uint64_t> FirstDataSector(const FileRecord& record);
 
 private:
     // A record being looked at: the bytes from its start to the end of the buffer that it was read into.

@@ -10,34 +10,15 @@ void NtfsAncestors::Clear()
 
 std::uint32_t NtfsAncestors::Resolve(std::uint32_t recordNumber)
 {
-    // The chain up to the root, its break, a folder whose depth is known, or one of its own folders.
-    const std::size_t first = FolderList.size();
-    std::uint32_t base = 0;
-    std::size_t ringBegin = SIZE_MAX;
-    std::unordered_map<std::uint32_t, std::size_t> places;
-    Parent next = {true, recordNumber};
-    while (next.known && next.number != RootRecordNumber) {
-        if (const auto known = depths.find(next.number); known != depths.end()) {
-            base = known->second;
-            break;
+    return CountLevels(recordNumber, depths, [this](std::uint32_t number) {
+        FolderStep step;
+        if (number != RootRecordNumber) {
+            FolderList.push_back(number);
+            const Parent parent = ReadParent(number);
+            step = {true, parent.known, parent.number};
         }
-        const auto [place, isNew] = places.try_emplace(next.number, FolderList.size());
-        if (!isNew) {
-            ringBegin = place->second;
-            break;
-        }
-        FolderList.push_back(next.number);
-        next = ReadParent(next.number);
-    }
-    for (std::size_t i = FolderList.size(); i > first; --i) {
-        if (i > ringBegin) {
-            depths[FolderList[i - 1]] = static_cast<std::uint32_t>(FolderList.size() - ringBegin);
-            base = static_cast<std::uint32_t>(FolderList.size() - ringBegin);
-        } else {
-            depths[FolderList[i - 1]] = ++base;
-        }
-    }
-    return base;
+        return step;
+    });
 }
 
 NtfsAncestors::Parent NtfsAncestors::ReadParent(std::uint32_t recordNumber)

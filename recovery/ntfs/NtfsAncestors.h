@@ -2,11 +2,11 @@
 // read once, however many files lie in it.
 #pragma once
 
+#include "recovery/FolderChain.h"
 #include "recovery/ntfs/NtfsFileNames.h"
 #include "recovery/ntfs/NtfsReaders.h"
 
 #include <cstdint>
-#include <unordered_map>
 #include <vector>
 
 class NtfsAncestors
@@ -35,5 +35,5 @@ private:
 
     NtfsReaders& readers;
     // A folder's depth depends on the volume alone, also in and in front of a ring of folders.
-    std::unordered_map<std::uint32_t, std::uint32_t> depths;
+    KnownDepths depths;
 };

@@ -60,12 +60,25 @@ protected:
 
     std::string Card() const { return card->ImagePath().string(); }
 
+    // The quick scan: what it finds on the card is known to the file.
     Outcome Run(std::vector<std::string> arguments, bool terminal = false) const
+    {
+        if (!arguments.empty() &&
+            (arguments[0] == "scan" || arguments[0] == "list" || arguments[0] == "recover")) {
+            arguments.emplace_back("--fast");
+        }
+        return RunAsGiven(std::move(arguments), terminal);
+    }
+
+    // The deep scan is the default. answers is what a person types.
+    Outcome RunAsGiven(std::vector<std::string> arguments,
+                       bool terminal = false,
+                       std::istream* answers = nullptr) const
     {
         arguments.insert(arguments.end(), {"--data-dir", (folder / "data").string()});
         std::ostringstream out;
         std::ostringstream err;
-        CommandStreams streams{out, err, terminal};
+        CommandStreams streams{out, err, terminal, answers};
         const ExitStatus status = RunCommandLine(std::move(arguments), streams);
         return {static_cast<int>(status), out.str(), err.str()};
     }

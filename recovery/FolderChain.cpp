@@ -1,4 +1,4 @@
-#include "recovery/fat/FolderChain.h"
+#include "recovery/FolderChain.h"
 
 #include <vector>
 

@@ -1,0 +1,64 @@
+// An input as an image file, and what is asked of an engine that has scanned it.
+#pragma once
+
+#include "recovery/FileRecoveryParse.h"
+#include "recovery/ScanLogDirectory.h"
+#include "tests/support/TempFolder.h"
+
+#include <algorithm>
+#include <array>
+#include <filesystem>
+
+// At least as long as a target must be; at most 256 KB. One file for the whole process, in a data folder of its own.
+class ScratchImage
+{
+public:
+    ScratchImage(const std::uint8_t* data, std::size_t size)
+    {
+        ByteVector bytes(data, data + std::min<std::size_t>(size, 256 * 1024));
+        bytes.resize(std::max<std::size_t>(bytes.size(), 16384));
+        WriteFileBytes(Path(), bytes);
+    }
+    std::filesystem::path Path() const { return Folder() / "scratch.img"; }
+
+    static const TempFolder& Folder()
+    {
+        static const DataFolder dataFolder;
+        static const TempFolder folder;
+        return folder;
+    }
+};
+
+// Stops a copy that a forged size makes endless.
+inline ResultCode
+StopLongCopies(void* context, std::int32_t, std::int32_t, ResultCode, const std::filesystem::path&)
+{
+    return ++*static_cast<int*>(context) > 50 ? ResultCancelled : ResultSuccess;
+}
+inline ResultCode StopLongPreviews(void* context, std::int32_t, ResultCode)
+{
+    return ++*static_cast<int*>(context) > 50 ? ResultCancelled : ResultSuccess;
+}
+
+// Searches, lists, and restores and previews the first few files.
+inline void AskAndRestore(IFileRecoveryParse& engine)
+{
+    FileRecordList found;
+    (void)engine.SearchRecords(AllFilesPattern, found);
+    FileRecordList children;
+    (void)engine.ListChildren(nullptr, 0, children);
+    std::uint32_t count = 0;
+    (void)engine.CountChildren(nullptr, 0, count);
+    for (std::size_t i = 0; i < std::min<std::size_t>(found.size(), 8); ++i) {
+        std::string path;
+        (void)engine.GetRecordPath(&found[i], path);
+        int calls = 0;
+        engine.SetCallbacks(nullptr, &StopLongCopies, &calls, 100);
+        (void)engine.RestoreRecord(&found[i], ScratchImage::Folder() / "restored", 0);
+        std::array<std::uint8_t, 512> buffer = {};
+        std::uint32_t size = buffer.size();
+        std::filesystem::path temporary;
+        (void)engine.ReadRecordData(&found[i], temporary, buffer.data(), size, &StopLongPreviews,
+                                    &calls);
+    }
+}

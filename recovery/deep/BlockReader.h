@@ -1,0 +1,78 @@
+// Brings the deep pass its blocks of 64 KiB. Behind a long run of neighbouring blocks a thread reads ahead in larger
+// pieces; what arrives, and what fails, is the same as with one read a block.
+#pragma once
+
+#include "storage/SectorSource.h"
+
+#include <condition_variable>
+#include <cstdint>
+#include <mutex>
+#include <span>
+#include <thread>
+#include <vector>
+
+// One for a pass. Read is called by the pass's thread alone; the thread inside touches nothing but its own source and
+// its piece.
+class BlockReader
+{
+public:
+    static constexpr std::size_t BlockBytes = 65536;
+
+    // aheadSource is a second opening of the same target; unused when it is not open. Both outlive this.
+    BlockReader(SectorSource& source, SectorSource& aheadSource, std::int32_t sectorSize);
+    BlockReader(const BlockReader&) = delete;
+    BlockReader& operator=(const BlockReader&) = delete;
+    ~BlockReader();
+
+    // The sectors asked for, whole also when fewer came: what could not be read is what the block before had in its
+    // place. *outGot is how many came. rangeEnd is where the pass's range ends, so how far it makes sense to read
+    // ahead. The bytes may be changed; valid until the next call.
+    std::span<std::uint8_t> Read(std::uint64_t lba,
+                                 std::uint64_t sectorCount,
+                                 std::uint64_t rangeEnd,
+                                 std::int32_t* outGot);
+
+private:
+    static constexpr std::size_t PieceBlocks = 32;
+    static constexpr std::uint32_t RunBeforeAhead =
+        4;  // neighbouring blocks before reading ahead pays
+
+    // Several blocks read at once.
+    struct Piece
+    {
+        std::uint64_t lba = 0;
+        std::uint64_t sectors = 0;
+        std::vector<std::uint8_t> bytes;
+        bool whole = false;  // all of it arrived
+        bool Holds(std::uint64_t first, std::uint64_t count) const
+        {
+            return whole && first >= lba && first + count <= lba + sectors;
+        }
+    };
+
+    std::span<std::uint8_t>
+    ReadPlain(std::uint64_t lba, std::uint64_t sectorCount, std::int32_t* outGot);
+    bool FetchPiece(std::uint64_t lba, std::uint64_t rangeEnd);
+    void OrderAhead(std::uint64_t lba, std::uint64_t rangeEnd);
+    std::uint64_t PieceSectors(std::uint64_t lba, std::uint64_t rangeEnd) const;
+    void WaitForAhead();
+    void RunAhead();
+
+    SectorSource& source;
+    SectorSource& aheadSource;
+    std::int32_t sectorSize;
+    std::uint64_t blockSectors;
+    std::vector<std::uint8_t> block;  // what a plain read goes into; keeps what it does not replace
+    std::span<std::uint8_t> lastServed;  // of a piece, when that is newer than block
+    std::uint64_t nextLba = 0;           // behind the block served last
+    std::uint32_t run = 0;               // neighbouring whole blocks so far
+    std::uint64_t badUntil = 0;  // a piece in front of this failed: block by block up to here
+    Piece current;
+
+    std::thread thread;
+    std::mutex lock;
+    std::condition_variable changed;
+    Piece ahead;
+    bool ordered = false;  // the thread is to read, or reads, ahead
+    bool stopping = false;
+};

@@ -1,0 +1,223 @@
+// The pipeline of CProfessionalRecovery::Scan: the quick engine, the stores, one pass over the ranges, the analysers'
+// ends, and the saved position.
+#include "platform/FileTime.h"
+#include "recovery/carving/CarveContext.h"
+#include "recovery/deep/BlockReader.h"
+#include "recovery/deep/ProfessionalRecovery.h"
+#include "recovery/deep/SectorClassifier.h"
+
+#include <algorithm>
+
+namespace {
+
+constexpr std::int32_t FastRange = 9;
+constexpr std::int32_t PassRange = 90;
+constexpr std::uint64_t EstimateInterval = 5000;  // milliseconds
+
+// A range from the log can run past its target by what lies in front of a FAT volume's data, not by more: one that
+// does is damaged, and would be walked for ages.
+constexpr std::uint64_t LargestOverrun = std::uint64_t{1} << 32;
+
+bool IsPlausible(const ScanLogEntry& entry, std::uint64_t sectorCount)
+{
+    const std::uint64_t limit = sectorCount + LargestOverrun;
+    return entry.rangeStart <= limit && entry.rangeLength <= limit && entry.position <= limit;
+}
+
+}  // namespace
+
+ResultCode CProfessionalRecovery::Scan(const std::string* /*logName*/)
+{
+    ScanLogDirectory& log = ScanLogDirectory::Instance();
+    if (resumeValid && !IsPlausible(resumeEntry, target.sectorCount)) {
+        DiscardResumableScan();
+    }
+    const bool isResume = resumeValid;
+    if (!isResume) {
+        log.BeginNewLog();
+    }
+    logFolder = log.CurrentLogPath();
+    Pass pass;
+    if (isResume) {
+        pass.at = {resumeEntry.rangeStart, resumeEntry.rangeLength, resumeEntry.position,
+                   resumeEntry.sectorsDone, resumeEntry.filesFound};
+        pass.filesBase = resumeEntry.filesFound;
+    }
+    ResultCode result = RunFastPhase(isResume, pass);
+    const bool reachedPass = result == ResultSuccess;
+    if (reachedPass) {
+        OpenStores(isResume);
+        if (!isResume) {
+            FindFirstRange(pass);
+        }
+        result = RunPass(pass);
+        // Also after a cancel: what was found gets its place.
+        fat.FinishAnalysis();
+        (void)ntfs.FinishAnalysis();  // folders that could not be read are missing from paths
+        if (result == ResultSuccess && scanCallback != nullptr) {
+            (void)scanCallback(callbackContext, 100, 100, 0, 0, 0, 0,
+                               0);  // too late to cancel anything
+        }
+    }
+    if (reachedPass || isResume) {
+        (void)log.SaveProgress(target, pass.at,
+                               logFolder);  // the scan is as good without a way back to it
+    } else {
+        log.UndoLogNumber();
+    }
+    resumeValid = false;
+    return result;
+}
+
+std::string CProfessionalRecovery::StoredName(std::string_view prefix) const
+{
+    std::string name;
+    (void)ScanLogDirectory::Instance().FindLogFile(logFolder, prefix,
+                                                   name);  // a folder that is gone gives no name
+    return name;
+}
+
+ResultCode CProfessionalRecovery::RunFastPhase(bool isResume, Pass& pass)
+{
+    if (fast == nullptr) {
+        return ResultSuccess;
+    }
+    fast->SetCallbacks(scanCallback, nullptr, callbackContext, FastRange);
+    // An engine that answers 0 to everything has no map.
+    std::uint64_t sector = 0;
+    std::uint64_t length = 0;
+    pass.haveFreeMap =
+        fast->BuildUsedClusterMap() == ResultSuccess && fast->NextFreeRange(sector, length) != 0;
+    if (!isResume) {
+        return fast->Scan(nullptr);
+    }
+    const std::string name = StoredName("Fast_");
+    const ResultCode result = fast->Scan(&name);
+    return name.empty() ? ResultSuccess
+                        : result;  // a store that has gone does not end the resumed scan
+}
+
+void CProfessionalRecovery::OpenStores(bool isResume)
+{
+    // A store that cannot be opened loses its records; the others go on.
+    const bool isImage = !target.imagePath.empty();
+    if (isResume) {
+        const std::string name = StoredName("File_Type_");
+        (void)(isImage ? carver.ReopenStore(name, driveLetter, target.imagePath, sectorSize)
+                       : carver.ReopenStore(name, driveLetter, target.diskNumber, sectorSize));
+    } else if (isImage) {
+        (void)carver.OpenImageFile(target.imagePath, driveLetter);
+    } else {
+        (void)carver.OpenPartition(target.diskNumber, target.startLba, target.sectorCount,
+                                   driveLetter);
+    }
+    (void)fat.OpenRecordStore(isResume ? StoredName("Pro_Fat_") : "");
+    (void)ntfs.OpenRecordStore(isResume ? StoredName("Pro_Ntfs_") : "");
+    (void)fat.PrepareVolume();  // without a boot sector volumes come from directories alone
+    CarveContext::Instance().TsRangeList.Clear();
+    SetSearchCallback(searchCallback, searchContext);
+}
+
+bool CProfessionalRecovery::NextRange(std::uint64_t& inOutSector, std::uint64_t& outLength)
+{
+    outLength = 0;
+    (void)fast->NextFreeRange(inOutSector, outLength);  // asked only when it has a map
+    return outLength != 0;
+}
+
+void CProfessionalRecovery::FindFirstRange(Pass& pass)
+{
+    if (!pass.haveFreeMap) {
+        pass.at.rangeLength = target.sectorCount;
+        return;
+    }
+    (void)NextRange(pass.at.rangeStart, pass.at.rangeLength);  // none: nothing to walk
+}
+
+ResultCode CProfessionalRecovery::RunPass(Pass& pass)
+{
+    if (pass.haveFreeMap) {
+        std::uint64_t length = 0;
+        for (std::uint64_t sector = 0; NextRange(sector, length); sector += length) {
+            pass.sectorsTotal += length;
+        }
+    } else {
+        pass.sectorsTotal = target.sectorCount;
+    }
+    pass.startTick = TickMilliseconds();
+    pass.lastTick = pass.startTick;
+    BlockReader reader(source, aheadSource, sectorSize);
+    ResultCode result = ResultSuccess;
+    // The position is that of a resume in the first range, and 0 in all others.
+    while (pass.at.rangeLength != 0) {
+        result = RunRange(pass, reader);
+        if (result != ResultSuccess) {
+            break;
+        }
+        if (!pass.haveFreeMap) {
+            pass.at.rangeLength = 0;
+            break;
+        }
+        pass.at.rangeStart += pass.at.rangeLength;
+        if (NextRange(pass.at.rangeStart, pass.at.rangeLength)) {
+            pass.at.position = 0;
+        }
+    }
+    return result;
+}
+
+ResultCode CProfessionalRecovery::RunRange(Pass& pass, BlockReader& reader)
+{
+    const Analysers analysers = {fat, ntfs, carver, source, sectorSize};
+    const auto blockSectors = static_cast<std::int64_t>(BlockReader::BlockBytes) / sectorSize;
+    const std::uint64_t base = pass.at.rangeStart + target.startLba;
+    auto remaining = static_cast<std::int64_t>(pass.at.rangeLength - pass.at.position);
+    while (remaining > 0) {
+        const std::int64_t chunk = std::min(blockSectors, remaining);
+        const std::uint64_t lba = base + pass.at.position;
+        std::int32_t got = 0;
+        const std::span<std::uint8_t> block =
+            reader.Read(lba, static_cast<std::uint64_t>(chunk), base + pass.at.rangeLength, &got);
+        if (got != 0) {
+            const CarveProgress progress = {pass.at.sectorsDone, pass.sectorsTotal,
+                                            pass.secondsLeft, pass.at.filesFound};
+            auto filesFound = static_cast<std::int64_t>(pass.at.filesFound);
+            // A cancel comes back as the skip, and again from the callback below.
+            (void)ClassifyBlock(analysers, block, lba, progress, pass.skip, filesFound);
+            pass.at.filesFound = static_cast<std::uint64_t>(filesFound);
+        } else if (chunk + pass.skip == 0) {
+            break;  // a block that cannot be read after a cancel that was taken back would come again for ever
+        }
+        // Behind a block that could not be read the skip of the block before counts once more; it stays so.
+        const std::int64_t moved = chunk + pass.skip;
+        pass.at.position += static_cast<std::uint64_t>(moved);
+        pass.at.sectorsDone += static_cast<std::uint64_t>(std::min(moved, remaining));
+        remaining -= moved;
+        if (const ResultCode result = ReportBlock(pass)) {
+            return result;
+        }
+    }
+    return ResultSuccess;
+}
+
+ResultCode CProfessionalRecovery::ReportBlock(Pass& pass)
+{
+    const std::uint64_t now = TickMilliseconds();
+    const std::uint64_t done = pass.at.sectorsDone;
+    if (now - pass.lastTick >= EstimateInterval) {
+        const auto unit = static_cast<std::uint64_t>(sectorSize);
+        const std::uint64_t elapsed = std::max<std::uint64_t>((now - pass.startTick) / 1000, 1);
+        const std::uint64_t rate = std::max<std::uint64_t>(done * unit / elapsed, 1);
+        const std::uint64_t left = pass.sectorsTotal > done ? pass.sectorsTotal - done : 0;
+        pass.secondsLeft =
+            static_cast<std::int32_t>(std::min<std::uint64_t>(left * unit / rate, INT32_MAX));
+        pass.lastTick = now;
+    }
+    if (scanCallback == nullptr) {
+        return ResultSuccess;
+    }
+    pass.at.filesFound = GetRecordCount() + pass.filesBase;
+    const std::uint64_t percent = pass.sectorsTotal != 0 ? done * 100 / pass.sectorsTotal : 0;
+    return scanCallback(callbackContext, static_cast<std::int32_t>(percent + 10), PassRange,
+                        pass.secondsLeft, done, pass.sectorsTotal, pass.at.filesFound, 0);
+}

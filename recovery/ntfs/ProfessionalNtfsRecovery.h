@@ -1,0 +1,138 @@
+// The NTFS analysis of the deep pass: finds files from FILE records wherever they lie, when the master file table cannot
+// be walked. Live and deleted files are treated alike; folders are reached from the files inside them.
+#pragma once
+
+#include "recovery/FileRecoveryParse.h"
+#include "recovery/FolderChain.h"
+#include "recovery/ScanRecordStore.h"
+#include "recovery/ntfs/NtfsFileNames.h"
+#include "recovery/ntfs/NtfsLostTables.h"
+#include "recovery/ntfs/NtfsReaders.h"
+#include "storage/ByteReader.h"
+#include "storage/SectorSource.h"
+
+#include <array>
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <span>
+#include <unordered_map>
+#include <unordered_set>
+#include <vector>
+
+// OpenRecordStore, any number of AddFileRecord, FinishAnalysis once; then only the store counts. One thread at a time,
+// that of the deep pass.
+class CProfessionalNtfsRecovery : public IFileRecoveryParse
+{
+public:
+    // The open's result is that of reading the target's first sectors.
+    ResultCode OpenImageFile(const std::filesystem::path& filePath, char16_t driveLetter) override;
+    ResultCode OpenPartition(std::uint32_t diskNumber,
+                             std::uint64_t startLba,
+                             std::uint64_t sectorCount,
+                             char16_t driveLetter) override;
+    ResultCode SetCallbacks(ProgressCallback scanCallback,
+                            FileProgressCallback fileCallback,
+                            void* context,
+                            std::int32_t progressRange) override;
+
+    // Opens the store of that name, or a new one for an empty name.
+    [[nodiscard]] ResultCode OpenRecordStore(std::string_view logName);
+    // A record found at lba. It stands at the buffer's start and is repaired in place; a walk through it may stray up to
+    // the buffer's end. 0, ResultNoFileRecord, or ResultInvalidParameter when its offsets are out of bounds.
+    ResultCode AddFileRecord(std::span<std::uint8_t> buffer, std::uint64_t lba);
+    // The end of the pass: records the folders that files need. Ends at the first that cannot be read.
+    ResultCode FinishAnalysis();
+    // The sector of a record's first data; none when its record tells of no runs.
+    std::optional<std::uint64_t> FirstDataSector(const FileRecord& record);
+
+    // The deep pass drives this engine: 0.
+    ResultCode Scan(const std::string* logName) override;
+    ResultCode ListChildren(const FileRecord* parentRecord,
+                            std::uint32_t depth,
+                            FileRecordList& outRecords) override;
+    ResultCode CountChildren(const FileRecord* parentRecord,
+                             std::uint32_t depth,
+                             std::uint32_t& outCount) override;
+    std::uint64_t GetRecordCount() const override;
+    ResultCode GetRecordPath(const FileRecord* record, std::string& outPath) override;
+    ResultCode RestoreRecord(const FileRecord* record,
+                             const std::filesystem::path& destPath,
+                             std::uint32_t baseDepth) override;
+    std::int32_t NextFreeRange(std::uint64_t& inOutSector, std::uint64_t& outLength) override;
+    ResultCode SetSearchCallback(SearchProgressCallback callback, void* context) override;
+    std::int32_t SearchRecords(std::string_view extensionPattern,
+                               FileRecordList& outRecords) override;
+    ResultCode BuildUsedClusterMap() override;
+    ResultCode ReadRecordData(const FileRecord* record,
+                              std::filesystem::path& tempPathInOut,
+                              std::uint8_t* buffer,
+                              std::uint32_t& inOutSize,
+                              PreviewProgressCallback progressFn,
+                              void* context) override;
+
+private:
+    // A record being taken apart.
+    struct RecordInHand
+    {
+        std::span<std::uint8_t> bytes;  // from the record to the buffer's end
+        std::uint64_t lba = 0;
+        bool folderPass = false;
+        std::uint32_t wantedNumber = 0;  // of the folder pass
+    };
+    // A folder to be recorded, with what was known of its volume when it was first needed.
+    struct FolderWork
+    {
+        std::uint32_t recordNumber = 0;
+        NtfsLostTable table;
+    };
+    // What a record on disk says of the folder above it.
+    struct FolderHead
+    {
+        bool isFolder = false;  // readable, a folder, and within bounds
+        std::uint32_t number = 0;
+        bool hasParent = false;
+        std::uint32_t parent = 0;
+    };
+
+    [[nodiscard]] ResultCode
+    OpenAt(const OpenedSource& opened, std::uint64_t startLba, std::uint64_t sectorCount);
+    [[nodiscard]] ResultCode ReadRecordAt(std::uint64_t lba, RecordBuffer& outBuffer);
+    [[nodiscard]] ResultCode ReadRepairedRecord(std::uint64_t lba, RecordBuffer& outBuffer);
+    [[nodiscard]] ResultCode ReadRunsAt(std::uint64_t lba, RunList& outRuns);
+    [[nodiscard]] ResultCode ReadRecordRuns(const FileRecord& record, RunList& outRuns);
+    [[nodiscard]] ResultCode ReadResidentData(const FileRecord& record,
+                                              std::span<std::uint8_t> buffer);
+    // ProfessionalNtfsAnalysis.cpp
+    ResultCode ProcessRecord(const RecordInHand& inHand);
+    bool TakeFileName(const RecordInHand& inHand, ByteView attribute, FileRecord*& current);
+    void TakeSystemName(const RecordInHand& inHand, ByteView attribute);
+    FileRecord& MakeRecord(const RecordInHand& inHand, ByteView attribute);
+    void EstimateClusterSize(ByteView record);
+    std::uint32_t ResolveAncestors(std::uint32_t recordNumber, const NtfsLostTable& table);
+    const FolderHead& HeadAt(std::uint64_t lba);
+    bool CheckFileHead(const FileRecord& record);
+    bool CheckFirstSector(const FileRecord& record, const RunList& runs);
+
+    bool isOpen = false;
+    std::uint64_t StartLba = 0;
+    std::uint32_t BytesPerSector = 512;
+    std::uint32_t RecordSize = 1024;
+    std::uint32_t SectorsPerRecord = 2;
+    std::uint32_t SectorsPerCluster = 8;  // the running estimate
+    NtfsRecordOrigin Origin{0, EngineKindProfessionalNtfs};
+    SectorSource Source;
+    NtfsRecordCodec Codec;
+    std::unique_ptr<ScanRecordStore> Store;
+    NtfsLostTables Mfts;
+    std::vector<FolderWork> FolderWorkList;  // no two with the same number, in order of first use
+    std::unordered_set<std::uint32_t> listed;
+    std::unordered_map<std::uint64_t, FolderHead> heads;  // by LBA
+    // Depths of folders, by the table that they were looked up in.
+    std::unordered_map<std::uint64_t, KnownDepths> depths;
+
+    FileProgressCallback FileCallback = nullptr;
+    void* CallbackContext = nullptr;
+    SearchProgressCallback SearchCallback = nullptr;
+    void* SearchContext = nullptr;
+};

@@ -1,0 +1,72 @@
+// Deep scans from the command line, and the log of earlier ones.
+#include "tests/cli/CliFixture.h"
+
+namespace {
+
+class DeepCommandTest : public CliFixture
+{
+protected:
+    int Found(const Outcome& outcome) { return Parse(outcome.out)["found"].asInt(); }
+    Json::Value Scans() { return Parse(RunAsGiven({"scans", "--json"}).out)["scans"]; }
+};
+
+TEST_F(DeepCommandTest, DeepIsTheDefaultAndEveryFileSaysWhichDepthFoundIt)
+{
+    const Json::Value report = Parse(RunAsGiven({"list", Card(), "--json", "--types", "all"}).out);
+    std::map<std::string, int> engines;
+    for (const Json::Value& file : report["files"]) {
+        ++engines[file["engine"].asString()];
+    }
+    EXPECT_EQ(engines["fast-fat"], 7);
+    EXPECT_GE(engines["deep-fat"] + engines["carved"], 1);
+    const Outcome recovered = RunAsGiven({"recover", Card(), (folder / "out").string()});
+    EXPECT_EQ(recovered.status, 0) << recovered.err;
+    const auto files = FilesBelow(folder / "out");
+    EXPECT_EQ(files.at("photo/first picture.jpg"), originals.at("first picture.jpg"));
+}
+
+TEST_F(DeepCommandTest, AWholeScanDoesWithoutTheFileSystem)
+{
+    const Json::Value report =
+        Parse(RunAsGiven({"list", Card(), "--json", "--types", "all", "--whole"}).out);
+    ASSERT_GT(report["found"].asInt(), 0);
+    for (const Json::Value& file : report["files"]) {
+        EXPECT_NE(file["engine"].asString(), "fast-fat");
+    }
+}
+
+TEST_F(DeepCommandTest, AnEarlierScanIsTakenUnlessItIsDeclined)
+{
+    const int found = Found(RunAsGiven({"list", Card(), "--json", "--types", "all"}));
+    const Outcome again = RunAsGiven({"list", Card(), "--json", "--types", "all"});
+    EXPECT_EQ(Found(again), found);
+    EXPECT_NE(again.err.find("earlier scan (complete"), std::string::npos) << again.err;
+    const std::string number = Scans()[0]["number"].asString();
+    for (const char* answer : {"\n", "n\n"}) {
+        std::istringstream answers(answer);
+        const Outcome asked = RunAsGiven({"scan", Card()}, true, &answers);
+        EXPECT_EQ(asked.status, 0);
+        EXPECT_NE(asked.err.find("Go on with it? [Y/n]"), std::string::npos) << asked.err;
+    }
+    EXPECT_NE(Scans()[0]["number"].asString(), number) << "declined, so scanned anew";
+    EXPECT_EQ(RunAsGiven({"scan", Card(), "--new"}).status, 0);
+    EXPECT_EQ(Scans().size(), 1u);
+    EXPECT_EQ(RunAsGiven({"scan", Card(), "--new", "--resume"}).status, 2);
+}
+
+TEST_F(DeepCommandTest, ForgettingRemovesTheRecords)
+{
+    ASSERT_EQ(RunAsGiven({"scan", Card()}).status, 0);
+    const std::string number = Scans()[0]["number"].asString();
+    EXPECT_EQ(RunAsGiven({"forget", "12345"}).status, 2);
+    EXPECT_EQ(RunAsGiven({"forget"}).status, 2);
+    EXPECT_EQ(Scans().size(), 1u);
+    const std::filesystem::path log = folder / "data/OrvantaLumivault/ScanLog" / number;
+    EXPECT_TRUE(std::filesystem::exists(log));
+    EXPECT_EQ(RunAsGiven({"forget", number}).status, 0);
+    EXPECT_FALSE(std::filesystem::exists(log));
+    EXPECT_EQ(Scans().size(), 0u);
+    EXPECT_EQ(RunAsGiven({"forget", "--all"}).status, 0);
+}
+
+}  // namespace

@@ -1,0 +1,169 @@
+// Deep scans of real FAT volumes that were damaged as cards are: formatted over, tables wiped, several volumes in one
+// image without a table.
+#include "tests/recovery/deep/DeepSupport.h"
+#include "tests/support/Bytes.h"
+#include "tests/support/FatCard.h"
+#include "tests/support/Pictures.h"
+#include "tests/support/RunCommand.h"
+
+#include <gtest/gtest.h>
+
+namespace {
+
+constexpr std::uint64_t Mebibyte = 1024 * 1024;
+
+class DeepFatTest : public testing::Test
+{
+protected:
+    void SetUp() override
+    {
+        if (const std::string missing = FatCard::MissingTools(); !missing.empty()) {
+            GTEST_SKIP() << missing;
+        }
+    }
+
+    // Live files in the root and two folders deep; a seed for other contents.
+    void Fill(const FatCard& card, std::uint64_t seed)
+    {
+        card.MakeFolder("HOLIDAY");
+        card.MakeFolder("HOLIDAY/A long folder name");
+        Add(card, "root picture.png", MakePng(64, 48, seed + 1));
+        for (std::uint64_t i = 0; i < 4; ++i) {
+            const std::string number = std::to_string(i);
+            Add(card, "HOLIDAY/p" + number + ".jpg", MakeJpeg(320, 240, seed + 10 + i));
+            Add(card, "HOLIDAY/A long folder name/some sound " + number + ".xyz",
+                RandomBytes(5000 + 700 * i, seed + 20 + i));
+        }
+    }
+    void Add(const FatCard& card, const std::string& path, const ByteVector& bytes)
+    {
+        card.Put(path, bytes);
+        originals[path] = bytes;
+    }
+
+    // How many originals stand among the restored files with their own bytes, under any path that ends in their name.
+    int CountByteExact(const std::map<std::string, ByteVector>& restored) const
+    {
+        int count = 0;
+        for (const auto& [path, bytes] : originals) {
+            const std::string name = path.substr(path.rfind('/') + 1);
+            for (const auto& [found, content] : restored) {
+                if (found.ends_with(name) && content == bytes) {
+                    ++count;
+                    break;
+                }
+            }
+        }
+        return count;
+    }
+
+    DataFolder data;
+    TempFolder folder;
+    std::map<std::string, ByteVector> originals;
+};
+
+TEST_F(DeepFatTest, FilesOfACardThatWasFormattedOverComeBackInTheirFolders)
+{
+    const std::filesystem::path image = folder / "card.img";
+    {
+        FatCard card(image, {.volumeBytes = 96 * Mebibyte, .extra = {}});
+        Fill(card, 100);
+    }
+    // mkfs.fat writes the areas in front of the data and the first cluster of the root, nothing else.
+    (void)MustRun({"mkfs.fat", "-F", "32", "-s", "1", image.string()});
+    DeepRun run(image);
+    ASSERT_EQ(run.Scan(), ResultSuccess);
+    const auto restored = run.Restore();
+    // The root picture's name went with the root; its content is found by the carver.
+    EXPECT_EQ(CountByteExact(restored), 8);
+    EXPECT_EQ(restored.at("LostFolder3/A long folder name/some sound 2.xyz"),
+              originals.at("HOLIDAY/A long folder name/some sound 2.xyz"));
+}
+
+struct WipedCase
+{
+    const char* name;
+    int fatBits;
+    std::uint64_t volumeBytes;
+    std::uint32_t sectorsPerCluster;
+    std::uint64_t wipedBytes;  // boot sector and FATs, not the root
+};
+std::ostream& operator<<(std::ostream& out, const WipedCase& wiped)
+{
+    return out << wiped.name;
+}
+
+class WipedTablesTest : public DeepFatTest, public testing::WithParamInterface<WipedCase>
+{};
+
+TEST_P(WipedTablesTest, DirectoriesAloneGiveTheVolumeBack)
+{
+    const WipedCase& wiped = GetParam();
+    const std::filesystem::path path = folder / "card.img";
+    {
+        FatCard card(path, {.fatBits = wiped.fatBits,
+                            .volumeBytes = wiped.volumeBytes,
+                            .sectorsPerCluster = wiped.sectorsPerCluster,
+                            .extra = {}});
+        Fill(card, 200);
+    }
+    const ImageFile image(path);
+    image.PutAt(0, ByteVector(wiped.wipedBytes));
+    DeepRun run(path);
+    ASSERT_EQ(run.Scan(), ResultSuccess);
+    EXPECT_GE(CountByteExact(run.Restore()), 8);
+}
+
+INSTANTIATE_TEST_SUITE_P(Kinds,
+                         WipedTablesTest,
+                         testing::Values(WipedCase{"Fat12", 12, 4 * Mebibyte, 4, 4096},
+                                         WipedCase{"Fat16", 16, 32 * Mebibyte, 4, 32768},
+                                         WipedCase{"Fat32", 32, 80 * Mebibyte, 2, 600000}),
+                         testing::PrintToStringParamName());
+
+TEST_F(DeepFatTest, TwoVolumesInOneImageWithoutATableAreToldApart)
+{
+    const std::filesystem::path path = folder / "disk.img";
+    FatOptions first{.fatBits = 16,
+                     .volumeBytes = 24 * Mebibyte,
+                     .sectorsPerCluster = 2,
+                     .startByte = 1 * Mebibyte,
+                     .tailBytes = 60 * Mebibyte,
+                     .extra = {}};
+    Fill(FatCard(path, first), 300);
+    const auto firstOriginals = originals;
+    TempFolder second;
+    {
+        FatCard card(
+            second / "b.img",
+            {.fatBits = 16, .volumeBytes = 40 * Mebibyte, .sectorsPerCluster = 4, .extra = {}});
+        card.MakeFolder("OTHER");
+        card.MakeFolder("THIRD");
+        Add(card, "OTHER/one.png", MakePng(50, 40, 301));
+        Add(card, "THIRD/two.png", MakePng(60, 40, 302));
+    }
+    ImageFile(path).PutAt(30 * Mebibyte, ReadFileBytes(second / "b.img"));
+    DeepRun run(path);
+    ASSERT_EQ(run.Scan(), ResultSuccess);
+    EXPECT_GE(CountByteExact(run.Restore()), 10);
+}
+
+TEST_F(DeepFatTest, AFileKnownByNameIsNotShownAgainByContent)
+{
+    const std::filesystem::path path = folder / "card.img";
+    FatCard card(path, {.volumeBytes = 64 * Mebibyte, .extra = {}});
+    Add(card, "one.jpg", MakeJpeg(320, 240, 1));
+    Add(card, "two.dat", MakeJpeg(320, 240, 2));
+    card.Delete("one.jpg");
+    card.Delete("two.dat");
+    DeepRun run(path);
+    ASSERT_EQ(run.Scan(), ResultSuccess);
+    int carved = 0;
+    for (const FileRecord& record : run.Search()) {
+        carved += record.EngineKind == EngineKindCarved ? 1 : 0;
+    }
+    // The picture that calls itself "dat" has another extension, so that both stand.
+    EXPECT_EQ(carved, 1);
+}
+
+}  // namespace

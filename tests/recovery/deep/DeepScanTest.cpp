@@ -1,0 +1,210 @@
+// The pass itself: progress, cancel, resume, unreadable sectors, and the log that is left behind.
+#include "platform/Folders.h"
+#include "recovery/deep/BlockReader.h"
+#include "tests/recovery/deep/DeepSupport.h"
+#include "tests/support/Bytes.h"
+#include "tests/support/FailingReader.h"
+#include "tests/support/Pictures.h"
+
+#include <gtest/gtest.h>
+
+namespace {
+
+constexpr std::uint64_t Sector = 512;
+constexpr std::uint64_t BlockSectors = 128;
+
+// Noise with pictures at known sectors, no file system. The last is measured over many blocks.
+class DeepScanTest : public testing::Test
+{
+protected:
+    static constexpr std::uint64_t Sectors = 20000;
+
+    void SetUp() override
+    {
+        image.PutAt(0, RandomBytes(Sectors * Sector, 77));
+        for (const std::uint64_t sector : {5u, 127u, 4000u, 9000u, 15000u}) {
+            image.Put(sector, MakeJpeg(640, 480, sector));
+        }
+        image.Put(10000, Bytes("'FLV' 01 05 00*3 09 00*7"));
+    }
+
+    // A scan in a fresh data folder that is not disturbed.
+    std::map<std::string, ByteVector> Undisturbed()
+    {
+        const DataFolder own;
+        DeepRun run(image.Path());
+        EXPECT_EQ(run.Scan(), ResultSuccess);
+        (void)run.Search();  // writes what is buffered
+        return run.StoreBytes();
+    }
+
+    DataFolder data;
+    TempFolder folder;
+    ImageFile image{folder / "disk.img", Sectors* Sector};
+};
+
+TEST_F(DeepScanTest, ProgressRunsFromTenToAHundredAndTen)
+{
+    std::vector<DeepProgress> reports;
+    DeepRun run(image.Path());
+    ASSERT_EQ(run.Scan([&](const DeepProgress& report) {
+        reports.push_back(report);
+        return ResultSuccess;
+    }),
+              ResultSuccess);
+    ASSERT_GT(reports.size(), 50u);
+    EXPECT_EQ(reports.front().range, 90);
+    EXPECT_EQ(reports.front().totalSectors, Sectors);
+    EXPECT_EQ(reports[reports.size() - 2].progress, 110);
+    EXPECT_EQ(reports.back().progress, 100);
+    EXPECT_EQ(reports.back().range, 100);
+    EXPECT_EQ(reports.back().totalSectors, 0u);
+}
+
+TEST_F(DeepScanTest, AScanCancelledAnywhereAndResumedFindsTheSame)
+{
+    const auto expected = Undisturbed();
+    ASSERT_EQ(expected.at("File_Type").size() / sizeof(FileRecord), 6u);
+    // After so many reports: at blocks' ends, and inside the measuring of the pictures and of the film.
+    for (const int reports : {1, 2, 3, 7, 35, 60, 80, 100, 120, 150}) {
+        const DataFolder own;
+        {
+            DeepRun run(image.Path());
+            int left = reports;
+            ASSERT_EQ(
+                run.Scan([&](const DeepProgress&) { return --left <= 0 ? ResultCancelled : 0; }),
+                ResultCancelled)
+                << reports;
+        }
+        ScanLogDirectory::Instance().Reload();  // as the next start of the program does
+        DeepRun run(image.Path());
+        ASSERT_TRUE(run.Engine().HasResumableScan()) << reports;
+        ASSERT_EQ(run.Scan(), ResultSuccess);
+        FileRecordList found = run.Search();
+        EXPECT_EQ(found.size(), 6u) << reports;
+        // The numbers begin again at 1; everything else agrees.
+        ByteVector resumed = run.StoreBytes().at("File_Type");
+        ByteVector whole = expected.at("File_Type");
+        ASSERT_EQ(resumed.size(), whole.size());
+        for (std::size_t at = 0; at < whole.size(); at += sizeof(FileRecord)) {
+            std::fill_n(resumed.begin() + static_cast<std::ptrdiff_t>(at) + 18, 4, std::uint8_t{0});
+            std::fill_n(whole.begin() + static_cast<std::ptrdiff_t>(at) + 18, 4, std::uint8_t{0});
+        }
+        EXPECT_EQ(resumed, whole) << reports;
+    }
+}
+
+TEST_F(DeepScanTest, ACompleteScanIsTakenAsItStandsAndAChangedImageIsNot)
+{
+    {
+        DeepRun run(image.Path());
+        ASSERT_EQ(run.Scan(), ResultSuccess);
+    }
+    {
+        DeepRun again(image.Path());
+        ASSERT_TRUE(again.Engine().HasResumableScan());
+        int reports = 0;
+        ASSERT_EQ(again.Scan([&](const DeepProgress&) { return ++reports, ResultSuccess; }),
+                  ResultSuccess);
+        EXPECT_EQ(reports, 1);  // no pass at all, only the end
+        EXPECT_EQ(again.Search().size(), 6u);
+    }
+    image.Put(3, Bytes("01"));
+    DeepRun changed(image.Path());
+    EXPECT_FALSE(changed.Engine().HasResumableScan());
+}
+
+TEST_F(DeepScanTest, ThePassGoesOnBehindUnreadableSectors)
+{
+    FailingReader failing;
+    failing.FailSector(130);
+    failing.FailBytes(8000 * Sector, 8600 * Sector);
+    DeepRun run(image.Path());
+    ASSERT_EQ(run.Scan(), ResultSuccess);
+    std::vector<std::uint64_t> heads;
+    for (const FileRecord& record : run.Search()) {
+        heads.push_back(record.EntrySector);
+    }
+    std::sort(heads.begin(), heads.end());
+    // The block in which sector 130 failed is classed whole, with what the block before had in its place: so the picture
+    // of sector 5 shows up again 128 sectors further on.
+    EXPECT_EQ(heads, (std::vector<std::uint64_t>{5, 127, 133, 4000, 9000, 10000, 15000}));
+}
+
+TEST_F(DeepScanTest, ReadingAheadBringsTheSameBlocksAsReadingPlainly)
+{
+    FailingReader failing;
+    failing.FailSector(7001);
+    SectorSource plain;
+    SectorSource source;
+    SectorSource ahead;
+    SectorSource closed;
+    ASSERT_EQ(plain.OpenImage(image.Path()), ResultSuccess);
+    ASSERT_EQ(source.OpenImage(image.Path()), ResultSuccess);
+    ASSERT_EQ(ahead.OpenImage(image.Path()), ResultSuccess);
+    BlockReader withThread(source, ahead, 512);
+    BlockReader without(plain, closed, 512);
+    std::uint64_t lba = 0;
+    std::uint64_t dice = 5;
+    while (lba < Sectors) {
+        const std::uint64_t count = std::min(BlockSectors, Sectors - lba);
+        std::int32_t gotWith = 0;
+        std::int32_t gotWithout = 0;
+        const auto left = withThread.Read(lba, count, Sectors, &gotWith);
+        const auto right = without.Read(lba, count, Sectors, &gotWithout);
+        ASSERT_EQ(gotWith, gotWithout) << lba;
+        ASSERT_TRUE(std::equal(left.begin(), left.end(), right.begin(), right.end())) << lba;
+        left[1] ^= 1;  // analysers repair records in place
+        right[1] ^= 1;
+        dice = dice * 6364136223846793005 + 1442695040888963407;
+        lba += dice >> 62 == 0 ? count + (dice >> 40) % 500 : count;
+    }
+}
+
+TEST_F(DeepScanTest, AConfigOfRandomBytesHarmsNothingOutsideTheLog)
+{
+    const std::filesystem::path root = ScanLogDirectory::Instance().Root();
+    std::filesystem::create_directories(root);
+    const std::filesystem::path precious = folder / "precious";
+    std::filesystem::create_directories(precious / "7");
+    WriteFileBytes(precious / "7" / "letter", Bytes("'dear'"));
+    const std::string home = (precious / "7").string();
+    for (std::uint64_t seed = 0; seed < 200; ++seed) {
+        ByteVector bytes = RandomBytes(seed * 37 % 5000, seed);
+        // Some entries match the image and name a folder that must not be touched.
+        if (seed % 2 == 0) {
+            ScanLogEntry entry;
+            entry.diskNumber = ImageDiskNumber;
+            SetImagePath(entry, image.Path());
+            SetLogFolder(entry, seed % 4 == 0 ? home : seed % 6 == 0 ? "/" : "");
+            bytes.resize(8 + sizeof entry);
+            std::memcpy(bytes.data() + 8, &entry, sizeof entry - seed % 100);
+        }
+        WriteFileBytes(root / "config", bytes);
+        ScanLogDirectory& log = ScanLogDirectory::Instance();
+        log.Reload();
+        ScanLogEntry found;
+        EXPECT_FALSE(log.FindScan({ImageDiskNumber, 0, Sectors, image.Path()}, found));
+        for (const ScanLogEntry& entry : std::vector<ScanLogEntry>(log.Entries())) {
+            (void)log.DeleteLog(LogFolderOf(entry));
+        }
+        log.BeginNewLog();
+        (void)log.SaveProgress({ImageDiskNumber, 0, Sectors, image.Path()}, {},
+                               log.CurrentLogPath());
+    }
+    EXPECT_EQ(ReadFileBytes(precious / "7" / "letter"), Bytes("'dear'"));
+}
+
+TEST_F(DeepScanTest, ASaveThatStoppedBetweenItsStepsIsFinishedAtTheNextStart)
+{
+    {
+        DeepRun run(image.Path());
+        ASSERT_EQ(run.Scan(), ResultSuccess);
+    }
+    const std::filesystem::path root = ScanLogDirectory::Instance().Root();
+    std::filesystem::rename(root / "config", root / "config.tmp");
+    ScanLogDirectory::Instance().Reload();
+    EXPECT_TRUE(DeepRun(image.Path()).Engine().HasResumableScan());
+}
+
+}  // namespace

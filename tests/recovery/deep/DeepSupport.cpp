@@ -1,0 +1,78 @@
+#include "tests/recovery/deep/DeepSupport.h"
+
+#include "platform/Folders.h"
+
+#include <algorithm>
+#include <stdexcept>
+
+DeepRun::DeepRun(const std::filesystem::path& image, ScanDepth depth)
+    : m_owner(RecoveryEngineFactory::Instance().MakeEngineForImage(image, 1001, depth)),
+      m_engine(dynamic_cast<CProfessionalRecovery*>(m_owner.get()))
+{
+    if (m_engine == nullptr) {
+        throw std::runtime_error("no deep engine for " + image.string());
+    }
+}
+
+ResultCode DeepRun::OnProgress(void* context,
+                               std::int32_t progress,
+                               std::int32_t range,
+                               std::int32_t /*secondsLeft*/,
+                               std::uint64_t doneSectors,
+                               std::uint64_t totalSectors,
+                               std::uint64_t /*filesFound*/,
+                               std::uint32_t /*reserved*/)
+{
+    return static_cast<DeepRun*>(context)->m_decide({progress, range, doneSectors, totalSectors});
+}
+
+ResultCode DeepRun::Scan(std::function<ResultCode(const DeepProgress&)> decide)
+{
+    m_decide = std::move(decide);
+    m_engine->SetCallbacks(m_decide ? &OnProgress : nullptr, nullptr, this, 100);
+    const ResultCode result = m_engine->Scan(nullptr);
+    m_engine->SetCallbacks(nullptr, nullptr, nullptr, 100);
+    return result;
+}
+
+FileRecordList DeepRun::Search(std::string_view pattern)
+{
+    FileRecordList records;
+    (void)m_engine->SearchRecords(pattern, records);
+    return records;
+}
+
+std::map<std::string, ByteVector> DeepRun::Restore()
+{
+    TempFolder folder;
+    std::map<std::string, ByteVector> files;
+    int count = 0;
+    for (const FileRecord& record : Search()) {
+        std::string path;
+        (void)m_engine->GetRecordPath(&record, path);
+        std::replace(path.begin(), path.end(), '\\', '/');
+        path += record.NameText();
+        const std::filesystem::path to = folder / std::to_string(count++);
+        if (!files.contains(path) && m_engine->RestoreRecord(&record, to, 0) == ResultSuccess) {
+            files[path] = ReadFileBytes(to);
+        }
+    }
+    return files;
+}
+
+std::map<std::string, ByteVector> DeepRun::StoreBytes() const
+{
+    std::vector<std::string> names;
+    if (ListFolder(m_engine->LogFolder(), names) != ResultSuccess) {
+        throw std::runtime_error("no log folder");
+    }
+    std::map<std::string, ByteVector> files;
+    for (const std::string& name : names) {
+        std::string plain = name.substr(0, name.find("_0_"));
+        for (const char* suffix : {"_Relation", "_DirInfo"}) {
+            plain += name.ends_with(suffix) ? suffix : "";
+        }
+        files[plain] = ReadFileBytes(m_engine->LogFolder() / name);
+    }
+    return files;
+}
