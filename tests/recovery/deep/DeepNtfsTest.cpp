@@ -1,0 +1,110 @@
+// Deep scans of real NTFS volumes whose table can no longer be walked: formatted over, the boot sector gone, the volume
+// somewhere inside a disk.
+#include "tests/recovery/deep/DeepSupport.h"
+#include "tests/support/Bytes.h"
+#include "tests/support/Pictures.h"
+#include "tests/support/RunCommand.h"
+
+#include <gtest/gtest.h>
+
+namespace {
+
+constexpr std::uint64_t Mebibyte = 1024 * 1024;
+
+class DeepNtfsTest : public testing::Test
+{
+protected:
+    void SetUp() override
+    {
+        if (const std::string missing = MissingTool({"mkntfs", "ntfs-3g", "umount"});
+            !missing.empty()) {
+            GTEST_SKIP() << missing;
+        }
+        MakeVolume(path, 40 * Mebibyte);
+        const std::filesystem::path mount = folder / "mount";
+        std::filesystem::create_directory(mount);
+        if (RunCommand({"ntfs-3g", path.string(), mount.string()}).exitStatus != 0) {
+            GTEST_SKIP() << "volumes cannot be mounted here: no FUSE, or not the rights to use it";
+        }
+        std::filesystem::create_directories(mount / "Album" / "Été");
+        Add(mount, "resident note.txt", Bytes("'a few words'"));
+        Add(mount, "Album/first.jpg", MakeJpeg(640, 480, 1));
+        Add(mount, "Album/Été/deep inside.png", MakePng(90, 70, 2));
+        Add(mount, "Album/Été/deleted.bin", RandomBytes(30000, 3));
+        std::filesystem::remove(mount / "Album/Été/deleted.bin");
+        (void)MustRun({"umount", mount.string()});
+    }
+
+    static void MakeVolume(const std::filesystem::path& volume, std::uint64_t sizeBytes)
+    {
+        if (!std::filesystem::exists(volume)) {
+            ImageFile(volume, sizeBytes);
+        }
+        (void)MustRun({"mkntfs", "-F", "-Q", "-q", "-s", "512", "-p", "0", "-H", "255", "-S", "63",
+                       volume.string()});
+    }
+    void Add(const std::filesystem::path& mount, const std::string& name, const ByteVector& bytes)
+    {
+        WriteFileBytes(mount / name, bytes);
+        originals[name] = bytes;
+    }
+    std::map<std::string, ByteVector> Restored(const std::filesystem::path& image)
+    {
+        DeepRun run(image);
+        EXPECT_EQ(run.Scan(), ResultSuccess);
+        return run.Restore();
+    }
+    void ExpectAll(const std::map<std::string, ByteVector>& restored) const
+    {
+        for (const auto& [name, bytes] : originals) {
+            const auto found = restored.find(name);
+            ASSERT_NE(found, restored.end()) << name;
+            EXPECT_EQ(found->second, bytes) << name;
+        }
+    }
+
+    DataFolder data;
+    TempFolder folder;
+    std::filesystem::path path = folder / "volume.img";
+    std::map<std::string, ByteVector> originals;
+};
+
+TEST_F(DeepNtfsTest, LiveAndDeletedFilesStandInTheirFolders)
+{
+    // The map of the volume says that live files' records are in use: only a pass over everything sees them.
+    DeepRun run(path, ScanDepth::Whole);
+    ASSERT_EQ(run.Scan(), ResultSuccess);
+    ExpectAll(run.Restore());
+}
+
+TEST_F(DeepNtfsTest, AWipedBootSectorCostsNothing)
+{
+    ImageFile(path).PutAt(0, ByteVector(512));
+    ExpectAll(Restored(path));
+}
+
+TEST_F(DeepNtfsTest, AVolumeInsideADiskWithoutATableIsFound)
+{
+    const std::filesystem::path disk = folder / "disk.img";
+    const ImageFile image(disk, 60 * Mebibyte);
+    image.PutAt(3 * Mebibyte + 8 * 512, ReadFileBytes(path));
+    const auto restored = Restored(disk);
+    // Record 0 tells where the volume begins as soon as the pass has seen it.
+    ExpectAll(restored);
+}
+
+TEST_F(DeepNtfsTest, AVolumeFormattedOverGivesWhatTheNewTableLeft)
+{
+    MakeVolume(path, 0);
+    const auto restored = Restored(path);
+    int exact = 0;
+    for (const auto& [name, bytes] : originals) {
+        const std::string last = name.substr(name.rfind('/') + 1);
+        for (const auto& [found, content] : restored) {
+            exact += found.ends_with(last) && content == bytes ? 1 : 0;
+        }
+    }
+    EXPECT_GE(exact, 3);
+}
+
+}  // namespace
