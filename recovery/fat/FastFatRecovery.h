@@ -95,6 +95,7 @@ private:
     FatTable table;
     FatFolderDepth folderDepth;
     UsedClusterMap usedClusters;
+    HighWordSearch highWords;
     std::unique_ptr<ScanRecordStore> store;
 
     std::queue<std::uint32_t> folderQueue;

@@ -266,8 +266,8 @@ std::uint32_t CFastFatRecovery::FirstClusterOfEntry(ByteView entry, const std::s
             return startLba + geometry.SectorOfCluster(cluster);
         };
         const std::uint32_t high =
-            fileName != nullptr ? FindHighWordOfFile(FirstSectors(), lowWord, *fileName, sectorOf)
-                                : FindHighWordOfFolder(FirstSectors(), lowWord, sectorOf);
+            fileName != nullptr ? highWords.OfFile(FirstSectors(), 0, lowWord, *fileName, sectorOf)
+                                : highWords.OfFolder(FirstSectors(), 0, lowWord, sectorOf);
         return high << 16 | lowWord;
     }
     return FirstClusterOf(entry);

@@ -1,8 +1,8 @@
 // How deep a folder lies below the root, told by the ".." entries on disk alone.
 #pragma once
 
-#include "recovery/fat/FatGeometry.h"
 #include "recovery/FolderChain.h"
+#include "recovery/fat/FatGeometry.h"
 #include "storage/SectorSource.h"
 
 #include <cstdint>

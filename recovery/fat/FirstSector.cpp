@@ -1,6 +1,8 @@
 #include "recovery/fat/FirstSector.h"
 
+#include "platform/Text.h"
 #include "recovery/FileTypeCatalogue.h"
+#include "recovery/carving/CarveContext.h"
 #include "recovery/carving/CarveDriver.h"
 #include "recovery/fat/FatEntryNames.h"
 
@@ -48,25 +50,45 @@ bool HeadFitsName(const SectorReader& reader, std::string_view name, std::uint64
                                    lba);
 }
 
-std::uint32_t FindHighWordOfFile(const SectorReader& reader,
-                                 std::uint16_t lowWord,
-                                 std::string_view name,
-                                 const ClusterSectorFunction& sectorOf)
+std::uint32_t HighWordSearch::OfFile(const SectorReader& reader,
+                                     std::uint64_t volumeTag,
+                                     std::uint16_t lowWord,
+                                     std::string_view name,
+                                     const ClusterSectorFunction& sectorOf)
 {
     std::string extension;
     if (ExtensionOf(name, extension) != ResultSuccess) {
         return 0;
     }
-    return FindHighWord(reader, lowWord, sectorOf, [&](ByteView sector, std::uint64_t lba) {
+    extension = LowerAscii(extension);
+    const auto [known, isNew] =
+        answers[volumeTag].try_emplace(std::to_string(lowWord) + '.' + extension);
+    Answer& answer = known->second;
+    if (!isNew) {
+        if (answer.judgedHeads) {
+            CarveContext::Instance().TsRunHead = 0;  // as judging leaves it
+        }
+        return answer.high;
+    }
+    const bool isKnownType = LookupTypeByExtension(extension) != FileTypeId::None;
+    answer.high = FindHighWord(reader, lowWord, sectorOf, [&](ByteView sector, std::uint64_t lba) {
+        answer.judgedHeads = isKnownType;
         return VerifyExtensionAtSector(sector, extension, reader.source, reader.sectorSize, lba);
     });
+    return answer.high;
 }
 
-std::uint32_t FindHighWordOfFolder(const SectorReader& reader,
-                                   std::uint16_t lowWord,
-                                   const ClusterSectorFunction& sectorOf)
+std::uint32_t HighWordSearch::OfFolder(const SectorReader& reader,
+                                       std::uint64_t volumeTag,
+                                       std::uint16_t lowWord,
+                                       const ClusterSectorFunction& sectorOf)
 {
-    return FindHighWord(reader, lowWord, sectorOf, [](ByteView sector, std::uint64_t /*lba*/) {
-        return StartsWithDotEntries(sector);
-    });
+    const auto [known, isNew] = answers[volumeTag].try_emplace(std::to_string(lowWord) + '/');
+    if (isNew) {
+        known->second.high =
+            FindHighWord(reader, lowWord, sectorOf, [](ByteView sector, std::uint64_t /*lba*/) {
+                return StartsWithDotEntries(sector);
+            });
+    }
+    return known->second.high;
 }

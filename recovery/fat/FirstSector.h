@@ -7,7 +7,9 @@
 
 #include <cstdint>
 #include <functional>
+#include <string>
 #include <string_view>
+#include <unordered_map>
 
 // A source with the size of its sectors, and the first sector behind the target: clusters that lie behind it are not
 // looked at.
@@ -28,10 +30,30 @@ bool HeadFitsName(const SectorReader& reader, std::string_view name, std::uint64
 // Deleting an entry often wipes the high word of its cluster. Tries 0 to 256 in front of the low word, until a cluster
 // begins with a sector that fits the name, or with dot entries. 0 when none does, when one cannot be read, when one
 // lies behind the target, and for names without an extension.
-std::uint32_t FindHighWordOfFile(const SectorReader& reader,
-                                 std::uint16_t lowWord,
-                                 std::string_view name,
-                                 const ClusterSectorFunction& sectorOf);
-std::uint32_t FindHighWordOfFolder(const SectorReader& reader,
-                                   std::uint16_t lowWord,
-                                   const ClusterSectorFunction& sectorOf);
+//
+// Many entries share a low word, so that answers are kept: they are a matter of the disk alone. One engine owns it.
+class HighWordSearch
+{
+public:
+    void Clear() { answers.clear(); }
+    // volumeTag tells apart the volumes that sectorOf stands for.
+    std::uint32_t OfFile(const SectorReader& reader,
+                         std::uint64_t volumeTag,
+                         std::uint16_t lowWord,
+                         std::string_view name,
+                         const ClusterSectorFunction& sectorOf);
+    std::uint32_t OfFolder(const SectorReader& reader,
+                           std::uint64_t volumeTag,
+                           std::uint16_t lowWord,
+                           const ClusterSectorFunction& sectorOf);
+
+private:
+    struct Answer
+    {
+        std::uint32_t high = 0;
+        bool judgedHeads = false;  // the carver's context has seen the search
+    };
+
+    // By volume, and by low word in front of the extension; "/" stands for folders.
+    std::unordered_map<std::uint64_t, std::unordered_map<std::string, Answer>> answers;
+};

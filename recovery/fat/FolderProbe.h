@@ -1,8 +1,8 @@
 // The way up from a folder, as the ".." entries on disk tell it, for volumes of which nothing but the geometry is known.
 #pragma once
 
-#include "recovery/fat/FatVolume.h"
 #include "recovery/FolderChain.h"
+#include "recovery/fat/FatVolume.h"
 #include "storage/SectorSource.h"
 
 #include <cstdint>

@@ -70,6 +70,7 @@ ResultCode CProfessionalFatRecovery::OpenRecordStore(std::string_view logName)
     ReferencedFolders.clear();
     settled.clear();
     settledClusters.clear();
+    highWords.Clear();
     RootCluster = 2;
     probe.Open(Source, BytesPerSector, StartLba + SectorCount);
     probe.Clear(RootCluster);

@@ -153,6 +153,7 @@ private:
     DirectoryPlace LastPlaced;                             // by alignment during the pass
     DirectoryPlace LastResolved;                           // while stored sectors are resolved
     FolderProbe probe;
+    HighWordSearch highWords;
     // Folders from which a climb would only meet folders that are referenced already, with the cluster size and data
     // start that it comes with.
     std::set<std::pair<std::uint32_t, std::uint64_t>> settled;

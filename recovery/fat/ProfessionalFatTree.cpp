@@ -35,9 +35,9 @@ SectorReader CProfessionalFatRecovery::FirstSectors()
 std::uint32_t CProfessionalFatRecovery::HighWordOfFolder(std::uint16_t lowWord,
                                                          const FatVolume& volume)
 {
-    return FindHighWordOfFolder(FirstSectors(), lowWord, [&volume](std::uint32_t cluster) {
-        return ClusterSector(volume, cluster);
-    });
+    return highWords.OfFolder(
+        FirstSectors(), VolumeTag(volume), lowWord,
+        [&volume](std::uint32_t cluster) { return ClusterSector(volume, cluster); });
 }
 
 std::uint32_t CProfessionalFatRecovery::FirstClusterOfFolder(ByteView entry,
@@ -59,7 +59,8 @@ std::uint32_t CProfessionalFatRecovery::FirstClusterOfFile(ByteView entry,
         const auto sectorOf = [&volume](std::uint32_t cluster) {
             return ClusterSector(volume, cluster);
         };
-        return FindHighWordOfFile(FirstSectors(), lowWord, name, sectorOf) << 16 | lowWord;
+        return highWords.OfFile(FirstSectors(), VolumeTag(volume), lowWord, name, sectorOf) << 16 |
+               lowWord;
     }
     return FirstClusterOf(entry);
 }
