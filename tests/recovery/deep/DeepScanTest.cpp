@@ -123,7 +123,7 @@ TEST_F(DeepScanTest, ThePassGoesOnBehindUnreadableSectors)
     ASSERT_EQ(run.Scan(), ResultSuccess);
     std::vector<std::uint64_t> heads;
     for (const FileRecord& record : run.Search()) {
-        heads.push_back(record.EntrySector);
+        heads.push_back(std::uint64_t{record.EntrySector});
     }
     std::sort(heads.begin(), heads.end());
     // The block in which sector 130 failed is classed whole, with what the block before had in its place: so the picture
