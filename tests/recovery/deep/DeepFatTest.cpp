@@ -166,4 +166,34 @@ TEST_F(DeepFatTest, AFileKnownByNameIsNotShownAgainByContent)
     EXPECT_EQ(carved, 1);
 }
 
+class WholeDiskTest : public DeepFatTest, public testing::WithParamInterface<const char*>
+{};
+
+TEST_P(WholeDiskTest, FilesOfItsVolumesComeBack)
+{
+    if (const std::string missing = MissingTool({"sfdisk"}); !missing.empty()) {
+        GTEST_SKIP() << missing;
+    }
+    const std::filesystem::path path = folder / "disk.img";
+    Fill(FatCard(path, {.fatBits = 16,
+                        .volumeBytes = 24 * Mebibyte,
+                        .sectorsPerCluster = 2,
+                        .startByte = 2 * Mebibyte,
+                        .tailBytes = 8 * Mebibyte,
+                        .extra = {}}),
+         400);
+    WriteFileBytes(folder / "table", Bytes(GetParam()));
+    (void)MustRun(
+        {"sh", "-c", "sfdisk -q --force " + path.string() + " < " + (folder / "table").string()});
+    DeepRun run(path);
+    ASSERT_EQ(run.Scan(), ResultSuccess);
+    EXPECT_GE(CountByteExact(run.Restore()), 8);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Tables,
+    WholeDiskTest,
+    testing::Values("'label: dos' 0A 'start=4096, size=49152, type=6' 0A",
+                    "'label: gpt' 0A 'start=4096, size=49152, type=linux' 0A"));
+
 }  // namespace
