@@ -29,30 +29,49 @@ BlockReader::~BlockReader()
     }
 }
 
+bool BlockReader::CanReadAhead() const
+{
+    return streaming && !slots[fillSlot].full && PieceSectors(streamNext, streamEnd) != 0;
+}
+
 void BlockReader::RunAhead()
 {
     std::unique_lock guard(lock);
     for (;;) {
-        changed.wait(guard, [this] { return ordered || stopping; });
+        changed.wait(guard, [this] { return stopping || CanReadAhead(); });
         if (stopping) {
             return;
         }
+        Slot& slot = slots[fillSlot];
+        Piece& piece = slot.piece;
+        piece.lba = streamNext;
+        piece.sectors = PieceSectors(streamNext, streamEnd);
+        busy = true;
         guard.unlock();
         std::int32_t got = 0;
-        ahead.bytes.resize(PieceBlocks * BlockBytes);
-        ahead.whole =
-            aheadSource.ReadSectors(ahead.bytes.data(), static_cast<std::int32_t>(ahead.sectors),
-                                    ahead.lba, sectorSize, &got) == ResultSuccess;
+        piece.bytes.resize(PieceBlocks * BlockBytes);
+        piece.whole =
+            aheadSource.ReadSectors(piece.bytes.data(), static_cast<std::int32_t>(piece.sectors),
+                                    piece.lba, sectorSize, &got) == ResultSuccess;
         guard.lock();
-        ordered = false;
+        busy = false;
+        slot.full = true;
+        streamNext += piece.sectors;
+        streaming = streaming && piece.whole;
+        fillSlot ^= 1;
         changed.notify_all();
     }
 }
 
-void BlockReader::WaitForAhead()
+// The thread stands still afterwards, and nothing that it read is left.
+void BlockReader::StopStream(std::unique_lock<std::mutex>& guard)
 {
-    std::unique_lock guard(lock);
-    changed.wait(guard, [this] { return !ordered; });
+    streaming = false;
+    changed.wait(guard, [this] { return !busy; });
+    slots[0].full = false;
+    slots[1].full = false;
+    fillSlot = 0;
+    takeSlot = 0;
 }
 
 // Whole blocks, inside the range and the source, at most a piece.
@@ -63,38 +82,34 @@ std::uint64_t BlockReader::PieceSectors(std::uint64_t lba, std::uint64_t rangeEn
     return std::min(left / blockSectors, std::uint64_t{PieceBlocks}) * blockSectors;
 }
 
-void BlockReader::OrderAhead(std::uint64_t lba, std::uint64_t rangeEnd)
+// Makes current the piece that begins at lba. False when there is none, or it could not be read whole.
+bool BlockReader::FetchPiece(std::uint64_t lba, std::uint64_t rangeEnd)
 {
     const std::uint64_t sectors = PieceSectors(lba, rangeEnd);
     if (sectors == 0) {
-        ahead.whole = false;
-        return;
-    }
-    {
-        const std::lock_guard guard(lock);
-        ahead.lba = lba;
-        ahead.sectors = sectors;
-        ahead.whole = false;
-        ordered = true;
-    }
-    changed.notify_all();
-}
-
-// Makes current the piece that begins at lba, and has the one behind it read. False when it could not be read whole.
-bool BlockReader::FetchPiece(std::uint64_t lba, std::uint64_t rangeEnd)
-{
-    WaitForAhead();
-    if (!ahead.Holds(lba, blockSectors) || ahead.lba != lba) {
-        OrderAhead(lba, rangeEnd);
-        WaitForAhead();
-    }
-    if (!ahead.Holds(lba, blockSectors)) {
-        badUntil = lba + std::max(PieceSectors(lba, rangeEnd), blockSectors);
         return false;
     }
-    std::swap(current, ahead);
-    OrderAhead(current.lba + current.sectors, rangeEnd);
-    return true;
+    std::unique_lock guard(lock);
+    const bool isOnTheWay =
+        (streaming || slots[takeSlot].full) && takeNext == lba && streamEnd == rangeEnd;
+    if (!isOnTheWay) {
+        StopStream(guard);
+        streamNext = lba;
+        takeNext = lba;
+        streamEnd = rangeEnd;
+        streaming = true;
+        changed.notify_all();
+    }
+    changed.wait(guard, [this] { return slots[takeSlot].full; });
+    std::swap(current, slots[takeSlot].piece);
+    slots[takeSlot].full = false;
+    takeSlot ^= 1;
+    takeNext = current.lba + current.sectors;
+    changed.notify_all();
+    if (!current.whole) {
+        badUntil = lba + sectors;
+    }
+    return current.whole;
 }
 
 std::span<std::uint8_t>
@@ -121,8 +136,8 @@ std::span<std::uint8_t> BlockReader::Read(std::uint64_t lba,
     run = isNeighbour && sectorCount == blockSectors ? run + 1 : 0;
     if (!isForward) {
         current.whole = false;  // these bytes have been worked on: they are read anew
-        WaitForAhead();
-        ahead.whole = false;
+        std::unique_lock guard(lock);
+        StopStream(guard);
     }
     const bool isWhole = sectorCount == blockSectors &&
                          blockSectors * static_cast<std::uint64_t>(sectorSize) == BlockBytes;

@@ -4,6 +4,7 @@
 
 #include "storage/SectorSource.h"
 
+#include <array>
 #include <condition_variable>
 #include <cstdint>
 #include <mutex>
@@ -33,7 +34,7 @@ public:
                                  std::int32_t* outGot);
 
 private:
-    static constexpr std::size_t PieceBlocks = 32;
+    static constexpr std::size_t PieceBlocks = 16;
     static constexpr std::uint32_t RunBeforeAhead =
         4;  // neighbouring blocks before reading ahead pays
 
@@ -50,12 +51,19 @@ private:
         }
     };
 
+    // A piece that the thread reads, or has read.
+    struct Slot
+    {
+        Piece piece;
+        bool full = false;
+    };
+
     std::span<std::uint8_t>
     ReadPlain(std::uint64_t lba, std::uint64_t sectorCount, std::int32_t* outGot);
     bool FetchPiece(std::uint64_t lba, std::uint64_t rangeEnd);
-    void OrderAhead(std::uint64_t lba, std::uint64_t rangeEnd);
     std::uint64_t PieceSectors(std::uint64_t lba, std::uint64_t rangeEnd) const;
-    void WaitForAhead();
+    void StopStream(std::unique_lock<std::mutex>& guard);
+    bool CanReadAhead() const;
     void RunAhead();
 
     SectorSource& source;
@@ -69,10 +77,18 @@ private:
     std::uint64_t badUntil = 0;  // a piece in front of this failed: block by block up to here
     Piece current;
 
+    // The stream: pieces from streamNext on go into the slots by turns, one behind the other, until it is stopped, its
+    // range ends or a piece cannot be read whole. So the thread need not wait for the pass to take one.
     std::thread thread;
     std::mutex lock;
     std::condition_variable changed;
-    Piece ahead;
-    bool ordered = false;  // the thread is to read, or reads, ahead
+    std::array<Slot, 2> slots;
+    std::size_t fillSlot = 0;
+    std::size_t takeSlot = 0;
+    std::uint64_t streamNext = 0;  // LBA of the next piece to be read
+    std::uint64_t takeNext = 0;    // and of the next one to be taken
+    std::uint64_t streamEnd = 0;
+    bool streaming = false;
+    bool busy = false;  // the thread is reading
     bool stopping = false;
 };

@@ -1,6 +1,7 @@
 // The quick NTFS scan of tables full of deleted files, against reading the same table and nothing else: the cost must
 // follow the table, not files times folders.
 #include "bench/BenchSupport.h"
+#include "recovery/RecoveryEngineFactory.h"
 #include "recovery/ntfs/FastNtfsRecovery.h"
 #include "tests/recovery/ntfs/NtfsImage.h"
 #include "tests/support/Bytes.h"
@@ -106,6 +107,33 @@ void FastNtfsScan(benchmark::State& state)
     state.counters["records"] = static_cast<double>(found);
 }
 
+// A volume of 1 GiB whose table is a small part of it, the rest noise, through a deep scan.
+void DeepNtfsVolume(benchmark::State& state)
+{
+    constexpr std::uint64_t VolumeBytes = std::uint64_t{1024} * 1024 * 1024;
+    Table table;
+    table.records = static_cast<std::uint32_t>(state.range(0));
+    const BenchImage image(VolumeBytes, [&](ByteVector& block, std::uint64_t position) {
+        FillBlock(block, position, table);
+    });
+    std::uint64_t found = 0;
+    CompareWithReading(state, image, [&] {
+        const DataFolder data;
+        const auto engine = RecoveryEngineFactory::Instance().MakeEngineForImage(image.Path(), 1001,
+                                                                                 ScanDepth::Deep);
+        if (engine == nullptr || engine->Scan(nullptr) != ResultSuccess) {
+            throw std::runtime_error("cannot scan the volume of a benchmark");
+        }
+        found = engine->GetRecordCount();
+    });
+    state.counters["records"] = static_cast<double>(found);
+}
+
+BENCHMARK(DeepNtfsVolume)
+    ->Arg(20000)
+    ->UseManualTime()
+    ->Iterations(3)
+    ->Unit(benchmark::kMillisecond);
 BENCHMARK(FastNtfsScan)
     ->Arg(2000)
     ->Arg(20000)
