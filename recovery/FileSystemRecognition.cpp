@@ -5,7 +5,7 @@
 
 namespace {
 
-using std::string_view_literals::operator""sv;
+using namespace std::string_view_literals;
 
 constexpr std::size_t ExtSuperblockOffset = 1024;
 

@@ -88,7 +88,10 @@ RecoveryEngineFactory::MakeEngineForPartition(std::uint32_t diskNumber,
     if (outWhy != nullptr) {
         *outWhy = why;
     }
-    Engine engine = why == ResultSuccess ? MakeEngine(kind, depth) : nullptr;
+    Engine engine;
+    if (why == ResultSuccess) {
+        engine = MakeEngine(kind, depth);
+    }
     if (engine != nullptr) {
         // An engine that could not be opened finds nothing, and says so when it scans.
         (void)engine->OpenPartition(diskNumber, startLba, sectorCount, driveLetter);
@@ -111,7 +114,10 @@ RecoveryEngineFactory::MakeEngineForImage(const std::filesystem::path& filePath,
     if (outWhy != nullptr) {
         *outWhy = why;
     }
-    Engine engine = why == ResultSuccess ? MakeEngine(kind, depth) : nullptr;
+    Engine engine;
+    if (why == ResultSuccess) {
+        engine = MakeEngine(kind, depth);
+    }
     if (engine != nullptr) {
         (void)engine->OpenImageFile(filePath, driveLetter);  // as above
     }

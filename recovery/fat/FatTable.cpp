@@ -110,7 +110,8 @@ ResultCode FatTable::BytesAt(std::uint32_t offset, ByteView* outBytes)
         return ResultSuccess;
     }
     // Sectors that do not fit the window whole are not read into it.
-    const std::uint64_t readable = windowStart + WindowBytes / sectorSize * sectorSize;
+    const std::uint64_t readable =
+        windowStart + std::uint64_t{WindowBytes / sectorSize} * sectorSize;
     if (offset >= readable) {
         *outBytes = {};
         return ResultSuccess;

@@ -10,8 +10,8 @@ namespace {
 std::uint64_t PlaceKey(const FileRecord& record, std::uint32_t sectorsPerCluster)
 {
     const std::uint32_t cluster = record.RecordNumber;
-    return cluster != 0 ? record.EntrySector - std::uint64_t{(cluster - 2) * sectorsPerCluster}
-                        : record.EntrySector + FixedRootSectors;
+    const std::uint32_t product = (cluster - 2) * sectorsPerCluster;
+    return cluster != 0 ? record.EntrySector - product : record.EntrySector + FixedRootSectors;
 }
 
 }  // namespace
@@ -44,25 +44,32 @@ void PendingFileList::MatchNewFiles(const FatVolumeList& volumes, std::vector<Ma
 void PendingFileList::MatchNewVolumes(const FatVolumeList& volumes,
                                       std::vector<Match>& outMatches) const
 {
-    for (std::size_t v = triedVolumes; v < volumes.Count(); ++v) {
-        const FatVolume& volume = volumes.At(v);
-        for (std::size_t size = 0; size < std::size(LegalClusterSizes); ++size) {
-            if (LegalClusterSizes[size] != volume.SectorsPerCluster) {
-                continue;
-            }
-            // Sums are taken in 32 bits, so the key of a file can lie 2^32 below.
-            for (const std::uint64_t carry : {std::uint64_t{0}, std::uint64_t{1} << 32}) {
-                const auto found = byPlace[size].find(volume.Base + volume.DataStart - carry);
-                if (found == byPlace[size].end()) {
-                    continue;
-                }
-                for (const std::size_t file : found->second) {
-                    const FileRecord& record = files[file].Record;
-                    if (!files[file].Done &&
-                        ClusterSector(volume, record.RecordNumber) == record.EntrySector) {
-                        outMatches.push_back({v, file});
-                    }
-                }
+    for (std::size_t i = triedVolumes; i < volumes.Count(); ++i) {
+        MatchVolume(volumes.At(i), i, outMatches);
+    }
+}
+
+void PendingFileList::MatchVolume(const FatVolume& volume,
+                                  std::size_t number,
+                                  std::vector<Match>& outMatches) const
+{
+    const auto* size = std::find(std::begin(LegalClusterSizes), std::end(LegalClusterSizes),
+                                 volume.SectorsPerCluster);
+    if (size == std::end(LegalClusterSizes)) {
+        return;
+    }
+    const auto& places = byPlace[size - std::begin(LegalClusterSizes)];
+    // Sums are taken in 32 bits, so the key of a file can lie 2^32 below.
+    for (const std::uint64_t carry : {std::uint64_t{0}, std::uint64_t{1} << 32}) {
+        const auto found = places.find(volume.Base + volume.DataStart - carry);
+        if (found == places.end()) {
+            continue;
+        }
+        for (const std::size_t file : found->second) {
+            const FileRecord& record = files[file].Record;
+            if (!files[file].Done &&
+                ClusterSector(volume, record.RecordNumber) == record.EntrySector) {
+                outMatches.push_back({number, file});
             }
         }
     }

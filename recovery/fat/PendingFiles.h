@@ -34,11 +34,18 @@ private:
     {
         std::size_t volume;
         std::size_t file;
-        friend auto operator<=>(const Match&, const Match&) = default;
+        // By volume, then by arrival.
+        friend bool operator<(const Match& left, const Match& right)
+        {
+            return left.volume != right.volume ? left.volume < right.volume
+                                               : left.file < right.file;
+        }
     };
 
     void MatchNewFiles(const FatVolumeList& volumes, std::vector<Match>& outMatches);
     void MatchNewVolumes(const FatVolumeList& volumes, std::vector<Match>& outMatches) const;
+    void
+    MatchVolume(const FatVolume& volume, std::size_t number, std::vector<Match>& outMatches) const;
 
     std::vector<PendingFile> files;
     std::size_t triedFiles = 0;  // against all of the tried volumes

@@ -102,8 +102,9 @@ CProfessionalFatRecovery::IdentifyDirectory(ByteView buffer, const DirectoryPlac
         if (entries.U8(0) == 0) {
             break;
         }
-        if (!IsValidDirEntry(entries)) {
-            longName.Reset();
+        const bool isFile = (attributes & (AttributeFolder | AttributeArchive)) == AttributeArchive;
+        if (!IsValidDirEntry(entries) || isFile) {
+            longName.Reset();  // a file takes its pieces with it
         } else if (attributes == AttributeLongName) {
             if (!longName.AddPiece(entries)) {
                 break;
@@ -114,8 +115,6 @@ CProfessionalFatRecovery::IdentifyDirectory(ByteView buffer, const DirectoryPlac
             if (!name.empty() && IdentifyBySubFolder(entries, place)) {
                 break;
             }
-        } else if ((attributes & AttributeArchive) != 0) {
-            longName.Reset();  // a file takes its pieces with it
         }
     }
     return place;

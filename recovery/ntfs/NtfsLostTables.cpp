@@ -4,7 +4,8 @@ std::uint32_t DefaultSectorsPerCluster(std::uint64_t sectorCount, std::uint32_t 
 {
     const double mebibytes =
         static_cast<double>(sectorCount) * static_cast<double>(bytesPerSector) / 1048576.0;
-    const double unit = bytesPerSector / 512;
+    const std::uint32_t wholeUnits = bytesPerSector / 512;
+    const double unit = wholeUnits;
     if (mebibytes <= 7 * unit) {
         return 8;
     }
