@@ -26,7 +26,7 @@ bool SameFolder(const std::filesystem::path& left, const std::filesystem::path& 
                                   WithoutSeparator(right).string());
 }
 
-// What says that the target is as it was: the free space of a volume, the time of an image.
+// What says that the target is as it was: the stamp of a volume, the time of an image.
 std::uint64_t StampOf(const ScanIdentity& target)
 {
     std::uint64_t stamp = 0;
@@ -187,7 +187,7 @@ ResultCode ScanLogDirectory::SaveProgress(const ScanIdentity& target,
                                           const std::filesystem::path& logFolder)
 {
     ScanLogEntry* entry = FindEntry(target);
-    // The scan's own record files can lie on the volume that was scanned and change its free space: the log in use is
+    // The scan's own record files can lie on the volume that was scanned and change it: the log in use is
     // kept, and what is on the disk now counts from here on.
     const bool inUse = entry != nullptr && SameFolder(LogFolderOf(*entry), logFolder);
     if (inUse) {

@@ -23,8 +23,9 @@ struct ScanLogEntry
     std::uint64_t position = 0;     // 40: sectors done inside the range
     std::uint64_t sectorsDone = 0;  // 48: for the progress display
     std::uint64_t filesFound = 0;   // 56
-    std::uint64_t volumeStamp = 0;  // 64: a drive target's free space in bytes when it was scanned
-    std::uint64_t imageTime = 0;    // 72: an image's last write time, FILETIME
+    std::uint64_t volumeStamp =
+        0;  // 64: of a drive target, as VolumeStamp drew it when it was scanned
+    std::uint64_t imageTime = 0;         // 72: an image's last write time, FILETIME
     char16_t imagePath[PathUnits] = {};  // 80: empty for a drive
     char16_t logFolder[PathUnits] = {};  // 600: with the ending separator
 };

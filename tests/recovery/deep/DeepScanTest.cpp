@@ -1,6 +1,7 @@
 // The pass itself: progress, cancel, resume, unreadable sectors, and the log that is left behind.
 #include "platform/Folders.h"
 #include "recovery/deep/BlockReader.h"
+#include "storage/DriveRegistry.h"
 #include "tests/recovery/deep/DeepSupport.h"
 #include "tests/support/Bytes.h"
 #include "tests/support/FailingReader.h"
@@ -205,6 +206,22 @@ TEST_F(DeepScanTest, ASaveThatStoppedBetweenItsStepsIsFinishedAtTheNextStart)
     std::filesystem::rename(root / "config", root / "config.tmp");
     ScanLogDirectory::Instance().Reload();
     EXPECT_TRUE(DeepRun(image.Path()).Engine().HasResumableScan());
+}
+
+TEST_F(DeepScanTest, AnotherCardInTheSameDriveIsNotTakenForTheOneThatWasScanned)
+{
+    const std::uint32_t number = DriveRegistry::Instance().NumberOf(image.Path());
+    const auto open = [number] {
+        auto engine = RecoveryEngineFactory::Instance().MakeEngineForPartition(number, 0, Sectors,
+                                                                               1, ScanDepth::Deep);
+        return std::unique_ptr<CProfessionalRecovery>(
+            dynamic_cast<CProfessionalRecovery*>(engine.release()));
+    };
+    ASSERT_EQ(open()->Scan(nullptr), ResultSuccess);
+    EXPECT_TRUE(open()->HasResumableScan());
+    image.Put(40, Bytes("'another serial number'"));
+    EXPECT_FALSE(open()->HasResumableScan());
+    DriveRegistry::Instance().Forget(number);
 }
 
 }  // namespace
