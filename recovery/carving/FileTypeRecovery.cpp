@@ -195,3 +195,10 @@ ResultCode CFileTypeRecovery::BuildUsedClusterMap()
 {
     return ResultSuccess;
 }
+
+void CFileTypeRecovery::FlushStore()
+{
+    if (store != nullptr) {
+        (void)store->FlushStore();  // what could not be written is not found
+    }
+}

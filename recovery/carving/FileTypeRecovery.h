@@ -39,6 +39,9 @@ public:
                                            std::int64_t& outStep,
                                            std::int64_t& inOutFilesFound);
 
+    // Writes out what the store holds in memory, before a position is saved that counts on it.
+    void FlushStore();
+
     ResultCode SetCallbacks(ProgressCallback scanCallback,
                             FileProgressCallback fileCallback,
                             void* context,

@@ -59,6 +59,9 @@ ResultCode CProfessionalRecovery::Scan(const std::string* /*logName*/)
                                0);  // too late to cancel anything
         }
     }
+    fat.FlushStore();
+    ntfs.FlushStore();
+    carver.FlushStore();
     if (reachedPass || isResume) {
         (void)log.SaveProgress(target, pass.at,
                                logFolder);  // the scan is as good without a way back to it

@@ -73,6 +73,7 @@ private:
 
     // FastFatScan.cpp
     ResultCode Report(std::int32_t progress, std::int32_t secondsLeft) const;
+    [[nodiscard]] ResultCode WalkAndRecord();
     [[nodiscard]] ResultCode WalkFolders();
     void RecordFolders();
     void WalkDirectory(std::uint32_t cluster);

@@ -55,6 +55,13 @@ ResultCode CFastFatRecovery::Scan(const std::string* logName)
     }
     (void)store->OpenStore(
         ScanRecordStore::MakeName("Fast_", startLba));  // the search tells that nothing was kept
+    const ResultCode result = WalkAndRecord();
+    (void)store->FlushStore();  // what could not be written is not found
+    return result;
+}
+
+ResultCode CFastFatRecovery::WalkAndRecord()
+{
     ResultCode result = Report(1, -1);
     if (result == ResultSuccess) {
         result = WalkFolders();

@@ -190,3 +190,10 @@ ResultCode CProfessionalFatRecovery::ReadRecordData(const FileRecord* record,
     return PreviewClusters(reader, *record,
                            {tempPathInOut, buffer, inOutSize, progressFn, context});
 }
+
+void CProfessionalFatRecovery::FlushStore()
+{
+    if (Store != nullptr) {
+        (void)Store->FlushStore();  // what could not be written is not found
+    }
+}

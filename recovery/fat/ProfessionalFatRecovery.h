@@ -45,6 +45,8 @@ public:
     void AddDirectorySector(ByteView sector, std::uint64_t lba);
     // The end of the pass: gives a place to everything that has none, and records the folders that files need.
     void FinishAnalysis();
+    // Writes out what the store holds in memory, before a position is saved that counts on it.
+    void FlushStore();
 
     // The deep pass drives this engine: 0.
     ResultCode Scan(const std::string* logName) override;

@@ -47,7 +47,9 @@ ResultCode CFastNtfsRecovery::Scan(const std::string* logName)
     }
     // The search tells that nothing was kept.
     (void)Store->OpenStore(ScanRecordStore::MakeName("Fast_", Volume.PartitionStart));
-    return ScanMft();
+    const ResultCode result = ScanMft();
+    (void)Store->FlushStore();  // what could not be written is not found
+    return result;
 }
 
 ResultCode CFastNtfsRecovery::Report(std::int32_t progress, std::int32_t secondsLeft) const

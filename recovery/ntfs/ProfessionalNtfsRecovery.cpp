@@ -302,3 +302,10 @@ ResultCode CProfessionalNtfsRecovery::ReadRecordData(const FileRecord* record,
     return PreviewNtfsFile(reader, *record, {tempPathInOut, buffer, inOutSize, progressFn, context},
                            false);
 }
+
+void CProfessionalNtfsRecovery::FlushStore()
+{
+    if (Store != nullptr) {
+        (void)Store->FlushStore();  // what could not be written is not found
+    }
+}

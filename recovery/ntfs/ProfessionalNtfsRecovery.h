@@ -43,6 +43,8 @@ public:
     ResultCode AddFileRecord(std::span<std::uint8_t> buffer, std::uint64_t lba);
     // The end of the pass: records the folders that files need. Ends at the first that cannot be read.
     ResultCode FinishAnalysis();
+    // Writes out what the store holds in memory, before a position is saved that counts on it.
+    void FlushStore();
     // The sector of a record's first data; none when its record tells of no runs.
     std::optional<std::uint64_t> FirstDataSector(const FileRecord& record);
 

@@ -8,6 +8,8 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+
 namespace {
 
 constexpr std::uint64_t Mebibyte = 1024 * 1024;
@@ -164,6 +166,42 @@ TEST_F(DeepFatTest, AFileKnownByNameIsNotShownAgainByContent)
     }
     // The picture that calls itself "dat" has another extension, so that both stand.
     EXPECT_EQ(carved, 1);
+}
+
+TEST_F(DeepFatTest, AResumedScanOfACardKeepsTheQuickStoreAndFindsEveryFileAgain)
+{
+    const std::filesystem::path path = folder / "card.img";
+    FatCard card(path, {.volumeBytes = 64 * Mebibyte, .extra = {}});
+    Fill(card, 500);
+    for (const auto& [name, bytes] : originals) {
+        card.Delete(name);
+    }
+    DeepRun whole(path);
+    ASSERT_EQ(whole.Scan(), ResultSuccess);
+    const auto expected = whole.Restore();
+    const auto stores = whole.StoreBytes();
+    for (const int reports : {4, 40, 400}) {
+        const DataFolder own;
+        DeepRun cancelled(path);
+        int left = reports;
+        ASSERT_EQ(
+            cancelled.Scan([&](const DeepProgress&) { return --left <= 0 ? ResultCancelled : 0; }),
+            ResultCancelled);
+        DeepRun resumed(path);
+        ASSERT_TRUE(resumed.Engine().HasResumableScan());
+        ASSERT_EQ(resumed.Scan(), ResultSuccess);
+        const auto found = resumed.Restore();
+        for (const char* store : {"Fast", "Fast_Relation", "Fast_DirInfo"}) {
+            EXPECT_EQ(resumed.StoreBytes().at(store), stores.at(store)) << store << reports;
+        }
+        // Paths of the deep stores begin anew with their numbers; the quick engine's and all contents stay.
+        for (const auto& [name, bytes] : expected) {
+            const bool isThere =
+                std::any_of(found.begin(), found.end(),
+                            [&bytes = bytes](const auto& file) { return file.second == bytes; });
+            EXPECT_TRUE(isThere) << name << " " << reports;
+        }
+    }
 }
 
 class WholeDiskTest : public DeepFatTest, public testing::WithParamInterface<const char*>
