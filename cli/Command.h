@@ -33,6 +33,7 @@ struct CommandOptions
     std::string target;
     std::filesystem::path folder;
     std::string types = "photo,audio,video";
+    std::filesystem::path imageFile;   // that image makes
     std::filesystem::path dataFolder;  // empty: the user's own
     std::string scanNumber;            // of forget
     bool fast = false;
@@ -69,11 +70,17 @@ extern const Command ListCommand;
 extern const Command RecoverCommand;
 extern const Command ScansCommand;
 extern const Command ForgetCommand;
+extern const Command ImageCommand;
 
 // Options that several commands take.
 void AddTargetOption(CLI::App& app, CommandOptions& options);
+// The target, and how it is scanned.
+void AddScanOptions(CLI::App& app, CommandOptions& options);
 void AddTypesOption(CLI::App& app, CommandOptions& options);
 void AddJsonOption(CLI::App& app, CommandOptions& options);
+
+// Asks whoever sits at the terminal a question that is answered by no unless yes is typed; with nobody there it is no.
+bool Ask(const std::string& question, CommandStreams& streams);
 
 // Writes "lumivault-cli: <sentence>" and gives the status.
 ExitStatus Refuse(const Refusal& refusal, CommandStreams& streams);

@@ -12,8 +12,8 @@
 namespace {
 
 // In the order in which the help shows them.
-const Command* const Commands[] = {&TargetsCommand, &ScanCommand,  &ListCommand,
-                                   &RecoverCommand, &ScansCommand, &ForgetCommand};
+const Command* const Commands[] = {&TargetsCommand, &ScanCommand,  &ListCommand,  &RecoverCommand,
+                                   &ImageCommand,   &ScansCommand, &ForgetCommand};
 
 constexpr const char* Description = "Gets deleted photos, audio, video and documents back from "
                                     "disks and disk images. The source is\n"
@@ -88,6 +88,17 @@ ExitStatus RunCommandLine(std::vector<std::string> arguments, CommandStreams& st
     }
 }
 
+bool Ask(const std::string& question, CommandStreams& streams)
+{
+    if (streams.answers == nullptr) {
+        return false;
+    }
+    streams.err << question << " [y/N] " << std::flush;
+    std::string answer;
+    std::getline(*streams.answers, answer);
+    return !answer.empty() && (answer.front() == 'y' || answer.front() == 'Y');
+}
+
 ExitStatus Refuse(const Refusal& refusal, CommandStreams& streams)
 {
     streams.err << "lumivault-cli: " << refusal.sentence << '\n';
@@ -97,8 +108,13 @@ ExitStatus Refuse(const Refusal& refusal, CommandStreams& streams)
 void AddTargetOption(CLI::App& app, CommandOptions& options)
 {
     app.add_option("TARGET", options.target,
-                   "an image file, a block device, or a number #N of 'targets'")
+                   "an image file, a block device, or '#N' with a number that 'targets' shows")
         ->required();
+}
+
+void AddScanOptions(CLI::App& app, CommandOptions& options)
+{
+    AddTargetOption(app, options);
     auto* const fast = app.add_flag(
         "--fast", options.fast, "only what the file system still knows, quickly; no lost files");
     auto* const whole = app.add_flag("--whole", options.whole,

@@ -1,9 +1,9 @@
 #include "cli/Destination.h"
 
+#include "cli/TargetResolver.h"
 #include "cli/TextForms.h"
 #include "platform/Folders.h"
 #include "platform/SafeName.h"
-#include "platform/SourceOverlap.h"
 #include "recovery/FileTypeCatalogue.h"
 
 Destination::Destination(std::filesystem::path folder, bool tree)
@@ -16,14 +16,26 @@ Destination::Destination(std::filesystem::path folder, bool tree)
     }
 }
 
-std::optional<Refusal> Destination::Prepare(const std::filesystem::path& source, bool force) const
+std::optional<Refusal>
+Destination::Prepare(const ScanTarget& source, bool force, CommandStreams& streams) const
 {
     const std::string name = Printable(m_folder.string());
-    if (!force && FolderLiesOnSource(m_folder, source)) {
+    const Touching touching = force ? Touching::No : PathTouchesTarget(m_folder, source);
+    if (touching == Touching::Yes) {
         return Refusal{
             ExitStatus::WrongUse,
             name + " lies on the source itself, where restored files would overwrite deleted ones; "
                    "choose a folder on another disk, or give --force if that is wanted."};
+    }
+    // An image is no device that a file system could lie on unseen.
+    if (touching == Touching::Unknown && source.IsVolume() &&
+        !Ask("The system does not tell whether " + name +
+                 " lies on the source itself. Restore there all the same?",
+             streams)) {
+        return Refusal{ExitStatus::WrongUse,
+                       "the system does not tell whether " + name +
+                           " lies on the source itself; choose a folder on another disk, or give "
+                           "--force if you know that it does not."};
     }
     const ResultCode made = MakeFolderWithParents(m_folder);
     if (!FolderIsThere(made) || !IsFolder(m_folder)) {

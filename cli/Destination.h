@@ -4,6 +4,7 @@
 #include "cli/Command.h"
 #include "platform/UniquePath.h"
 #include "recovery/FileRecord.h"
+#include "recovery/ScanTarget.h"
 
 #include <filesystem>
 #include <optional>
@@ -16,9 +17,10 @@ public:
     // With tree, files lie under the folder path that they had; without, under the name of their category.
     Destination(std::filesystem::path folder, bool tree);
 
-    // Makes the folder. Refuses one that lies on the source, unless force is given, or that cannot be written.
-    [[nodiscard]] std::optional<Refusal> Prepare(const std::filesystem::path& source,
-                                                 bool force) const;
+    // Makes the folder. Refuses one that cannot be written; unless force is given also one that lies on the source, and,
+    // when nobody says yes to it, one of which the system does not tell whether it does.
+    [[nodiscard]] std::optional<Refusal>
+    Prepare(const ScanTarget& source, bool force, CommandStreams& streams) const;
 
     // A path that nothing has, its folder not yet made. Never outside the destination, whatever the names.
     std::filesystem::path PathFor(const FileRecord& record, std::string_view folderPath);

@@ -13,7 +13,7 @@ namespace {
 
 void AddOptions(CLI::App& app, CommandOptions& options)
 {
-    AddTargetOption(app, options);
+    AddScanOptions(app, options);
     AddTypesOption(app, options);
     AddJsonOption(app, options);
 }

@@ -16,7 +16,7 @@ namespace {
 
 void AddOptions(CLI::App& app, CommandOptions& options)
 {
-    AddTargetOption(app, options);
+    AddScanOptions(app, options);
     app.add_option("FOLDER", options.folder, "where the files go, on another disk")->required();
     AddTypesOption(app, options);
     app.add_flag("--tree", options.tree,
@@ -179,7 +179,8 @@ ExitStatus Run(const CommandOptions& options, CommandStreams& streams)
     if (const std::optional<Refusal> refusal = session.OpenTarget()) {
         return Refuse(*refusal, streams);
     }
-    if (const std::optional<Refusal> refusal = destination.Prepare(options.target, options.force)) {
+    if (const std::optional<Refusal> refusal =
+            destination.Prepare(session.Target(), options.force, streams)) {
         return Refuse(*refusal, streams);
     }
     if (const std::optional<Refusal> refusal = session.Scan()) {

@@ -74,4 +74,4 @@ const Command ScanCommand = {"scan",
                              "scan a target and show what can be found, by family and extension",
                              "  lumivault-cli scan card.img\n"
                              "  sudo lumivault-cli scan /dev/sdb1\n",
-                             &AddTargetOption, &Run};
+                             &AddScanOptions, &Run};

@@ -2,14 +2,10 @@
 
 #include "cli/TextForms.h"
 #include "platform/Folders.h"
-#include "platform/SourceOverlap.h"
 #include "recovery/RecoveryEngineFactory.h"
 #include "recovery/ScanLogDirectory.h"
 #include "recovery/deep/ProfessionalRecovery.h"
-#include "storage/ByteReader.h"
-#include "storage/DriveRegistry.h"
 
-#include <algorithm>
 #include <ostream>
 
 namespace {
@@ -22,17 +18,9 @@ ScanDepth DepthOf(const CommandOptions& options)
     return options.whole ? ScanDepth::Whole : ScanDepth::Deep;
 }
 
-constexpr char16_t ImageId = 1001;
-constexpr char16_t DeviceLetter = 1;
-
 // Store names begin with these, by engine kind.
 constexpr std::array<std::string_view, 5> StorePrefixes = {"Fast_", "Fast_", "Pro_Ntfs_",
                                                            "Pro_Fat_", "File_Type_"};
-
-Refusal TargetRefusal(const std::string& sentence)
-{
-    return {ExitStatus::TargetFailed, sentence};
-}
 
 }  // namespace
 
@@ -64,7 +52,7 @@ std::optional<Refusal> ScanSession::UseScanLog()
         return refusal;
     }
     const std::filesystem::path folder = ScanLogDirectory::Instance().Root().parent_path();
-    if (FolderLiesOnSource(folder, m_options.target)) {
+    if (PathTouchesTarget(folder, m_target) == Touching::Yes) {
         Note("Warning: scan records are written to " + Printable(folder.string()) +
              ", which lies on the source itself and may overwrite deleted files; --data-dir DIR on "
              "another disk avoids that.");
@@ -72,87 +60,28 @@ std::optional<Refusal> ScanSession::UseScanLog()
     return std::nullopt;
 }
 
-Refusal ScanSession::WhyNotOpened(ResultCode why) const
-{
-    const std::string name = Printable(m_options.target);
-    switch (why) {
-    case ResultFileNotFound:
-    case ResultPathNotFound:
-        return TargetRefusal(
-            name + ": there is no such file or device; give the path of an image file or of a "
-                   "block device such as /dev/sdb1.");
-    case ResultAccessDenied:
-        return TargetRefusal(
-            name + ": you are not permitted to read it; run the command with the rights to read "
-                   "the device, for example with sudo.");
-    case ResultShortRead:
-        return TargetRefusal(
-            name + ": it is shorter than 16 KB, so it holds no volume; check that the image was "
-                   "copied whole.");
-    case ResultSuccess:
-        return TargetRefusal(
-            name + ": no file system that can be scanned was found at its start; give a single "
-                   "partition (such as /dev/sdb1) in place of a whole disk, or an image of one.");
-    default:
-        return TargetRefusal(
-            name + ": it cannot be read: " + ErrorText(why) +
-            " Check the cable and the medium, or copy what can be read to an image and scan that.");
-    }
-}
-
-std::optional<Refusal> ScanSession::OpenDevice(const FileHandle& device)
-{
-    std::uint64_t sizeBytes = 0;
-    if (const ResultCode result = device.Size(&sizeBytes)) {
-        return WhyNotOpened(result);
-    }
-    if (std::optional<Refusal> refusal = UseScanLog()) {
-        return refusal;
-    }
-    std::error_code ignored;
-    const std::filesystem::path path = std::filesystem::canonical(m_options.target, ignored);
-    const std::uint32_t number = DriveRegistry::Instance().NumberOf(path);
-    const std::uint32_t sectorSize = std::max(device.DeviceSectorSize(), 512u);
-    ResultCode why = ResultSuccess;
-    m_engine = RecoveryEngineFactory::Instance().MakeEngineForPartition(
-        number, 0, sizeBytes / sectorSize, DeviceLetter, DepthOf(m_options), &why);
-    return m_engine != nullptr ? std::nullopt : std::optional(WhyNotOpened(why));
-}
-
 std::optional<Refusal> ScanSession::OpenTarget()
 {
-    if (m_options.target.starts_with('#')) {
-        return Refusal{
-            ExitStatus::WrongUse,
-            "targets have no numbers yet; give the path of an image file or of a block device."};
+    if (std::optional<Refusal> refusal = ResolveTarget(m_options.target, m_target)) {
+        return refusal;
     }
-    FileHandle file;
-    if (const ResultCode result = file.OpenForReading(m_options.target)) {
-        return WhyNotOpened(result);
-    }
-    if (file.IsBlockDevice()) {
-        return OpenDevice(file);
-    }
-    if (!file.IsRegularFile()) {
-        return TargetRefusal(
-            Printable(m_options.target) +
-            ": it is neither a file nor a block device; give an image file or a device.");
-    }
-    return OpenImage();
-}
-
-std::optional<Refusal> ScanSession::OpenImage()
-{
     if (std::optional<Refusal> refusal = UseScanLog()) {
         return refusal;
     }
-    // An earlier scan is found again by the image's path, wherever it was started from.
-    std::error_code ignored;
-    const std::filesystem::path path = std::filesystem::canonical(m_options.target, ignored);
+    RecoveryEngineFactory& factory = RecoveryEngineFactory::Instance();
+    const ScanDepth depth = DepthOf(m_options);
     ResultCode why = ResultSuccess;
-    m_engine = RecoveryEngineFactory::Instance().MakeEngineForImage(path, ImageId,
-                                                                    DepthOf(m_options), &why);
-    return m_engine != nullptr ? std::nullopt : std::optional(WhyNotOpened(why));
+    if (m_target.IsVolume()) {
+        const VolumeRecord& volume = *m_target.Volume;
+        m_target.Engine =
+            factory.MakeEngineForPartition(volume.DiskNumber, volume.StartSector,
+                                           volume.SectorCount, m_target.Letter(), depth, &why);
+    } else {
+        m_target.Engine =
+            factory.MakeEngineForImage(m_target.ImagePath, m_target.Letter(), depth, &why);
+    }
+    return m_target.Engine != nullptr ? std::nullopt
+                                      : std::optional(WhyNotOpened(m_options.target, why));
 }
 
 std::optional<Refusal> ScanSession::OpenAndScan()
@@ -171,9 +100,9 @@ std::optional<Refusal> ScanSession::Scan()
     } else {
         ChooseEarlierScan();
     }
-    m_engine->SetCallbacks(&OnScanProgress, nullptr, this, 100);
-    const ResultCode result = m_engine->Scan(nullptr);
-    m_engine->SetCallbacks(nullptr, nullptr, nullptr, 100);
+    m_target.Engine->SetCallbacks(&OnScanProgress, nullptr, this, 100);
+    const ResultCode result = m_target.Engine->Scan(nullptr);
+    m_target.Engine->SetCallbacks(nullptr, nullptr, nullptr, 100);
     m_line.Clear();
     FindStoreNames();
     m_cancelled = result == ResultCancelled;
@@ -181,10 +110,11 @@ std::optional<Refusal> ScanSession::Scan()
         Note(m_options.fast ? "Cancelled; what was found until then is kept."
                             : "Cancelled; what was found until then is kept, and --resume goes on "
                               "from there.");
-    } else if (result != ResultSuccess && m_engine->GetRecordCount() == 0) {
-        return TargetRefusal(
+    } else if (result != ResultSuccess && m_target.Engine->GetRecordCount() == 0) {
+        return Refusal{
+            ExitStatus::TargetFailed,
             Printable(m_options.target) + ": it could not be scanned: " + ErrorText(result) +
-            " Check the medium, or copy what can be read to an image and scan that.");
+                " Check the medium, or copy what can be read to an image and scan that."};
     } else if (result != ResultSuccess) {
         Note("Warning: the scan met a fault and may be incomplete: " + ErrorText(result));
     }
@@ -194,7 +124,7 @@ std::optional<Refusal> ScanSession::Scan()
 // An earlier scan of the target that stands in the log: gone on with, or dropped.
 void ScanSession::ChooseEarlierScan()
 {
-    auto* deep = dynamic_cast<CProfessionalRecovery*>(m_engine.get());
+    auto* deep = dynamic_cast<CProfessionalRecovery*>(m_target.Engine.get());
     if (deep == nullptr || !deep->HasResumableScan()) {
         if (m_options.resume) {
             Note("No earlier scan of this target stands in the log, or the target has changed "
@@ -245,7 +175,7 @@ ResultCode ScanSession::OnScanProgress(void* context,
         shown.secondsLeft = range >= 90 ? secondsLeft : -1;
         shown.doneSectors = doneSectors;
         shown.totalSectors = totalSectors;
-        shown.found = totalSectors != 0 ? filesFound : session.m_engine->GetRecordCount();
+        shown.found = totalSectors != 0 ? filesFound : session.m_target.Engine->GetRecordCount();
         session.m_line.Show(ProgressText(shown));
     }
     return ResultSuccess;
@@ -254,7 +184,7 @@ ResultCode ScanSession::OnScanProgress(void* context,
 FileRecordList ScanSession::Search(const TypeFilter& filter)
 {
     FileRecordList records;
-    (void)m_engine->SearchRecords(filter.SearchPattern(), records);  // 0: nothing was found
+    (void)m_target.Engine->SearchRecords(filter.SearchPattern(), records);  // 0: nothing was found
     std::erase_if(records, [&filter](const FileRecord& record) { return !filter.Accepts(record); });
     return records;
 }
@@ -262,13 +192,14 @@ FileRecordList ScanSession::Search(const TypeFilter& filter)
 std::string ScanSession::FolderPath(const FileRecord& record)
 {
     std::string path;
-    (void)m_engine->GetRecordPath(&record, path);  // a chain that breaks gives what was found of it
+    (void)m_target.Engine->GetRecordPath(&record,
+                                         path);  // a chain that breaks gives what was found of it
     return path;
 }
 
 void ScanSession::FindStoreNames()
 {
-    const auto* deep = dynamic_cast<CProfessionalRecovery*>(m_engine.get());
+    const auto* deep = dynamic_cast<CProfessionalRecovery*>(m_target.Engine.get());
     const std::filesystem::path folder =
         deep != nullptr ? deep->LogFolder() : ScanLogDirectory::Instance().CurrentLogPath();
     std::vector<std::string> names;

@@ -5,15 +5,14 @@
 #include "cli/Command.h"
 #include "cli/ProgressLine.h"
 #include "cli/ScanLog.h"
+#include "cli/TargetResolver.h"
 #include "cli/TypeFilter.h"
-#include "platform/FileHandle.h"
-#include "recovery/FileRecoveryParse.h"
 
 #include <array>
 #include <functional>
 #include <memory>
 
-// Owns the engine. The options and streams outlive it. While it lives, Ctrl-C cancels its work.
+// Owns the target with its engine. The options and streams outlive it. While it lives, Ctrl-C cancels its work.
 class ScanSession
 {
 public:
@@ -32,7 +31,8 @@ public:
     FileRecordList Search(const TypeFilter& filter);
 
     bool Cancelled() const { return m_cancelled || CancelScope::Requested(); }
-    IFileRecoveryParse& Engine() { return *m_engine; }
+    IFileRecoveryParse& Engine() { return *m_target.Engine; }
+    const ScanTarget& Target() const { return m_target; }
     ProgressLine& Line() { return m_line; }
     // The folders above a record, each followed by "\".
     std::string FolderPath(const FileRecord& record);
@@ -46,9 +46,6 @@ private:
     std::optional<Refusal> UseScanLog();
     void ChooseEarlierScan();
     bool AskToResume(const std::string& scan);
-    std::optional<Refusal> OpenDevice(const FileHandle& device);
-    std::optional<Refusal> OpenImage();
-    Refusal WhyNotOpened(ResultCode why) const;
     void FindStoreNames();
     static ResultCode OnScanProgress(void* context,
                                      std::int32_t progress,
@@ -64,7 +61,7 @@ private:
     CancelScope m_cancel;
     ProgressLine m_line;
     std::optional<ScanLogLock> m_lock;
-    std::unique_ptr<IFileRecoveryParse> m_engine;
+    ScanTarget m_target;
     std::array<std::string, 5> m_storeNames;  // by engine kind
     bool m_cancelled = false;
 };

@@ -91,6 +91,16 @@ ResultCode FileHandle::OpenOrCreate(const std::filesystem::path& path)
     return ResultSuccess;
 }
 
+ResultCode FileHandle::Duplicate(FileHandle& outHandle) const
+{
+    const int descriptor = ::fcntl(m_descriptor, F_DUPFD_CLOEXEC, 0);
+    if (descriptor < 0) {
+        return ErrorFromErrno(errno, FileOperation::Open);
+    }
+    outHandle = FileHandle(descriptor);
+    return ResultSuccess;
+}
+
 ResultCode FileHandle::ReadAt(std::uint64_t position,
                               void* buffer,
                               std::size_t count,

@@ -29,6 +29,9 @@ public:
     // contents. A symbolic link as the last component is refused, so nothing is written through one.
     [[nodiscard]] ResultCode OpenOrCreate(const std::filesystem::path& path);
 
+    // A second handle of the same opening. The other one is replaced only on success.
+    [[nodiscard]] ResultCode Duplicate(FileHandle& outHandle) const;
+
     // Reads up to count bytes at a byte position, retried after signals. *outRead is always set; fewer
     // bytes than asked with result 0 means the end was reached.
     [[nodiscard]] ResultCode

@@ -26,6 +26,7 @@ inline constexpr ResultCode ResultInvalidParameter = 87;
 inline constexpr ResultCode ResultDiskFull = 112;
 inline constexpr ResultCode ResultNegativeSeek = 131;
 inline constexpr ResultCode ResultAlreadyExists = 183;
+inline constexpr ResultCode ResultNotConnected = 1167;
 inline constexpr ResultCode ResultCancelled = -9527;  // only callbacks make it; engines pass it on
 
 // What was being done when errno was set: the same errno means different things to the user.

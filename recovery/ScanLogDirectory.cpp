@@ -3,6 +3,7 @@
 #include "platform/FileHandle.h"
 #include "platform/Folders.h"
 #include "platform/Text.h"
+#include "storage/DiskHelpers.h"
 #include "storage/VolumeStamp.h"
 
 #include <algorithm>
@@ -31,7 +32,7 @@ std::uint64_t StampOf(const ScanIdentity& target)
 {
     std::uint64_t stamp = 0;
     if (target.imagePath.empty()) {
-        return VolumeStamp(target.diskNumber, target.startLba);
+        return VolumeStamp(target.diskNumber, target.startLba, target.sectorCount);
     }
     (void)ImageTime(target.imagePath, &stamp);  // an image that is gone has the time 0
     return stamp;
@@ -40,6 +41,42 @@ std::uint64_t StampOf(const ScanIdentity& target)
 std::uint64_t StampIn(const ScanLogEntry& entry, const ScanIdentity& target)
 {
     return target.imagePath.empty() ? entry.volumeStamp : entry.imageTime;
+}
+
+// Numbers of drives are given anew in each run, so that a log folder says in a file of its own which disk it is of.
+constexpr const char* IdentityFile = ".disk";
+constexpr std::size_t LargestIdentity = 4096;
+
+std::string ReadIdentity(const std::filesystem::path& logFolder)
+{
+    FileHandle file;
+    std::string text(LargestIdentity, '\0');
+    std::size_t got = 0;
+    if (file.OpenForReading(logFolder / IdentityFile) == ResultSuccess && file.IsRegularFile()) {
+        (void)file.ReadAt(0, text.data(), text.size(), &got);  // what cannot be read is of no disk
+    }
+    text.resize(got);
+    return text;
+}
+
+void WriteIdentity(const std::filesystem::path& logFolder, const ScanIdentity& target)
+{
+    if (!target.imagePath.empty()) {
+        return;
+    }
+    const std::string text = CutText(DiskIdentity(target.diskNumber), LargestIdentity);
+    FileHandle file;
+    // Without the file the scan is not gone on with: the safe side.
+    if (file.OpenOrCreate(logFolder / IdentityFile) == ResultSuccess &&
+        file.Truncate(0) == ResultSuccess) {
+        (void)file.WriteAt(0, text.data(), text.size());
+    }
+}
+
+bool IsSameDisk(const ScanIdentity& target, const std::filesystem::path& logFolder)
+{
+    return !target.imagePath.empty() ||
+           ReadIdentity(logFolder) == CutText(DiskIdentity(target.diskNumber), LargestIdentity);
 }
 
 void SetPosition(ScanLogEntry& entry, const ScanPosition& position)
@@ -140,7 +177,7 @@ bool ScanLogDirectory::FindScan(const ScanIdentity& target, ScanLogEntry& outEnt
         resumedFolder.clear();
         return false;
     }
-    if (StampIn(*entry, target) != StampOf(target)) {
+    if (StampIn(*entry, target) != StampOf(target) || !IsSameDisk(target, LogFolderOf(*entry))) {
         (void)DeleteLog(
             LogFolderOf(*entry));  // what cannot be removed is not listed any more either
         return false;
@@ -200,14 +237,20 @@ ResultCode ScanLogDirectory::SaveProgress(const ScanIdentity& target,
         SetPosition(*FindEntry(target), position);
         return Save();
     }
-    ScanLogEntry& added = entries.emplace_back();
+    ScanLogEntry added;
+    if (!SetImagePath(added, target.imagePath) ||
+        !SetLogFolder(added, WithoutSeparator(logFolder) / "")) {
+        return Save();  // its path does not fit: it cannot be gone on with, and what it found is there all the same
+    }
     added.diskNumber = target.imagePath.empty() ? target.diskNumber : ImageDiskNumber;
     added.startLba = target.startLba;
     added.sectorCount = target.sectorCount;
     SetPosition(added, position);
     SetStamp(added, target);
-    SetImagePath(added, target.imagePath);
-    SetLogFolder(added, WithoutSeparator(logFolder) / "");
+    entries.push_back(added);
+    if (IsLogFolder(logFolder)) {
+        WriteIdentity(logFolder, target);
+    }
     return Save();
 }
 

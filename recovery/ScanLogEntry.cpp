@@ -2,7 +2,6 @@
 
 #include "platform/Text.h"
 
-#include <algorithm>
 #include <cstring>
 
 namespace {
@@ -17,15 +16,18 @@ std::filesystem::path PathIn(const ScanLogEntry& entry, std::size_t offset)
     return Utf16ToUtf8(UntilZero(text));
 }
 
-void PutPath(ScanLogEntry& entry, std::size_t offset, const std::filesystem::path& path)
+bool PutPath(ScanLogEntry& entry, std::size_t offset, const std::filesystem::path& path)
 {
     std::u16string text = Utf8ToUtf16(path.string());
-    text.resize(std::min(text.size(), ScanLogEntry::PathUnits - 1));
+    if (text.size() >= ScanLogEntry::PathUnits || Utf16ToUtf8(text) != path.string()) {
+        return false;
+    }
     text.resize(ScanLogEntry::PathUnits, u'\0');
     std::array<std::uint8_t, sizeof(ScanLogEntry)> bytes = {};
     std::memcpy(bytes.data(), &entry, sizeof entry);
     std::memcpy(bytes.data() + offset, text.data(), text.size() * sizeof(char16_t));
     std::memcpy(&entry, bytes.data(), sizeof entry);
+    return true;
 }
 
 }  // namespace
@@ -40,12 +42,12 @@ std::filesystem::path LogFolderOf(const ScanLogEntry& entry)
     return PathIn(entry, offsetof(ScanLogEntry, logFolder));
 }
 
-void SetImagePath(ScanLogEntry& entry, const std::filesystem::path& path)
+bool SetImagePath(ScanLogEntry& entry, const std::filesystem::path& path)
 {
-    PutPath(entry, offsetof(ScanLogEntry, imagePath), path);
+    return PutPath(entry, offsetof(ScanLogEntry, imagePath), path);
 }
 
-void SetLogFolder(ScanLogEntry& entry, const std::filesystem::path& folder)
+bool SetLogFolder(ScanLogEntry& entry, const std::filesystem::path& folder)
 {
-    PutPath(entry, offsetof(ScanLogEntry, logFolder), folder);
+    return PutPath(entry, offsetof(ScanLogEntry, logFolder), folder);
 }

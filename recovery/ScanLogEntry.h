@@ -39,6 +39,7 @@ static_assert(offsetof(ScanLogEntry, logFolder) == 600);
 // The paths of an entry; a text without an end is cut.
 std::filesystem::path ImagePathOf(const ScanLogEntry& entry);
 std::filesystem::path LogFolderOf(const ScanLogEntry& entry);
-// Store a path; what does not fit 259 units is cut, and such an image is never found again.
-void SetImagePath(ScanLogEntry& entry, const std::filesystem::path& path);
-void SetLogFolder(ScanLogEntry& entry, const std::filesystem::path& folder);
+// Store a path. False, with the entry untouched, for one of more than 259 units or one that is no UTF-8: cut or changed it
+// would name something else.
+[[nodiscard]] bool SetImagePath(ScanLogEntry& entry, const std::filesystem::path& path);
+[[nodiscard]] bool SetLogFolder(ScanLogEntry& entry, const std::filesystem::path& folder);

@@ -1,7 +1,10 @@
 #include "storage/ByteReader.h"
 
+#include "platform/StorageMap.h"
 #include "storage/DriveRegistry.h"
 
+#include <algorithm>
+#include <set>
 #include <utility>
 
 namespace {
@@ -31,11 +34,36 @@ ReaderDecorator& CurrentDecorator()
 
 std::unique_ptr<IByteReader> Decorated(FileHandle handle)
 {
-    std::unique_ptr<IByteReader> reader = std::make_unique<HandleReader>(std::move(handle));
+    std::unique_ptr<IByteReader> reader = MakeHandleReader(std::move(handle));
     return CurrentDecorator() ? CurrentDecorator()(std::move(reader)) : std::move(reader);
 }
 
+// Every mount that stands on the disk, also by way of other devices.
+void SyncMountsOn(const std::string& deviceNumber)
+{
+    if (deviceNumber.empty()) {
+        return;
+    }
+    const StorageMap storage;
+    std::set<std::string> synced;
+    for (const MountEntry& mount : storage.Mounts()) {
+        const std::vector<StorageExtent> extents = storage.OfMount(mount).extents;
+        const bool onDisk = std::any_of(extents.begin(), extents.end(), [&](const auto& extent) {
+            return extent.deviceNumber == deviceNumber;
+        });
+        if (onDisk && synced.insert(mount.deviceNumber).second) {
+            (void)SyncFileSystem(
+                mount.mountPoint);  // without the rights to it, the disk has to do as it is
+        }
+    }
+}
+
 }  // namespace
+
+std::unique_ptr<IByteReader> MakeHandleReader(FileHandle handle)
+{
+    return std::make_unique<HandleReader>(std::move(handle));
+}
 
 ResultCode OpenDriveSource(std::uint32_t diskNumber, OpenedSource& outSource)
 {
@@ -47,10 +75,11 @@ ResultCode OpenDriveSource(std::uint32_t diskNumber, OpenedSource& outSource)
     if (const ResultCode result = handle.Size(&sizeBytes)) {
         return result;
     }
+    const BlockDevice* disk = DriveRegistry::Instance().Find(diskNumber);
+    SyncMountsOn(disk->deviceNumber);
     // The kernel keeps what it read from the disk before; a mounted volume may have changed since.
     handle.DropCache();
-    const std::uint32_t sectorSize = handle.DeviceSectorSize();
-    outSource.sectorSize = sectorSize != 0 ? sectorSize : 512;
+    outSource.sectorSize = std::max(disk->sectorSize, handle.DeviceSectorSize());
     outSource.sizeBytes = sizeBytes;
     outSource.reader = Decorated(std::move(handle));
     return ResultSuccess;

@@ -31,11 +31,15 @@ struct OpenedSource
     std::uint32_t sectorSize = 512;  // a drive's logical sector size; 512 for image files
 };
 
-// Opens a drive by its number in the DriveRegistry. The out parameter is untouched on failure.
+// Opens a drive by its number in the DriveRegistry, having brought to the disk what mounted file systems on it still
+// hold in memory: what a user has deleted a moment ago is seen. The out parameter is untouched on failure.
 [[nodiscard]] ResultCode OpenDriveSource(std::uint32_t diskNumber, OpenedSource& outSource);
 // Opens an image file (or anything seekable) read-only.
 [[nodiscard]] ResultCode OpenImageSource(const std::filesystem::path& path,
                                          OpenedSource& outSource);
+
+// Reads from a handle, which it owns from now on. Not decorated.
+std::unique_ptr<IByteReader> MakeHandleReader(FileHandle handle);
 
 // One read of exactly count bytes: 0, the platform's error, or ResultShortRead when fewer came.
 [[nodiscard]] ResultCode

@@ -1,11 +1,14 @@
 // Which device a disk number means. Linux has no drive numbers of its own, so the process gives them out.
 #pragma once
 
+#include "platform/BlockDevices.h"
 #include "platform/FileHandle.h"
 
 #include <cstdint>
 #include <filesystem>
+#include <functional>
 #include <map>
+#include <vector>
 
 // Process-wide, made on first use, not locked: one thread at a time lists or opens drives.
 class DriveRegistry
@@ -17,14 +20,39 @@ public:
 
     static DriveRegistry& Instance();
 
-    // The number of a device node; the lowest free one when it is new, NoNumber when all are taken.
-    std::uint32_t NumberOf(const std::filesystem::path& device);
+    // The number of a disk: the one that it has, else the lowest free one; NoNumber when all are taken. Another medium in
+    // the same drive is another disk. What is known of the disk is renewed.
+    std::uint32_t NumberOf(const BlockDevice& disk);
+    // Numbers all of them in their order, so that the same disks get the same numbers in each run.
+    void NumberAll(const std::vector<BlockDevice>& disks);
+    // NumberOf for a node that stands in no list: a file in place of a device, a floppy.
+    std::uint32_t NumberOf(const std::filesystem::path& node);
+    // Null for a number that was not given; valid until the next call that is not const.
+    const BlockDevice* Find(std::uint32_t diskNumber) const;
     // Empty for a number that was not given.
     std::filesystem::path DeviceOf(std::uint32_t diskNumber) const;
+    // The number is free again; for a disk that has gone and that nothing found on it refers to any more.
     void Forget(std::uint32_t diskNumber);
-    // Opens the device for reading only. ResultFileNotFound for an unknown number.
-    [[nodiscard]] ResultCode Open(std::uint32_t diskNumber, FileHandle& outHandle) const;
+
+    // Opens the disk for reading only. ResultFileNotFound for an unknown number, ResultNotConnected when another medium
+    // is in the drive by now. Where the user may not read it, the opener with more rights is asked, once for each disk.
+    [[nodiscard]] ResultCode Open(std::uint32_t diskNumber, FileHandle& outHandle);
+
+    // How a device is opened that the user may not read; none is asked at first.
+    using PrivilegedOpener = std::function<ResultCode(const std::filesystem::path&, FileHandle&)>;
+    void SetPrivilegedOpener(PrivilegedOpener opener) { privilegedOpener = std::move(opener); }
 
 private:
-    std::map<std::uint32_t, std::filesystem::path> m_devices;
+    struct Entry
+    {
+        BlockDevice disk;
+        std::filesystem::path node;
+        FileHandle privileged;  // kept, so that the user is asked for a password once
+    };
+
+    std::uint32_t FreeNumber() const;
+    [[nodiscard]] static ResultCode CheckMedium(const Entry& entry);
+
+    std::map<std::uint32_t, Entry> entries;
+    PrivilegedOpener privilegedOpener;
 };

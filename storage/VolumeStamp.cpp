@@ -1,33 +1,33 @@
 #include "storage/VolumeStamp.h"
 
-#include "storage/ByteReader.h"
+#include "storage/DriveRegistry.h"
+#include "storage/VolumeReading.h"
+#include "storage/VolumeSpace.h"
 
-#include <vector>
+#include <algorithm>
 
-namespace {
-
-constexpr std::size_t StampedBytes = 1024 * 1024;
-// FNV-1a, 64 bits wide.
-constexpr std::uint64_t HashStart = 0xCBF29CE484222325;
-constexpr std::uint64_t HashPrime = 0x100000001B3;
-
-}  // namespace
-
-std::uint64_t VolumeStamp(std::uint32_t diskNumber, std::uint64_t startLba)
+std::uint64_t
+VolumeStamp(std::uint32_t diskNumber, std::uint64_t startLba, std::uint64_t sectorCount)
 {
     OpenedSource drive;
-    if (OpenDriveSource(diskNumber, drive) != ResultSuccess) {
+    if (OpenDriveSource(diskNumber, drive) != ResultSuccess ||
+        startLba > drive.sizeBytes / drive.sectorSize) {
         return 0;
     }
-    std::vector<std::uint8_t> bytes(StampedBytes);
-    std::size_t got = 0;
-    // A bad sector ends it; what is in front of it is stamped.
-    (void)drive.reader->ReadAt(startLba * drive.sectorSize, bytes.data(), bytes.size(), &got);
-    std::uint64_t stamp = got != 0 ? HashStart : 0;
-    for (std::size_t i = 0; i < got; ++i) {
-        stamp = (stamp ^ bytes[i]) * HashPrime;
+    const std::uint64_t startByte = startLba * drive.sectorSize;
+    const std::uint64_t sectors =
+        std::min(sectorCount, drive.sizeBytes / drive.sectorSize - startLba);
+    VolumeSpace space;
+    if (ReadVolumeSpace(*drive.reader, startByte, sectors * drive.sectorSize, space)) {
+        return space.freeBytes;
     }
-    return stamp;
+    const BlockDevice* disk = DriveRegistry::Instance().Find(diskNumber);
+    const StorageMap storage;
+    const MountEntry* mount =
+        disk != nullptr ? FindMountAt(storage, disk->deviceNumber, startByte) : nullptr;
+    const bool told = mount != nullptr && FileSystemSpace(mount->mountPoint, &space.totalBytes,
+                                                          &space.freeBytes) == ResultSuccess;
+    return told ? space.freeBytes : 0;
 }
 
 ResultCode ImageTime(const std::filesystem::path& imagePath, std::uint64_t* outFileTime)

@@ -6,10 +6,11 @@
 #include <cstdint>
 #include <filesystem>
 
-// A number drawn from the first megabyte of the volume that begins at a sector of a drive: boot sector with its serial
-// number, tables, often the first folders. Another card in the same slot has another one, and nearly always a volume that
-// was written to. 0 where it cannot be read.
-std::uint64_t VolumeStamp(std::uint32_t diskNumber, std::uint64_t startLba);
+// The free bytes of the volume in a range of a drive, which change with nearly everything that is written to it: of FAT and
+// NTFS as its own tables count them, mounted or not, of another file system as its mount tells them. 0 where nothing
+// does.
+std::uint64_t
+VolumeStamp(std::uint32_t diskNumber, std::uint64_t startLba, std::uint64_t sectorCount);
 
 // Last write time of an image file as a FILETIME.
 [[nodiscard]] ResultCode ImageTime(const std::filesystem::path& imagePath,

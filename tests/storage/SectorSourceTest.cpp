@@ -1,6 +1,5 @@
 #include "storage/SectorSource.h"
 
-#include "storage/DriveRegistry.h"
 #include "tests/support/Bytes.h"
 #include "tests/support/FailingReader.h"
 
@@ -101,21 +100,6 @@ TEST_F(SectorSourceTest, OpeningFailsWithTheReasonAndLeavesNothing)
     EXPECT_EQ(closed.OpenDrive(77), ResultFileNotFound) << "a number never given";
     EXPECT_FALSE(closed.IsOpen());
     EXPECT_EQ(closed.ReadSectors(buffer.data(), 1, 0, 512, &got), ResultInvalidParameter);
-}
-
-TEST_F(SectorSourceTest, DriveNumbersAreStableAndEnd)
-{
-    DriveRegistry registry;
-    EXPECT_EQ(registry.NumberOf("/dev/a"), 0u);
-    EXPECT_EQ(registry.NumberOf("/dev/b"), 1u);
-    EXPECT_EQ(registry.NumberOf("/dev/a"), 0u);
-    registry.Forget(0);
-    EXPECT_EQ(registry.DeviceOf(0), "");
-    EXPECT_EQ(registry.NumberOf("/dev/c"), 0u) << "the lowest free one";
-    for (std::uint32_t i = 2; i < DriveRegistry::NumberLimit; ++i) {
-        EXPECT_EQ(registry.NumberOf("/dev/x" + std::to_string(i)), i);
-    }
-    EXPECT_EQ(registry.NumberOf("/dev/toomany"), DriveRegistry::NoNumber);
 }
 
 }  // namespace

@@ -5,6 +5,7 @@
 #include "tests/recovery/deep/DeepSupport.h"
 #include "tests/support/Bytes.h"
 #include "tests/support/FailingReader.h"
+#include "tests/support/FatCard.h"
 #include "tests/support/Pictures.h"
 
 #include <gtest/gtest.h>
@@ -176,8 +177,8 @@ TEST_F(DeepScanTest, AConfigOfRandomBytesHarmsNothingOutsideTheLog)
         if (seed % 2 == 0) {
             ScanLogEntry entry;
             entry.diskNumber = ImageDiskNumber;
-            SetImagePath(entry, image.Path());
-            SetLogFolder(entry, seed % 4 == 0 ? home : seed % 6 == 0 ? "/" : "");
+            ASSERT_TRUE(SetImagePath(entry, image.Path()));
+            ASSERT_TRUE(SetLogFolder(entry, seed % 4 == 0 ? home : seed % 6 == 0 ? "/" : ""));
             bytes.resize(8 + sizeof entry);
             std::memcpy(bytes.data() + 8, &entry, sizeof entry - seed % 100);
         }
@@ -208,18 +209,31 @@ TEST_F(DeepScanTest, ASaveThatStoppedBetweenItsStepsIsFinishedAtTheNextStart)
     EXPECT_TRUE(DeepRun(image.Path()).Engine().HasResumableScan());
 }
 
-TEST_F(DeepScanTest, AnotherCardInTheSameDriveIsNotTakenForTheOneThatWasScanned)
+TEST_F(DeepScanTest, ADriveIsGoneOnWithOnlyWhileItIsTheSameAndUnchanged)
 {
-    const std::uint32_t number = DriveRegistry::Instance().NumberOf(image.Path());
-    const auto open = [number] {
-        auto engine = RecoveryEngineFactory::Instance().MakeEngineForPartition(number, 0, Sectors,
-                                                                               1, ScanDepth::Deep);
+    if (const std::string missing = FatCard::MissingTools(); !missing.empty()) {
+        GTEST_SKIP() << missing;
+    }
+    FatOptions options;
+    options.extra = {"-i", "11111111"};
+    const std::filesystem::path disk = folder / "card";
+    const std::uint32_t number = DriveRegistry::Instance().NumberOf(disk);
+    const auto open = [&] {
+        auto engine = RecoveryEngineFactory::Instance().MakeEngineForPartition(
+            number, 0, options.volumeBytes / 512, 1, ScanDepth::Deep);
         return std::unique_ptr<CProfessionalRecovery>(
             dynamic_cast<CProfessionalRecovery*>(engine.release()));
     };
+    const FatCard card(disk, options);
     ASSERT_EQ(open()->Scan(nullptr), ResultSuccess);
     EXPECT_TRUE(open()->HasResumableScan());
-    image.Put(40, Bytes("'another serial number'"));
+    card.Put("new", Bytes("'one cluster less'"));
+    EXPECT_FALSE(open()->HasResumableScan());
+
+    ASSERT_EQ(open()->Scan(nullptr), ResultSuccess);
+    EXPECT_TRUE(open()->HasResumableScan());
+    options.extra = {"-i", "22222222"};
+    FatCard(disk, options).Put("new", Bytes("'as full as the other card'"));
     EXPECT_FALSE(open()->HasResumableScan());
     DriveRegistry::Instance().Forget(number);
 }

@@ -1,0 +1,189 @@
+#include "storage/DiskEnumerator.h"
+
+#include "storage/DiskGeometry.h"
+#include "storage/DriveRegistry.h"
+#include "storage/VolumeReading.h"
+
+#include <algorithm>
+
+namespace {
+
+void SortByStart(std::vector<VolumeRecord>& entries)
+{
+    std::stable_sort(entries.begin(), entries.end(),
+                     [](const VolumeRecord& left, const VolumeRecord& right) {
+                         return left.StartSector < right.StartSector;
+                     });
+}
+
+VolumeRecord MakeGap(std::uint32_t diskNumber,
+                     std::uint64_t startSector,
+                     std::uint64_t sectorCount,
+                     std::uint32_t sectorSize)
+{
+    VolumeRecord gap;
+    gap.DiskNumber = diskNumber;
+    gap.StartSector = startSector;
+    gap.SectorCount = sectorCount;
+    gap.TotalBytes = sectorCount * sectorSize;
+    gap.FreeBytes = gap.TotalBytes;
+    return gap;
+}
+
+// A number that would read as a letter, or as the mark of an entry without a number.
+bool ReadsAsLetter(char16_t number)
+{
+    return number == VolumeRecord::NoLetter || number == u'/' ||
+           (number >= u'A' && number <= u'Z') || (number >= u'a' && number <= u'z');
+}
+
+}  // namespace
+
+int DiskEnumerator::Enumerate()
+{
+    Disks.clear();
+    sizes.clear();
+    cursorDisk = 0;
+    cursorEntry = 0;
+    const StorageMap storage;
+    if (!storage.Listed()) {
+        return 0;
+    }
+    for (const BlockDevice& disk : DisksToShow(storage.Devices())) {
+        const std::uint32_t number = DriveRegistry::Instance().NumberOf(disk);
+        if (number == DriveRegistry::NoNumber) {
+            continue;
+        }
+        DiskSize size;
+        std::vector<VolumeRecord> volumes =
+            ReadVolumes(disk, number, storage, &size.bytes, &size.sectorSize);
+        sizes[number] = size;
+        if (!volumes.empty()) {
+            Disks[number] = std::move(volumes);
+        }
+    }
+    for (auto& [number, entries] : Disks) {
+        SortByStart(entries);
+        FillGaps(number, entries);
+        SortByStart(entries);
+    }
+    AddWholeDisks();
+    NumberEntries();
+    return 1;
+}
+
+// Converts the entries from bytes to sectors, and adds what lies between them. Signed, since an entry may begin in front
+// of the first track's end.
+void DiskEnumerator::FillGaps(std::uint32_t diskNumber, std::vector<VolumeRecord>& entries)
+{
+    const DiskSize& disk = sizes[diskNumber];
+    SectorSize = static_cast<std::int32_t>(disk.sectorSize);
+    constexpr auto Cylinder = static_cast<std::int64_t>(GeometryCylinderSectors);
+    const auto total = static_cast<std::int64_t>(GeometrySectors(disk.bytes / disk.sectorSize));
+    auto cursor = static_cast<std::int64_t>(GeometrySectorsPerTrack);
+    std::vector<VolumeRecord> gaps;
+    const auto addGap = [&](std::int64_t end) {
+        if (end - cursor > Cylinder) {
+            gaps.push_back(MakeGap(diskNumber, static_cast<std::uint64_t>(cursor),
+                                   static_cast<std::uint64_t>(end - cursor), disk.sectorSize));
+        }
+    };
+    for (VolumeRecord& entry : entries) {
+        entry.StartSector /= disk.sectorSize;
+        entry.SectorCount /= disk.sectorSize;
+        addGap(static_cast<std::int64_t>(entry.StartSector));
+        cursor = static_cast<std::int64_t>(entry.StartSector + entry.SectorCount);
+    }
+    addGap(total);
+    entries.insert(entries.end(), gaps.begin(), gaps.end());
+}
+
+void DiskEnumerator::AddWholeDisks()
+{
+    for (const auto& [number, disk] : sizes) {
+        if (!Disks.contains(number)) {
+            SectorSize = static_cast<std::int32_t>(disk.sectorSize);
+            Disks[number].push_back(
+                MakeGap(number, 0, GeometrySectors(disk.bytes / disk.sectorSize), disk.sectorSize));
+        }
+    }
+}
+
+// The first list is numbered 1, 2, 3 ... Later ones keep what is known by its place, and what is new gets a number that
+// nothing had in this run: records find the target that they were found on by it.
+void DiskEnumerator::NumberEntries()
+{
+    char16_t counter = 0;
+    std::set<Place> placesNow;
+    for (auto& [disk, entries] : Disks) {
+        for (VolumeRecord& entry : entries) {
+            Place place{disk, entry.StartSector, 0};
+            while (placesNow.contains(place)) {
+                ++std::get<2>(place);
+            }
+            placesNow.insert(place);
+            ++counter;
+            const auto known = givenNumbers.find(place);
+            entry.Letter = known != givenNumbers.end() ? known->second
+                           : numberedBefore            ? NewNumber()
+                                                       : counter;
+            givenNumbers[place] = entry.Letter;
+            usedNumbers.insert(entry.Letter);
+        }
+    }
+    numberedBefore = true;
+}
+
+char16_t DiskEnumerator::NewNumber()
+{
+    char16_t number =
+        usedNumbers.empty() ? char16_t{1} : static_cast<char16_t>(*usedNumbers.rbegin() + 1);
+    while (ReadsAsLetter(number)) {
+        ++number;
+    }
+    return number;
+}
+
+int DiskEnumerator::Next(VolumeRecord& outRecord)
+{
+    auto disk = Disks.lower_bound(cursorDisk);
+    while (disk != Disks.end() &&
+           (disk->first != cursorDisk || cursorEntry >= disk->second.size())) {
+        if (disk->first == cursorDisk) {
+            ++disk;
+        }
+        cursorDisk = disk != Disks.end() ? disk->first : cursorDisk;
+        cursorEntry = 0;
+    }
+    if (disk == Disks.end()) {
+        return 0;
+    }
+    outRecord = disk->second[cursorEntry++];
+    return 1;
+}
+
+int DiskEnumerator::FindMissing(const std::vector<VolumeRecord>& previous,
+                                std::vector<VolumeRecord>& outList)
+{
+    const int result = Enumerate();
+    std::vector<VolumeRecord> current;
+    Snapshot(current);
+    bool missing = false;
+    for (const VolumeRecord& volume : previous) {
+        if (std::none_of(current.begin(), current.end(), [&volume](const VolumeRecord& entry) {
+                return IsSameVolume(entry, volume);
+            })) {
+            outList.push_back(volume);
+            missing = true;
+        }
+    }
+    return missing ? 1 : result;
+}
+
+void DiskEnumerator::Snapshot(std::vector<VolumeRecord>& outList) const
+{
+    outList.clear();
+    for (const auto& [disk, entries] : Disks) {
+        outList.insert(outList.end(), entries.begin(), entries.end());
+    }
+}

@@ -1,0 +1,52 @@
+// The list of what can be scanned: the partitions of every disk, the gaps between them, and disks without any.
+#pragma once
+
+#include "platform/StorageMap.h"
+#include "storage/VolumeRecord.h"
+
+#include <cstdint>
+#include <map>
+#include <set>
+#include <tuple>
+#include <vector>
+
+// Keep one for the whole run: an entry that is found again keeps its number, and no number is given twice. Not thread-safe.
+class DiskEnumerator
+{
+public:
+    // Clears Disks and fills them. 1, or 0 when the system does not list its disks.
+    int Enumerate();
+    // The entries disk by disk, in the order of Disks. 0 at the end, with outRecord untouched.
+    int Next(VolumeRecord& outRecord);
+    // Enumerates anew and gives what of the earlier entries is missing now. The result of the enumeration, or 1 when
+    // something is missing.
+    int FindMissing(const std::vector<VolumeRecord>& previous, std::vector<VolumeRecord>& outList);
+    // Replaces outList by all entries, disk by disk.
+    void Snapshot(std::vector<VolumeRecord>& outList) const;
+
+    // Bytes per sector of the disk that was read last.
+    std::int32_t SectorSize = 512;
+    // Disk number to its entries, by their start.
+    std::map<std::uint32_t, std::vector<VolumeRecord>> Disks;
+
+private:
+    struct DiskSize
+    {
+        std::uint64_t bytes = 0;
+        std::uint32_t sectorSize = 512;
+    };
+
+    void FillGaps(std::uint32_t diskNumber, std::vector<VolumeRecord>& entries);
+    void AddWholeDisks();
+    void NumberEntries();
+    char16_t NewNumber();
+
+    // Disk number, start sector, and which of the entries there: damaged tables have several.
+    using Place = std::tuple<std::uint32_t, std::uint64_t, std::size_t>;
+    std::map<std::uint32_t, DiskSize> sizes;
+    std::map<Place, char16_t> givenNumbers;
+    std::set<char16_t> usedNumbers;
+    bool numberedBefore = false;
+    std::uint32_t cursorDisk = 0;
+    std::size_t cursorEntry = 0;
+};

@@ -1,0 +1,250 @@
+#include "storage/VolumeReading.h"
+
+#include "platform/BlockProbe.h"
+#include "platform/Text.h"
+#include "storage/ByteReader.h"
+#include "storage/VolumeSpace.h"
+
+#include <algorithm>
+#include <array>
+#include <charconv>
+#include <optional>
+#include <string_view>
+
+namespace {
+
+constexpr std::uint8_t TypeOther = 7;  // of what no table gives a type that fits one byte
+constexpr std::uint8_t TypeLinux = 0x83;
+
+struct GuidRow
+{
+    std::string_view guid;
+    std::uint8_t type;
+};
+
+constexpr GuidRow GuidTypes[] = {
+    {"c12a7328-f81f-11d2-ba4b-00a0c93ec93b", 0xEF},  // system partition of the firmware
+    {"0fc63daf-8483-4772-8e79-3d69d8477de4", TypeLinux},
+    {"0657fd6d-a4ab-43c4-84e5-0933c84b4f4f", 0x82},  // swap
+    {"e6d6d379-f507-44c2-a23c-238f2a3df928", 0x8E},  // part of a volume group
+    {"a19d880f-05fc-4d3b-a006-743f0f84911e", 0xFD},  // part of an array
+    {"e3c9e316-0b5c-4db8-817d-f92df00215ae", 0},     // reserved: no volume, and left out
+};
+
+std::uint8_t TypeOfGuid(std::string_view guid)
+{
+    const auto* const row =
+        std::find_if(std::begin(GuidTypes), std::end(GuidTypes),
+                     [guid](const GuidRow& known) { return known.guid == guid; });
+    return row != std::end(GuidTypes) ? row->type : TypeOther;
+}
+
+bool IsExtended(std::uint8_t dosType)
+{
+    return dosType == 0x05 || dosType == 0x0F || dosType == 0x85;
+}
+
+// The file system knows better than the table.
+std::uint8_t TypeOfFileSystem(std::string_view name, std::uint8_t tableType)
+{
+    if (EqualIgnoringAsciiCase(name, "NTFS")) {
+        return 7;
+    }
+    if (EqualIgnoringAsciiCase(name, "FAT32")) {
+        return 11;
+    }
+    return EqualIgnoringAsciiCase(name, "FAT") ? 6 : tableType;
+}
+
+// One disk while it is read.
+class DiskReading
+{
+public:
+    DiskReading(const BlockDevice& device, std::uint32_t number, const StorageMap& map)
+        : disk(device),
+          diskNumber(number),
+          storage(map),
+          sizeBytes(device.sizeBytes),
+          sectorSize(device.sectorSize)
+    {
+    }
+
+    std::vector<VolumeRecord> FromDisk(FileHandle handle);
+    std::vector<VolumeRecord> FromSystemTables();
+
+    std::uint64_t SizeBytes() const { return sizeBytes; }
+    std::uint32_t SectorSize() const { return sectorSize; }
+
+private:
+    VolumeRecord
+    Begin(std::uint32_t partition, std::uint64_t startByte, std::uint64_t byteCount) const;
+    void Finish(VolumeRecord& volume, std::uint8_t tableType, IByteReader* reader) const;
+    void ProbeInto(VolumeRecord& volume, const FileHandle& handle) const;
+
+    const BlockDevice& disk;
+    std::uint32_t diskNumber;
+    const StorageMap& storage;
+    std::uint64_t sizeBytes;
+    std::uint32_t sectorSize;
+};
+
+VolumeRecord
+DiskReading::Begin(std::uint32_t partition, std::uint64_t startByte, std::uint64_t byteCount) const
+{
+    VolumeRecord volume;
+    volume.DiskNumber = diskNumber;
+    volume.PartitionNumber = partition;
+    volume.StartSector = startByte;
+    volume.SectorCount = byteCount;
+    return volume;
+}
+
+// Type, mount point and how full it is. Of a mounted file system it is itself that is asked.
+void DiskReading::Finish(VolumeRecord& volume, std::uint8_t tableType, IByteReader* reader) const
+{
+    volume.TotalBytes = volume.SectorCount;
+    VolumeSpace space;
+    const MountEntry* mount = FindMountAt(storage, disk.deviceNumber, volume.StartSector);
+    if (mount != nullptr) {
+        if (volume.FileSystemName.empty()) {
+            volume.FileSystemName = MountedFileSystemName(*mount);
+        }
+        volume.RootPath = mount->mountPoint + (mount->mountPoint.ends_with('/') ? "" : "/");
+    }
+    const bool told = (mount != nullptr && FileSystemSpace(mount->mountPoint, &space.totalBytes,
+                                                           &space.freeBytes) == ResultSuccess) ||
+                      (reader != nullptr &&
+                       ReadVolumeSpace(*reader, volume.StartSector, volume.SectorCount, space));
+    if (told) {
+        volume.TotalBytes = space.totalBytes;
+        volume.FreeBytes = std::min(space.freeBytes, space.totalBytes);
+    }
+    volume.UsedBytes = volume.TotalBytes - volume.FreeBytes;
+    volume.PartitionType = TypeOfFileSystem(volume.FileSystemName, tableType);
+}
+
+void DiskReading::ProbeInto(VolumeRecord& volume, const FileHandle& handle) const
+{
+    const ProbedFileSystem found =
+        ProbeFileSystem(handle, volume.StartSector, volume.SectorCount, sectorSize);
+    volume.FileSystemName = found.name;
+    volume.VolumeLabel = found.label;
+}
+
+std::vector<VolumeRecord> DiskReading::FromDisk(FileHandle handle)
+{
+    // A file in place of a device tells its size only so; and what was written through another node is not seen here as
+    // long as the system keeps what it has read before.
+    if (handle.Size(&sizeBytes) != ResultSuccess) {
+        sizeBytes = disk.sizeBytes;
+    }
+    sectorSize = std::max(sectorSize, handle.DeviceSectorSize());
+    handle.DropCache();
+    const ProbedTable table = ProbePartitionTable(handle, sectorSize);
+    std::vector<VolumeRecord> volumes;
+    std::vector<std::uint8_t> types;
+    for (const ProbedPartition& partition : table.partitions) {
+        const std::uint8_t type =
+            table.kind == "dos" ? partition.type : TypeOfGuid(partition.typeGuid);
+        // A disk that was cut, or whose table is damaged, has partitions behind its end.
+        if (partition.extended || type == 0 || partition.startByte >= sizeBytes) {
+            continue;
+        }
+        volumes.push_back(Begin(partition.number, partition.startByte,
+                                std::min(partition.byteCount, sizeBytes - partition.startByte)));
+        types.push_back(type);
+    }
+    if (table.partitions.empty() &&
+        ProbeFileSystem(handle, 0, sizeBytes, sectorSize).isFileSystem) {
+        volumes.push_back(Begin(0, 0, sizeBytes));
+        types.push_back(TypeLinux);
+    }
+    for (VolumeRecord& volume : volumes) {
+        ProbeInto(volume, handle);
+    }
+    const std::unique_ptr<IByteReader> reader = MakeHandleReader(std::move(handle));
+    for (std::size_t i = 0; i < volumes.size(); ++i) {
+        Finish(volumes[i], types[i], reader.get());
+    }
+    return volumes;
+}
+
+std::optional<std::uint8_t> DosType(std::string_view text)
+{
+    constexpr std::string_view Prefix = "0x";
+    unsigned type = 0;
+    if (!text.starts_with(Prefix)) {
+        return std::nullopt;
+    }
+    text.remove_prefix(Prefix.size());
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), type, 16);
+    return error == std::errc() && type <= 0xFF ? std::optional(static_cast<std::uint8_t>(type))
+                                                : std::nullopt;
+}
+
+std::vector<VolumeRecord> DiskReading::FromSystemTables()
+{
+    // The kernel shows an extended partition as two sectors, so that nobody writes over it.
+    constexpr std::uint64_t ExtendedBytes = 1024;
+    std::vector<VolumeRecord> volumes;
+    for (const KernelPartition& partition : disk.partitions) {
+        const ManagedProperties known = ReadManagedProperties(partition.deviceNumber);
+        const std::optional<std::uint8_t> dosType = DosType(known.partitionType);
+        const std::uint8_t type = dosType.value_or(TypeOfGuid(known.partitionType));
+        const bool extended = dosType ? IsExtended(*dosType) : partition.byteCount <= ExtendedBytes;
+        if (extended || type == 0 || partition.startByte >= sizeBytes) {
+            continue;
+        }
+        VolumeRecord volume = Begin(partition.number, partition.startByte,
+                                    std::min(partition.byteCount, sizeBytes - partition.startByte));
+        volume.FileSystemName = known.fileSystem;
+        volume.VolumeLabel = known.label;
+        Finish(volume, type, nullptr);
+        volumes.push_back(std::move(volume));
+    }
+    const ManagedProperties whole = ReadManagedProperties(disk.deviceNumber);
+    const bool mounted = FindMountAt(storage, disk.deviceNumber, 0) != nullptr;
+    if (disk.partitions.empty() && (mounted || !whole.fileSystem.empty())) {
+        VolumeRecord volume = Begin(0, 0, sizeBytes);
+        volume.FileSystemName = whole.fileSystem;
+        volume.VolumeLabel = whole.label;
+        Finish(volume, TypeLinux, nullptr);
+        volumes.push_back(std::move(volume));
+    }
+    return volumes;
+}
+
+}  // namespace
+
+const MountEntry*
+FindMountAt(const StorageMap& storage, const std::string& diskDeviceNumber, std::uint64_t startByte)
+{
+    for (const MountEntry& mount : storage.Mounts()) {
+        std::string device = mount.deviceNumber;
+        if (device.starts_with("0:") && mount.source.starts_with("/dev/")) {
+            device = DeviceNumberOf(mount.source);  // a file system with numbers of its own
+        }
+        for (const StorageExtent& extent : storage.OfDevice(device)) {
+            if (extent.deviceNumber == diskDeviceNumber && extent.startByte == startByte) {
+                return &mount;
+            }
+        }
+    }
+    return nullptr;
+}
+
+std::vector<VolumeRecord> ReadVolumes(const BlockDevice& disk,
+                                      std::uint32_t diskNumber,
+                                      const StorageMap& storage,
+                                      std::uint64_t* outSizeBytes,
+                                      std::uint32_t* outSectorSize)
+{
+    DiskReading reading(disk, diskNumber, storage);
+    FileHandle handle;
+    std::vector<VolumeRecord> volumes = handle.OpenForReading(disk.Node()) == ResultSuccess
+                                            ? reading.FromDisk(std::move(handle))
+                                            : reading.FromSystemTables();
+    *outSizeBytes = reading.SizeBytes();
+    *outSectorSize = reading.SectorSize();
+    return volumes;
+}

@@ -1,0 +1,22 @@
+// What stands on one disk: its partitions, or the file system that it holds without a table.
+#pragma once
+
+#include "platform/StorageMap.h"
+#include "storage/VolumeRecord.h"
+
+#include <cstdint>
+#include <vector>
+
+// The volumes of a disk in the order of its table. StartSector and SectorCount hold bytes here: the list converts them
+// when it looks for gaps. Where the user may not read the disk, what the system's own tables tell has to do.
+// outSizeBytes and outSectorSize are the disk's.
+std::vector<VolumeRecord> ReadVolumes(const BlockDevice& disk,
+                                      std::uint32_t diskNumber,
+                                      const StorageMap& storage,
+                                      std::uint64_t* outSizeBytes,
+                                      std::uint32_t* outSectorSize);
+
+// The first mount of the file system that begins at a byte of a disk; null when there is none.
+const MountEntry* FindMountAt(const StorageMap& storage,
+                              const std::string& diskDeviceNumber,
+                              std::uint64_t startByte);
