@@ -56,6 +56,20 @@ const char* EnvironmentValue(const char* name)
     return value != nullptr && *value != '\0' ? value : nullptr;
 }
 
+// The folder that a variable names, else one below the user's home.
+std::filesystem::path UserFolder(const char* variable, const char* belowHome)
+{
+    // A relative path in such a variable is to be ignored.
+    if (const char* named = EnvironmentValue(variable); named != nullptr && *named == '/') {
+        return named;
+    }
+    if (const char* home = EnvironmentValue("HOME")) {
+        return std::filesystem::path(home) / belowHome;
+    }
+    const passwd* user = ::getpwuid(::geteuid());  // NOLINT(concurrency-mt-unsafe): as above
+    return std::filesystem::path(user != nullptr ? user->pw_dir : "/") / belowHome;
+}
+
 }  // namespace
 
 ResultCode MakeFolderWithParents(const std::filesystem::path& path)
@@ -137,22 +151,22 @@ ResultCode ListFolder(const std::filesystem::path& path, std::vector<std::string
 
 std::filesystem::path ApplicationDataFolder()
 {
-    if (!ChosenDataFolder().empty()) {
-        return ChosenDataFolder();
-    }
-    // A relative path in this variable is to be ignored.
-    if (const char* dataHome = EnvironmentValue("XDG_DATA_HOME");
-        dataHome != nullptr && *dataHome == '/') {
-        return dataHome;
-    }
-    if (const char* home = EnvironmentValue("HOME")) {
-        return std::filesystem::path(home) / ".local/share";
-    }
-    const passwd* user = ::getpwuid(::geteuid());  // NOLINT(concurrency-mt-unsafe): as above
-    return std::filesystem::path(user != nullptr ? user->pw_dir : "/") / ".local/share";
+    return ChosenDataFolder().empty() ? UserFolder("XDG_DATA_HOME", ".local/share")
+                                      : ChosenDataFolder();
 }
 
 void SetApplicationDataFolder(const std::filesystem::path& path)
 {
     ChosenDataFolder() = path;
+}
+
+std::filesystem::path ConfigurationFolder()
+{
+    return UserFolder("XDG_CONFIG_HOME", ".config");
+}
+
+std::filesystem::path ProgramFolder()
+{
+    std::error_code ignored;
+    return std::filesystem::read_symlink("/proc/self/exe", ignored).parent_path();
 }

@@ -40,3 +40,8 @@ bool IsWritableFolder(const std::filesystem::path& path);
 std::filesystem::path ApplicationDataFolder();
 // Puts another folder in its place for the rest of the process (a command-line option, tests).
 void SetApplicationDataFolder(const std::filesystem::path& path);
+
+// XDG_CONFIG_HOME, else ~/.config, else the same in the home folder of the user database.
+std::filesystem::path ConfigurationFolder();
+// The folder that the running program stands in; empty when the system does not tell.
+std::filesystem::path ProgramFolder();
