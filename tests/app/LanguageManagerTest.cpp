@@ -1,0 +1,159 @@
+#include "app/LanguageManager.h"
+
+#include "tests/app/WriteText.h"
+
+#include <gtest/gtest.h>
+
+namespace {
+
+class LanguageManagerTest : public testing::Test
+{
+protected:
+    LanguageManagerTest()
+    {
+        WriteText(data / "config.ini", "; kept\n[DefaultLanguage]\nDefault=Second\n"
+                                       "[Languages]\nFirst=One = 1\nSecond=Two\n");
+        WriteText(data / "Languages/First.ini", "[Messages]\nA=first\nOnly=here\n");
+        WriteText(data / "Languages/Second.ini",
+                  "[Messages]\nA=old\nB=x=y\nA=second\n[Other]\nA=other\n");
+        WriteText(data / "Languages/English.ini", "[Messages]\nA=english\n");
+        WriteText(folder / "outside.ini", "[Messages]\nA=outside\n");
+    }
+
+    LanguagePaths Paths() const { return {data, own}; }
+    std::string TextOf(const char* key) const
+    {
+        return LanguageManager(Paths()).GetSection("Messages").Get(key);
+    }
+
+    TempFolder folder;
+    std::filesystem::path data = folder / "data";
+    std::filesystem::path own = folder / "own" / "config.ini";
+};
+
+TEST_F(LanguageManagerTest, ReadsTheChosenLanguageAndTheMenu)
+{
+    LanguageManager manager(Paths());
+    EXPECT_EQ(manager.GetCurrentLanguage(), "Second");
+    EXPECT_EQ(manager.GetLanguages(),
+              (std::vector<LanguageEntry>{{"First", "One = 1"}, {"Second", "Two"}}));
+    EXPECT_EQ(manager.GetSection("Messages").Get("A"), "second");
+    EXPECT_EQ(manager.GetSection("Messages").Get("B"), "x=y");
+    EXPECT_EQ(manager.GetSection("Other").Get("A"), "other");
+
+    // What is asked for and missing is there from then on, with an empty text.
+    EXPECT_EQ(manager.GetSection("None").Get("A"), "");
+    EXPECT_EQ(manager.GetSection("None").Entries().size(), 1u);
+}
+
+TEST_F(LanguageManagerTest, AMissingConfigFileGivesEnglishAndNoMenu)
+{
+    std::filesystem::remove(data / "config.ini");
+    LanguageManager manager(Paths());
+    EXPECT_EQ(manager.GetCurrentLanguage(), "English");
+    EXPECT_TRUE(manager.GetLanguages().empty());
+    EXPECT_EQ(manager.GetSection("Messages").Get("A"), "english");
+
+    ASSERT_EQ(manager.SetLanguage("First"), ResultSuccess);
+    EXPECT_EQ(ReadText(data / "config.ini"), "[DefaultLanguage]\nDefault=First\n");
+}
+
+TEST_F(LanguageManagerTest, AMissingLanguageFileGivesEmptyTexts)
+{
+    std::filesystem::remove(data / "Languages/Second.ini");
+    EXPECT_EQ(TextOf("A"), "");
+}
+
+TEST_F(LanguageManagerTest, SettingALanguageReplacesAllTextsAndIsRemembered)
+{
+    LanguageManager manager(Paths());
+    LanguageSection& messages = manager.GetSection("Messages");
+    ASSERT_EQ(manager.SetLanguage("First"), ResultSuccess);
+    EXPECT_EQ(manager.GetCurrentLanguage(), "First");
+    EXPECT_EQ(messages.Get("A"), "first");  // a reference taken before
+    EXPECT_EQ(messages.Get("B"), "");
+    EXPECT_TRUE(manager.GetSection("Other").Entries().empty());
+    EXPECT_EQ(ReadText(data / "config.ini"), "; kept\n[DefaultLanguage]\nDefault=First\n"
+                                             "[Languages]\nFirst=One = 1\nSecond=Two\n");
+    EXPECT_FALSE(std::filesystem::exists(own));
+    EXPECT_EQ(TextOf("Only"), "here");
+}
+
+TEST_F(LanguageManagerTest, TheUsersFileTakesTheChoiceWhereTheDataFolderCannotAndThenWins)
+{
+    std::filesystem::create_directory(data / "config.ini.tmp");  // in the way of writing
+    LanguageManager manager(Paths());
+    ASSERT_EQ(manager.SetLanguage("First"), ResultSuccess);
+    EXPECT_EQ(ReadText(own), "[DefaultLanguage]\nDefault=First\n");
+    EXPECT_EQ(LanguageManager(Paths()).GetLanguages().size(), 2u);  // from the data folder
+
+    // Once there, it is written although the data folder could be again.
+    std::filesystem::remove(data / "config.ini.tmp");
+    ASSERT_EQ(manager.SetLanguage("English"), ResultSuccess);
+    EXPECT_EQ(TextOf("A"), "english");
+    EXPECT_NE(ReadText(data / "config.ini").find("Default=Second"), std::string::npos);
+
+    WriteText(own, "[Languages]\nMine=My own\n");
+    LanguageManager mixed(Paths());
+    EXPECT_EQ(mixed.GetCurrentLanguage(), "Second");
+    EXPECT_EQ(mixed.GetLanguages(), (std::vector<LanguageEntry>{{"Mine", "My own"}}));
+}
+
+TEST_F(LanguageManagerTest, ALanguageThatCannotBeWrittenDownLastsForTheRun)
+{
+    std::filesystem::create_directory(data / "config.ini.tmp");
+    WriteText(folder / "own", "a file where the folder should be");
+    LanguageManager manager(Paths());
+    EXPECT_NE(manager.SetLanguage("First"), ResultSuccess);
+    EXPECT_EQ(manager.GetSection("Messages").Get("A"), "first");
+    EXPECT_EQ(TextOf("A"), "second");
+}
+
+TEST_F(LanguageManagerTest, AFileThatIsTooLargeToKeepIsNotReplaced)
+{
+    WriteText(own, "[Languages]\nMine=x\n" + std::string(IniReader::MaxFileBytes, ';'));
+    const auto size = std::filesystem::file_size(own);
+    EXPECT_NE(LanguageManager(Paths()).SetLanguage("First"), ResultSuccess);
+    EXPECT_EQ(std::filesystem::file_size(own), size);
+}
+
+TEST_F(LanguageManagerTest, NoStemLeadsOutOfTheFolder)
+{
+    const std::string stems[] = {
+        "../../outside", "..",   ".",      "",          ".hidden",
+        "a/b",           "a\\b", "a\nb=c", "\"First\"", folder / "outside"};
+    LanguageManager manager(Paths());
+    for (const std::string& stem : stems) {
+        EXPECT_EQ(manager.SetLanguage(stem), ResultInvalidParameter) << stem;
+        EXPECT_EQ(manager.GetSection("Messages").Get("A"), "second") << stem;
+    }
+    for (const char* stem : {"../../outside", "", "/etc/x"}) {
+        WriteText(data / "config.ini", std::string("[DefaultLanguage]\nDefault=") + stem + "\n");
+        EXPECT_EQ(TextOf("A"), "english") << stem;
+    }
+    WriteText(data / "config.ini", "[DefaultLanguage]\nDefault=\"First\"\n");
+    EXPECT_EQ(TextOf("A"), "first");
+}
+
+TEST_F(LanguageManagerTest, CutsTheNameOfALanguageAndTheLinesOfItsFile)
+{
+    const std::string longStem(64, 'n');
+    WriteText(data / ("Languages/" + longStem + ".ini"),
+              "[Messages]\nA=" + std::string(2000, 'v') + "\n");
+    WriteText(data / "config.ini", "[DefaultLanguage]\nDefault=" + longStem +
+                                       "more\n[Languages]\nx=" + std::string(200, 'm') + "\n");
+    LanguageManager manager(Paths());
+    EXPECT_EQ(manager.GetCurrentLanguage(), longStem);
+    EXPECT_EQ(manager.GetSection("Messages").Get("A").size(), 1024u - 2);
+    EXPECT_EQ(manager.GetLanguages().at(0).menuText.size(), 128u - 2);
+}
+
+TEST(LanguageManager, TheProgramFindsTheFilesBesideItself)
+{
+    const LanguagePaths paths = LanguagePaths::OfThisProgram();
+    EXPECT_FALSE(paths.dataFolder.empty());
+    EXPECT_EQ(paths.userConfigPath.filename(), "config.ini");
+    EXPECT_EQ(paths.userConfigPath.parent_path().filename(), "OrvantaLumivault");
+}
+
+}  // namespace
