@@ -100,6 +100,13 @@ StorageBelow StorageMap::OfMount(const MountEntry& mount) const
     return Finish(walk);
 }
 
+StorageBelow StorageMap::BelowDevice(const std::string& deviceNumber) const
+{
+    Walk walk;
+    walk.devices.push_back(deviceNumber);
+    return Finish(walk);
+}
+
 std::vector<StorageExtent> StorageMap::OfDevice(const std::string& deviceNumber) const
 {
     for (const BlockDevice& device : m_devices) {

@@ -42,6 +42,8 @@ public:
     StorageBelow OfPath(const std::filesystem::path& path) const;
     // Where a mounted file system lies.
     StorageBelow OfMount(const MountEntry& mount) const;
+    // What a disk or partition stands on by its number, itself included.
+    StorageBelow BelowDevice(const std::string& deviceNumber) const;
     // What a disk or partition is by its number: one extent; none when the number is not known.
     std::vector<StorageExtent> OfDevice(const std::string& deviceNumber) const;
 

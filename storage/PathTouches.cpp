@@ -15,6 +15,14 @@ Touching Judge(bool touches, const StorageBelow& below)
     return below.complete ? Touching::No : Touching::Unknown;
 }
 
+bool IsOneOf(const std::filesystem::path& path, const std::vector<FileIdentity>& files)
+{
+    FileIdentity identity;
+    return IdentifyPath(path, identity) == ResultSuccess &&
+           std::any_of(files.begin(), files.end(),
+                       [&identity](const FileIdentity& file) { return file.SameFile(identity); });
+}
+
 }  // namespace
 
 Touching PathTouches(const std::filesystem::path& path,
@@ -29,7 +37,11 @@ Touching PathTouches(const std::filesystem::path& path,
     if (disk->deviceNumber.empty()) {
         return PathTouchesImage(path, DriveRegistry::Instance().DeviceOf(diskNumber));
     }
-    const StorageBelow below = StorageMap().OfPath(path);
+    const StorageMap storage;
+    if (IsOneOf(path, storage.BelowDevice(disk->deviceNumber).imageFiles)) {
+        return Touching::Yes;
+    }
+    const StorageBelow below = storage.OfPath(path);
     const bool touches =
         std::any_of(below.extents.begin(), below.extents.end(), [&](const StorageExtent& extent) {
             return extent.deviceNumber == disk->deviceNumber &&
@@ -45,8 +57,5 @@ Touching PathTouchesImage(const std::filesystem::path& path, const std::filesyst
         return Touching::Unknown;
     }
     const StorageBelow below = StorageMap().OfPath(path);
-    const bool touches =
-        std::any_of(below.imageFiles.begin(), below.imageFiles.end(),
-                    [&image](const FileIdentity& file) { return file.SameFile(image); });
-    return Judge(touches, below);
+    return Judge(IsOneOf(imageFile, below.imageFiles) || IsOneOf(path, {image}), below);
 }

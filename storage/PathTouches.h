@@ -12,11 +12,12 @@ enum class Touching
 };
 
 // The path, or the nearest folder above it that exists, lies on these bytes of a disk of the DriveRegistry: also by way
-// of partitions, loop devices, encryption, volume groups, arrays and programs that mount image files.
+// of partitions, loop devices, encryption, volume groups, arrays and programs that mount image files. The file that a loop
+// device shows as a disk counts as that disk.
 Touching PathTouches(const std::filesystem::path& path,
                      std::uint32_t diskNumber,
                      std::uint64_t startByte,
                      std::uint64_t byteCount);
-// The file system that holds the path is mounted from that image file. The image's own folder does not count.
+// The path is that image file, or lies in a file system that is mounted from it. The image's own folder does not count.
 Touching PathTouchesImage(const std::filesystem::path& path,
                           const std::filesystem::path& imageFile);

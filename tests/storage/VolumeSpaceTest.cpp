@@ -1,0 +1,137 @@
+#include "storage/VolumeSpace.h"
+
+#include "tests/support/Bytes.h"
+#include "tests/support/FatCard.h"
+#include "tests/support/RunCommand.h"
+
+#include <gtest/gtest.h>
+
+#include <regex>
+
+namespace {
+
+constexpr std::uint64_t MiB = 1 << 20;
+
+class VolumeSpaceTest : public testing::Test
+{
+protected:
+    bool Read(const std::filesystem::path& image, std::uint64_t startByte = 0)
+    {
+        FileHandle handle;
+        EXPECT_EQ(handle.OpenForReading(image), ResultSuccess);
+        std::uint64_t size = 0;
+        EXPECT_EQ(handle.Size(&size), ResultSuccess);
+        return ReadVolumeSpace(*MakeHandleReader(std::move(handle)), startByte, size - startByte,
+                               space);
+    }
+
+    // The digits behind a word in what a program prints.
+    static std::uint64_t NumberAfter(const std::string& text, const std::string& pattern)
+    {
+        std::smatch match;
+        EXPECT_TRUE(std::regex_search(text, match, std::regex(pattern))) << text;
+        std::string digits = match[1];
+        std::erase_if(digits, [](char letter) { return letter < '0' || letter > '9'; });
+        return std::stoull(digits);
+    }
+
+    TempFolder folder;
+    VolumeSpace space;
+};
+
+TEST_F(VolumeSpaceTest, FatVolumesAreAsFullAsMtoolsSays)
+{
+    if (const std::string missing = FatCard::MissingTools(); !missing.empty()) {
+        GTEST_SKIP() << missing;
+    }
+    struct FatCase
+    {
+        int bits;
+        std::uint64_t bytes;
+        std::uint32_t clusterSectors;
+        std::uint64_t start;
+    };
+    // The last FAT needs several reads.
+    for (const FatCase& row : {FatCase{12, 3 * MiB, 2, 0}, FatCase{16, 40 * MiB, 4, 1 * MiB},
+                               FatCase{32, 300 * MiB, 1, 0}}) {
+        FatOptions options;
+        options.fatBits = row.bits;
+        options.volumeBytes = row.bytes;
+        options.sectorsPerCluster = row.clusterSectors;
+        options.startByte = row.start;
+        const FatCard card(folder / ("fat" + std::to_string(row.bits)), options);
+        card.Put("a", RandomBytes(MiB + 1, 1));
+        card.Put("b", RandomBytes(MiB, 1));
+        card.Delete("a");
+        ASSERT_TRUE(Read(card.ImagePath(), row.start)) << row.bits;
+        const std::string listing =
+            MustRun({"mdir", "-i", card.ImagePath().string() + "@@" + std::to_string(row.start)},
+                    {"MTOOLS_SKIP_CHECK=1"});
+        EXPECT_EQ(space.freeBytes, NumberAfter(listing, "([0-9 ]+) bytes free")) << row.bits;
+        EXPECT_GT(space.totalBytes, row.bytes * 9 / 10);
+        EXPECT_LT(space.totalBytes, row.bytes);
+    }
+}
+
+TEST_F(VolumeSpaceTest, NtfsVolumesAreAsFullAsTheirOwnToolSays)
+{
+    if (const std::string missing = MissingTool({"mkntfs", "ntfsinfo", "ntfscp"});
+        !missing.empty()) {
+        GTEST_SKIP() << missing;
+    }
+    for (const std::uint32_t clusterBytes : {512u, 4096u, 65536u}) {
+        const ImageFile image(folder / ("ntfs" + std::to_string(clusterBytes)), 24 * MiB + 512 * 7);
+        MustRun({"mkntfs", "-F", "-Q", "-q", "-s", "512", "-p", "0", "-H", "255", "-S", "63", "-c",
+                 std::to_string(clusterBytes), image.Path()});
+        WriteFileBytes(folder / "some", RandomBytes(3 * MiB, 3));
+        MustRun({"ntfscp", "-f", image.Path(), folder / "some", "some"});
+        ASSERT_TRUE(Read(image.Path())) << clusterBytes;
+        const std::string told = MustRun({"ntfsinfo", "-f", "-m", image.Path()});
+        EXPECT_EQ(space.freeBytes, NumberAfter(told, "Free Clusters: *([0-9]+)") * clusterBytes);
+        EXPECT_EQ(space.totalBytes,
+                  NumberAfter(told, "Volume Size in Clusters: *([0-9]+)") * clusterBytes);
+    }
+}
+
+TEST_F(VolumeSpaceTest, DamagedTablesGiveAnAnswerOrNone)
+{
+    if (const std::string missing = MissingTool({"mkntfs", "mkfs.fat"}); !missing.empty()) {
+        GTEST_SKIP() << missing;
+    }
+    const ImageFile ntfs(folder / "ntfs", 4 * MiB);
+    MustRun(
+        {"mkntfs", "-F", "-Q", "-q", "-s", "512", "-p", "0", "-H", "255", "-S", "63", ntfs.Path()});
+    FatOptions options;
+    options.volumeBytes = 4 * MiB;
+    options.fatBits = 12;
+    options.sectorsPerCluster = 4;
+    const FatCard fat(folder / "fat", options);
+    const ByteVector boot = ntfs.Read(0, 512);
+    const std::uint64_t cluster = boot[13] * 512u;
+    const std::uint64_t bitmapRecord = boot[48] * cluster + 6 * 1024;
+    int answers = 0;
+    for (std::uint64_t seed = 0; seed < 2000; ++seed) {
+        const bool isNtfs = seed % 2 == 0;
+        const ImageFile image(isNtfs ? ntfs.Path() : fat.ImagePath());
+        const std::uint64_t at = isNtfs && seed % 4 == 0 ? bitmapRecord : 0;
+        const std::uint64_t size = at != 0 ? 1024 : 90;
+        const ByteVector whole = image.Read(at, size);
+        ByteVector damaged = whole;
+        const ByteVector random = RandomBytes(6, seed);
+        damaged[(random[0] * 256u + random[1]) % size] = random[2];
+        damaged[(random[3] * 256u + random[4]) % size] = random[5];
+        image.PutAt(at, damaged);
+        if (Read(image.Path())) {
+            ++answers;
+            EXPECT_LE(space.freeBytes, space.totalBytes) << seed;
+            EXPECT_LE(space.totalBytes, std::uint64_t{1} << 62) << seed;
+        }
+        image.PutAt(at, whole);
+    }
+    EXPECT_GT(answers, 200);
+    EXPECT_LT(answers, 1990);
+    ntfs.Truncate(4 * cluster);
+    EXPECT_FALSE(Read(ntfs.Path())) << "its tables lie behind the cut";
+}
+
+}  // namespace
