@@ -47,8 +47,9 @@ constexpr SectionKeys Expected[] = {
 
 // Words that another language shares with English.
 const std::set<std::string> SharedWords = {
-    "OK",     "Audio",       "Confirmation", "Error",    "File",   "File system", "File system:",
-    "Image:", "Information", "Photos",       "Question", "Status", "Type",        "Videos"};
+    "OK",          "Audio",        "Confirmation", "Error",       "File",
+    "File system", "File system:", "Image:",       "Information", "Photos",
+    "Question",    "Status",       "Support",      "Type",        "Videos"};
 
 // What a message box of its size holds, in half-width letters of about 7 pixels: the small ones two
 // lines, the others three or four.
@@ -215,6 +216,23 @@ TEST_P(LanguageFilesTest, SaysWhatEnglishSaysInItsOwnWords)
     // The duration follows at once, so the text must end in what may stand before it.
     const std::string timeLeft = TextsOf(GetParam()).at("Messages/MSG0708");
     EXPECT_TRUE(timeLeft.ends_with(": \u2248") || timeLeft.ends_with("\uFF1A")) << timeLeft;
+}
+
+TEST_P(LanguageFilesTest, NamesButtonsAsTheyAreLabelledAndHoldsNoMarkup)
+{
+    const Texts texts = TextsOf(GetParam());
+    const std::pair<const char*, const char*> mentions[] = {
+        {"MSG0213", "MainWnd/BtnCreateImage"}, {"MSG0502", "MainWnd/BtnScan"},
+        {"MSG0502", "MainWnd/BtnAdvanceScan"}, {"MSG0602", "MainWnd/BtnScan"},
+        {"MSG0802", "MainWnd/BtnRecover"},     {"MSG1206", "MessageBox/cancelbtn"},
+    };
+    for (const auto& [message, button] : mentions) {
+        const std::string& text = texts.at(std::string("Messages/") + message);
+        EXPECT_NE(text.find(texts.at(button)), std::string::npos) << message << " " << button;
+    }
+    for (const auto& [key, value] : texts) {
+        EXPECT_EQ(value.find_first_of("{}<>"), std::string::npos) << key;
+    }
 }
 
 TEST_P(LanguageFilesTest, FitsItsMessageBoxes)

@@ -151,7 +151,7 @@ TEST_F(LanguageManagerTest, CutsTheNameOfALanguageAndTheLinesOfItsFile)
 TEST(LanguageManager, TheProgramFindsTheFilesBesideItself)
 {
     const LanguagePaths paths = LanguagePaths::OfThisProgram();
-    EXPECT_FALSE(paths.dataFolder.empty());
+    EXPECT_TRUE(std::filesystem::exists(paths.dataFolder / "Languages" / "English.ini"));
     EXPECT_EQ(paths.userConfigPath.filename(), "config.ini");
     EXPECT_EQ(paths.userConfigPath.parent_path().filename(), "OrvantaLumivault");
 }
