@@ -10,9 +10,9 @@
 #include <optional>
 #include <poll.h>
 #include <spawn.h>
-#include <sys/pidfd.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
+#include <sys/syscall.h>
 #include <sys/uio.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -85,7 +85,8 @@ std::optional<Answer> Receive(int channel)
 // watched too: something that it left behind might keep the channel open for ever.
 std::optional<Answer> WaitForAnswer(int channel, pid_t child)
 {
-    const FileHandle childEnd(::pidfd_open(child, 0));
+    // By its number: the C library's own function for it cannot be linked from C++ everywhere.
+    const FileHandle childEnd(static_cast<int>(::syscall(SYS_pidfd_open, child, 0U)));
     std::array<pollfd, 2> waiting = {{{channel, POLLIN, 0}, {childEnd.Descriptor(), POLLIN, 0}}};
     while (::poll(waiting.data(), waiting.size(), -1) < 0) {
         if (errno != EINTR) {
