@@ -1,6 +1,8 @@
 // lumivault-cli: the engines for terminals, scripts and machines without a screen.
 #include "cli/CommandLine.h"
+#include "platform/PrivilegedOpen.h"
 #include "platform/Terminal.h"
+#include "storage/DriveRegistry.h"
 
 #include <exception>
 #include <iostream>
@@ -13,6 +15,10 @@ int main(int count, char** arguments)
         if (streams.errIsTerminal && StandardInputIsTerminal()) {
             streams.answers = &std::cin;
         }
+        DriveRegistry::Instance().SetPrivilegedOpener(
+            [](const std::filesystem::path& node, FileHandle& outHandle) {
+                return OpenDevicePrivileged(node, outHandle);
+            });
         const ExitStatus status = RunCommandLine({arguments + 1, arguments + count}, streams);
         std::cout.flush();
         if (!std::cout) {

@@ -83,11 +83,19 @@ ResultCode FileHandle::OpenForReading(const std::filesystem::path& path)
 
 ResultCode FileHandle::OpenOrCreate(const std::filesystem::path& path)
 {
-    const int descriptor = OpenRetrying(path, O_RDWR | O_CREAT | O_NOFOLLOW | O_NONBLOCK);
-    if (descriptor < 0) {
+    // Asked before the opening too: a device that was only opened for writing is taken for changed by the system.
+    struct stat status = {};
+    if (::lstat(path.c_str(), &status) == 0 && !S_ISREG(status.st_mode)) {
+        return ResultAccessDenied;
+    }
+    FileHandle opened(OpenRetrying(path, O_RDWR | O_CREAT | O_NOFOLLOW | O_NONBLOCK));
+    if (!opened.IsOpen()) {
         return OpenError(errno, path);
     }
-    *this = FileHandle(descriptor);
+    if (!opened.IsRegularFile()) {
+        return ResultAccessDenied;
+    }
+    *this = std::move(opened);
     return ResultSuccess;
 }
 
@@ -202,6 +210,11 @@ bool FileHandle::IsRegularFile() const
 bool FileHandle::TryLock() const
 {
     return ::flock(m_descriptor, LOCK_EX | LOCK_NB) == 0;
+}
+
+void FileHandle::StopReadingAhead() const
+{
+    (void)::posix_fadvise(m_descriptor, 0, 0, POSIX_FADV_RANDOM);  // a hint
 }
 
 void FileHandle::DropCache() const

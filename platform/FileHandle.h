@@ -26,7 +26,8 @@ public:
     // Opens an existing file or device, O_RDONLY. The handle is replaced only on success.
     [[nodiscard]] ResultCode OpenForReading(const std::filesystem::path& path);
     // Opens for reading and writing, creating when missing (mode 0600); an existing file keeps its
-    // contents. A symbolic link as the last component is refused, so nothing is written through one.
+    // contents. What is no plain file is refused, a symbolic link too: nothing is ever written to a device or through a
+    // link.
     [[nodiscard]] ResultCode OpenOrCreate(const std::filesystem::path& path);
 
     // A second handle of the same opening. The other one is replaced only on success.
@@ -52,6 +53,8 @@ public:
     bool IsRegularFile() const;
     // Takes the lock that other processes see on this file; it is given back at closing. False when one has it.
     bool TryLock() const;
+    // Reads only what is asked for from now on: on a failing disk, reading ahead costs minutes and may cost the disk.
+    void StopReadingAhead() const;
     // Drops what the system caches of a device or file, so that the next read comes from the medium.
     void DropCache() const;
 

@@ -19,11 +19,17 @@ public:
                       std::size_t count,
                       std::size_t* outRead) override
     {
-        return m_handle.ReadAt(position, buffer, count, outRead);
+        const ResultCode result = m_handle.ReadAt(position, buffer, count, outRead);
+        if (result != ResultSuccess && !m_failed) {
+            m_failed = true;
+            m_handle.StopReadingAhead();
+        }
+        return result;
     }
 
 private:
     FileHandle m_handle;
+    bool m_failed = false;
 };
 
 ReaderDecorator& CurrentDecorator()

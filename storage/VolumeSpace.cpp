@@ -265,10 +265,11 @@ std::uint64_t CountUsed(const Bytes& piece, std::uint64_t bits)
     std::uint64_t used = 0;
     std::uint64_t done = 0;
     for (; done + 64 <= bits; done += 64) {
-        used += static_cast<unsigned>(std::popcount(view.U64(done / 8)));
+        used += static_cast<std::uint64_t>(std::popcount(view.U64(done / 8)));
     }
     for (; done < bits; ++done) {
-        used += (view.U8(done / 8) >> (done % 8)) & 1U;
+        const unsigned byte = view.U8(done / 8);
+        used += (byte >> (done % 8)) & 1U;
     }
     return used;
 }

@@ -1,4 +1,5 @@
 // The commands on drives: loop devices with real partition tables and file systems.
+#include "storage/DiskHelpers.h"
 #include "tests/cli/CliFixture.h"
 #include "tests/support/LoopDevice.h"
 #include "tests/support/RunCommand.h"
@@ -206,6 +207,7 @@ TEST_F(DiskCommandTest, OfAMountedVolumeADeletionAMomentAgoIsSeen)
         GTEST_SKIP() << error.what();
     }
     EXPECT_EQ(Targets(loop.Node()).at(0)["mountPoint"], (folder / "mounted").string());
+    EXPECT_EQ(GetFileSystemName(folder / "mounted/new/folder"), "NTFS");
     for (int i = 0; i < 5; ++i) {
         const std::string name = "picture" + std::to_string(i) + ".jpg";
         WriteFileBytes(mount->Folder() / name, MakeJpeg(640, 480, static_cast<std::uint64_t>(i)));
