@@ -159,9 +159,9 @@ Refusal WhyNotOpened(const std::string& text, ResultCode why)
                    "the device, for example with sudo.");
     case ResultNotSupported:
         return TargetRefusal(
-            name +
-            ": you are not permitted to read it, and the system has no pkexec that could "
-            "ask for a password; install it (package pkexec), or run the command with sudo.");
+            name + ": you are not permitted to read it, and nothing can ask for an "
+                   "administrator's password, since pkexec (package pkexec) or this program's "
+                   "helper for it is not installed; run the command with sudo.");
     case ResultShortRead:
         return TargetRefusal(
             name + ": it is shorter than 16 KB, so it holds no volume; check that the image was "
