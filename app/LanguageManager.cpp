@@ -42,16 +42,7 @@ std::filesystem::path ConfigIn(const std::filesystem::path& folder)
 ResultCode ReplaceFile(const std::filesystem::path& path, const std::string& text)
 {
     const std::filesystem::path temporary = path.string() + ".tmp";
-    FileHandle file;
-    ResultCode result = file.OpenOrCreate(temporary);
-    if (result != ResultSuccess) {
-        return result;
-    }
-    result = file.Truncate(0);
-    if (result == ResultSuccess) {
-        result = file.WriteAt(0, text.data(), text.size());
-    }
-    file.Close();
+    ResultCode result = WriteWholeFile(temporary, text.data(), text.size());
     if (result == ResultSuccess) {
         std::error_code ignored;
         std::filesystem::permissions(temporary, ConfigMode, ignored);

@@ -225,3 +225,15 @@ void FileHandle::DropCache() const
         (void)::ioctl(m_descriptor, BLKFLSBUF, 0);
     }
 }
+
+ResultCode WriteWholeFile(const std::filesystem::path& path, const void* bytes, std::size_t count)
+{
+    FileHandle file;
+    if (const ResultCode result = file.OpenOrCreate(path)) {
+        return result;
+    }
+    if (const ResultCode result = file.Truncate(0)) {
+        return result;
+    }
+    return file.WriteAt(0, bytes, count);
+}

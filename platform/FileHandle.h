@@ -61,3 +61,8 @@ public:
 private:
     int m_descriptor = -1;
 };
+
+// A plain file that holds these bytes and nothing else afterwards, made when missing (mode 0600). After a failure it can
+// hold a part of them.
+[[nodiscard]] ResultCode
+WriteWholeFile(const std::filesystem::path& path, const void* bytes, std::size_t count);

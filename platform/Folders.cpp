@@ -104,6 +104,16 @@ bool IsFolder(const std::filesystem::path& path)
     return std::filesystem::is_directory(path, ignored);
 }
 
+std::filesystem::path NearestExisting(const std::filesystem::path& path)
+{
+    std::error_code ignored;
+    std::filesystem::path nearest = std::filesystem::absolute(path, ignored).lexically_normal();
+    while (!PathExists(nearest) && nearest.has_relative_path()) {
+        nearest = nearest.parent_path();
+    }
+    return nearest;
+}
+
 bool IsRealFolder(const std::filesystem::path& path)
 {
     struct stat status = {};

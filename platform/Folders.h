@@ -21,6 +21,8 @@ bool FolderIsThere(ResultCode code);
 // Something of that name exists, a dangling symbolic link included.
 bool PathExists(const std::filesystem::path& path);
 bool IsFolder(const std::filesystem::path& path);
+// The path itself, or the nearest folder above it that exists; absolute.
+std::filesystem::path NearestExisting(const std::filesystem::path& path);
 // A folder itself, not a link to one.
 bool IsRealFolder(const std::filesystem::path& path);
 // A folder that this user may make files in.

@@ -49,16 +49,6 @@ bool NeedsNoDisk(std::string_view type)
     return std::find(std::begin(WithoutDisk), std::end(WithoutDisk), type) != std::end(WithoutDisk);
 }
 
-fs::path NearestExisting(const fs::path& path)
-{
-    std::error_code ignored;
-    fs::path nearest = fs::absolute(path, ignored).lexically_normal();
-    while (!PathExists(nearest) && nearest.has_relative_path()) {
-        nearest = nearest.parent_path();
-    }
-    return nearest;
-}
-
 // Numbers with a major part of 0 stand for no device.
 bool IsRealDevice(std::string_view deviceNumber)
 {

@@ -65,12 +65,8 @@ void WriteIdentity(const std::filesystem::path& logFolder, const ScanIdentity& t
         return;
     }
     const std::string text = CutText(DiskIdentity(target.diskNumber), LargestIdentity);
-    FileHandle file;
     // Without the file the scan is not gone on with: the safe side.
-    if (file.OpenOrCreate(logFolder / IdentityFile) == ResultSuccess &&
-        file.Truncate(0) == ResultSuccess) {
-        (void)file.WriteAt(0, text.data(), text.size());
-    }
+    (void)WriteWholeFile(logFolder / IdentityFile, text.data(), text.size());
 }
 
 bool IsSameDisk(const ScanIdentity& target, const std::filesystem::path& logFolder)
@@ -261,7 +257,7 @@ ResultCode ScanLogDirectory::Save() const
     FileHandle file;
     ResultCode result = file.OpenOrCreate(temporary);
     if (result != ResultSuccess) {
-        return result;
+        return result;  // nothing of ours stands there that could take the place of the old one
     }
     result = file.Truncate(0);
     if (result == ResultSuccess) {

@@ -7,17 +7,6 @@
 
 namespace {
 
-// The nearest folder above a path that exists.
-std::filesystem::path ExistingPart(const std::filesystem::path& path)
-{
-    std::error_code ignored;
-    std::filesystem::path part = std::filesystem::absolute(path, ignored).lexically_normal();
-    while (!PathExists(part) && part.has_relative_path()) {
-        part = part.parent_path();
-    }
-    return part;
-}
-
 // The name that the file system's own first sectors give; empty where they may not be read.
 std::string ProbedName(const StorageMap& storage, const StorageExtent& extent)
 {
@@ -52,7 +41,7 @@ ResultCode GetDiskLength(std::uint32_t diskNumber, std::uint64_t* out)
 ResultCode GetFreeBytes(const std::filesystem::path& path, std::uint64_t* out)
 {
     std::uint64_t total = 0;
-    return FileSystemSpace(ExistingPart(path), &total, out);
+    return FileSystemSpace(NearestExisting(path), &total, out);
 }
 
 std::string GetFileSystemName(const std::filesystem::path& path)
