@@ -181,7 +181,7 @@ ResultCode ScanSession::OnScanProgress(void* context,
     return ResultSuccess;
 }
 
-FileRecordList ScanSession::Search(const TypeFilter& filter)
+FileRecordList ScanSession::Search(const TypeFilter& filter) const
 {
     FileRecordList records;
     (void)m_target.Engine->SearchRecords(filter.SearchPattern(), records);  // 0: nothing was found
@@ -189,7 +189,7 @@ FileRecordList ScanSession::Search(const TypeFilter& filter)
     return records;
 }
 
-std::string ScanSession::FolderPath(const FileRecord& record)
+std::string ScanSession::FolderPath(const FileRecord& record) const
 {
     std::string path;
     (void)m_target.Engine->GetRecordPath(&record,

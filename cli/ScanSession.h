@@ -28,14 +28,14 @@ public:
     // Both.
     [[nodiscard]] std::optional<Refusal> OpenAndScan();
     // What the filter accepts of all that was found, sorted.
-    FileRecordList Search(const TypeFilter& filter);
+    FileRecordList Search(const TypeFilter& filter) const;
 
     bool Cancelled() const { return m_cancelled || CancelScope::Requested(); }
-    IFileRecoveryParse& Engine() { return *m_target.Engine; }
+    IFileRecoveryParse& Engine() const { return *m_target.Engine; }
     const ScanTarget& Target() const { return m_target; }
     ProgressLine& Line() { return m_line; }
     // The folders above a record, each followed by "\".
-    std::string FolderPath(const FileRecord& record);
+    std::string FolderPath(const FileRecord& record) const;
     // The name of the record file that a record stands in; empty when it is not known.
     const std::string& StoreName(const FileRecord& record) const;
 

@@ -86,7 +86,7 @@ std::string MountOption(const MountEntry& mount, std::string_view name)
     for (std::string option; std::getline(options, option, ',');) {
         const std::size_t equals = option.find('=');
         if (equals == name.size() && option.starts_with(name)) {
-            return Unescape(std::string_view(option).substr(equals + 1));
+            return Unescape(option.substr(equals + 1));
         }
     }
     return {};

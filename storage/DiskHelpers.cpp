@@ -55,7 +55,7 @@ std::string GetFileSystemName(const std::filesystem::path& path)
     if (mount->type == "vfat" || mount->type == "fuseblk") {
         for (const StorageExtent& extent : storage.OfDevice(mount->deviceNumber)) {
             const std::string probed = ProbedName(storage, extent);
-            const std::string name =
+            std::string name =
                 probed.empty() ? ReadManagedProperties(mount->deviceNumber).fileSystem : probed;
             if (!name.empty()) {
                 return name;

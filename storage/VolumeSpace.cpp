@@ -10,7 +10,7 @@
 
 namespace {
 
-constexpr std::size_t PieceBytes = 1024 * 1024;
+constexpr std::size_t PieceBytes = std::size_t{1} << 20;
 constexpr std::uint64_t MostRuns = 65536;  // of a bitmap; far more than one record can hold
 
 using Bytes = std::vector<std::uint8_t>;
