@@ -18,5 +18,9 @@ struct ScanTarget
 
     bool IsVolume() const { return ImagePath.empty() && Volume != nullptr; }
     // What the target's records carry, so that they find it again.
-    char16_t Letter() const { return Volume != nullptr && IsVolume() ? Volume->Letter : ImageId; }
+    char16_t Letter() const
+    {
+        const VolumeRecord* volume = Volume.get();
+        return volume != nullptr && ImagePath.empty() ? volume->Letter : ImageId;
+    }
 };
