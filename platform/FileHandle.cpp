@@ -219,10 +219,14 @@ void FileHandle::StopReadingAhead() const
 
 void FileHandle::DropCache() const
 {
-    // Both are hints: without the right to flush, dropping our own descriptor's pages has to do.
-    (void)::posix_fadvise(m_descriptor, 0, 0, POSIX_FADV_DONTNEED);
+    (void)::posix_fadvise(m_descriptor, 0, 0, POSIX_FADV_DONTNEED);  // a hint
+}
+
+void FileHandle::FlushDevice() const
+{
     if (IsBlockDevice()) {
-        (void)::ioctl(m_descriptor, BLKFLSBUF, 0);
+        (void)::ioctl(m_descriptor, BLKFLSBUF,
+                      0);  // without the right to it, dropping the cache has to do
     }
 }
 

@@ -57,6 +57,8 @@ public:
     void StopReadingAhead() const;
     // Drops what the system caches of a device or file, so that the next read comes from the medium.
     void DropCache() const;
+    // Has a device's own cache written out and dropped. On a busy disk this waits.
+    void FlushDevice() const;
 
 private:
     int m_descriptor = -1;

@@ -84,6 +84,7 @@ ResultCode OpenDriveSource(std::uint32_t diskNumber, OpenedSource& outSource)
     const BlockDevice* disk = DriveRegistry::Instance().Find(diskNumber);
     SyncMountsOn(disk->deviceNumber);
     // The kernel keeps what it read from the disk before; a mounted volume may have changed since.
+    handle.FlushDevice();
     handle.DropCache();
     outSource.sectorSize = std::max(disk->sectorSize, handle.DeviceSectorSize());
     outSource.sizeBytes = sizeBytes;
