@@ -41,8 +41,10 @@ std::vector<char*> Pointers(std::vector<std::string>& texts)
     return pointers;
 }
 
-std::vector<std::string> Environment(const std::vector<std::string>& extra)
+std::vector<std::string> Environment(std::vector<std::string> extra)
 {
+    // Names of files are UTF-8 whatever the machine's language is; some programs write "_" for them otherwise.
+    extra.emplace_back("LC_ALL=C.UTF-8");
     std::vector<std::string> out = extra;
     for (char** at = environ; *at != nullptr; ++at) {
         const std::string_view entry = *at;

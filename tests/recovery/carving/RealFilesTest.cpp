@@ -35,6 +35,11 @@ struct RealFile
     std::string_view carvedAs;
 };
 
+void PrintTo(const RealFile& file, std::ostream* out)
+{
+    *out << file.name;
+}
+
 constexpr std::string_view Ffmpeg = "ffmpeg";
 
 std::vector<std::string> Clip(std::initializer_list<const char*> options)
