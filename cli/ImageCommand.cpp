@@ -80,6 +80,9 @@ std::optional<Refusal> Imaging::Check()
                         "number that 'lumivault-cli targets' shows.");
     }
     m_sourceBytes = m_target.Volume->SectorCount * SectorSizeOf(*m_target.Volume);
+    if (m_options.imageFile.empty()) {
+        return WrongUse("FILE is empty; give a name for the image.");
+    }
     std::error_code ignored;
     m_file = std::filesystem::absolute(m_options.imageFile, ignored).lexically_normal();
     if (std::optional<Refusal> refusal = CheckFile()) {

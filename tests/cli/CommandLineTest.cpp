@@ -33,6 +33,7 @@ TEST_F(CommandLineTest, EveryRefusalHasItsStatusAndSaysWhatToDo)
         {{"scan", "#one"}, 2, "and a number"},
         {{"scan", "#9999"}, 3, "there is no target #9999"},
         {{"image", Card(), "new.img"}, 2, "can be scanned as it is"},
+        {{"image", "/dev/null", "new.img"}, 3, "neither a file nor a block device"},
         {{"scan", out + "/nothing"}, 3, "there is no such file"},
         {{"scan", (folder / "short").string()}, 3, "shorter than 16 KB"},
         {{"scan", (folder / "noise").string()}, 3, "no file system"},
