@@ -178,8 +178,9 @@ void StorageMap::AddMount(Walk& walk, const MountEntry& mount) const
     }
     if (mount.type == "overlay") {
         const std::string upper = MountOption(mount, "upperdir");
-        if (upper.empty() || !PathExists(upper)) {
-            // Written to outside of what this process can see, or not writable at all.
+        if (!upper.starts_with('/') || !PathExists(upper)) {
+            // Written to outside of what this process can see, told as a path from a folder that nobody knows any more,
+            // or not writable at all.
             walk.found.complete = false;
         } else if (walk.IsNew(upper)) {
             walk.paths.emplace_back(upper);

@@ -106,6 +106,7 @@ TEST_F(PathTouchesTest, WhatIsMountedTellsWhereNoDeviceDoes)
           MountCase{"fuse /nothing/there rw", Touching::Unknown},
           MountCase{"overlay overlay rw,lowerdir=/a", Touching::Unknown},
           MountCase{"overlay overlay rw,upperdir=/proc/none", Touching::Unknown},
+          MountCase{"overlay overlay rw,upperdir=.", Touching::Unknown},
           // The image lies in the folder again: an end has to be found.
           MountCase{"fuse " + image + " rw", Touching::No}}) {
         std::filesystem::remove(system.Folder() / "proc/self/mountinfo");
