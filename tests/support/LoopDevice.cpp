@@ -51,6 +51,7 @@ LoopDevice::~LoopDevice()
 
 void LoopDevice::AddPartitionNodes()
 {
+    (void)RunCommand({"partx", "-d", m_node});  // what a test that was killed has left
     MustRun({"partx", "-a", m_node});
     m_hasPartitions = true;
 }
