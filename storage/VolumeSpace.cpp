@@ -11,6 +11,9 @@
 namespace {
 
 constexpr std::size_t PieceBytes = std::size_t{1} << 20;
+// Of a volume: what the widest numbers in use can count. Damaged and hostile tables say more, and would be read for hours.
+constexpr std::uint64_t MostFatClusters = 0x0FFFFFF5;
+constexpr std::uint64_t MostNtfsClusters = std::uint64_t{1} << 32;
 constexpr std::uint64_t MostRuns = 65536;  // of a bitmap; far more than one record can hold
 
 using Bytes = std::vector<std::uint8_t>;
@@ -80,7 +83,8 @@ std::optional<FatTable> ReadFatBoot(ByteView boot)
     table.entryBits = boot.U16(22) == 0 ? 32 : table.clusters < 4085 ? 12 : 16;
     const std::uint64_t fatBytes = fatSectors * sectorBytes;
     const bool fits = (table.clusters + 2) * table.entryBits <= fatBytes * 8;
-    return fits && table.clusters != 0 ? std::optional(table) : std::nullopt;
+    const bool countable = table.clusters != 0 && table.clusters <= MostFatClusters;
+    return fits && countable ? std::optional(table) : std::nullopt;
 }
 
 // One piece of a FAT holds whole entries of every width: its size is a multiple of 3 and 4.
@@ -170,7 +174,8 @@ std::optional<NtfsBoot> ReadNtfsBoot(ByteView sector)
     boot.recordBytes =
         static_cast<std::size_t>(recordSize < 128 ? recordSize * boot.clusterBytes
                                                   : 1ULL << std::min(256 - recordSize, 20U));
-    if (mftCluster >= boot.clusters || boot.recordBytes < 512 || boot.recordBytes > 65536) {
+    if (boot.clusters > MostNtfsClusters || mftCluster >= boot.clusters || boot.recordBytes < 512 ||
+        boot.recordBytes > 65536) {
         return std::nullopt;
     }
     boot.mftPosition = mftCluster * boot.clusterBytes;

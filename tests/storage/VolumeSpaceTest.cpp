@@ -47,6 +47,30 @@ protected:
     VolumeSpace space;
 };
 
+// Counts what is asked of a volume that is a head followed by zeros without end.
+class EndlessReader : public IByteReader
+{
+public:
+    explicit EndlessReader(ByteVector start) : head(std::move(start)) {}
+    ResultCode ReadAt(std::uint64_t position,
+                      std::uint8_t* buffer,
+                      std::size_t count,
+                      std::size_t* outRead) override
+    {
+        for (std::size_t i = 0; i < count; ++i) {
+            buffer[i] = position + i < head.size() ? head[position + i] : std::uint8_t{0};
+        }
+        *outRead = count;
+        asked += count;
+        return asked < std::uint64_t{1} << 28 ? ResultSuccess : ResultReadFault;
+    }
+
+    std::uint64_t asked = 0;
+
+private:
+    ByteVector head;
+};
+
 TEST_F(VolumeSpaceTest, FatVolumesAreAsFullAsMtoolsSays)
 {
     if (const std::string missing = FatCard::MissingTools(); !missing.empty()) {
@@ -99,6 +123,33 @@ TEST_F(VolumeSpaceTest, NtfsVolumesAreAsFullAsTheirOwnToolSays)
         EXPECT_EQ(space.freeBytes, NumberAfter(told, "Free Clusters:") * clusterBytes);
         EXPECT_EQ(space.totalBytes, NumberAfter(told, "Volume Size in Clusters:") * clusterBytes);
     }
+}
+
+// A bitmap whose runs all lie in one place could have a list of disks read for days.
+TEST_F(VolumeSpaceTest, NoTableIsReadForEver)
+{
+    if (const std::string missing = MissingTool({"mkntfs"}); !missing.empty()) {
+        GTEST_SKIP() << missing;
+    }
+    const ImageFile image(folder / "ntfs", 4 * MiB);
+    MustRun({"mkntfs", "-F", "-Q", "-q", "-s", "512", "-p", "0", "-H", "255", "-S", "63", "-c",
+             "4096", image.Path()});
+    ByteVector volume = ReadFileBytes(image.Path());
+    const std::size_t record = volume[48] * 4096u + 6 * 1024;
+    std::size_t attribute = record + volume[record + 20];
+    while (volume[attribute] != 0x80) {
+        attribute += volume[attribute + 4];
+    }
+    // The volume claims all sectors that there can be; each of two runs is a hundred gigabytes, one over the other.
+    const ByteVector sectors = Bytes("00 00 00 00 00 00 07 00");
+    std::copy(sectors.begin(), sectors.end(), volume.begin() + 40);
+    const ByteVector runs = Bytes("14 00 00 80 01 10 14 00 00 80 01 00 00");
+    std::copy(runs.begin(), runs.end(),
+              volume.begin() + static_cast<std::ptrdiff_t>(attribute + volume[attribute + 32]));
+    volume[attribute + 4] = static_cast<std::uint8_t>(volume[attribute + 4] + 16);
+    EndlessReader reader(volume);
+    EXPECT_FALSE(ReadVolumeSpace(reader, 0, std::uint64_t{1} << 40, space));
+    EXPECT_LT(reader.asked, MiB);
 }
 
 TEST_F(VolumeSpaceTest, DamagedTablesGiveAnAnswerOrNone)
