@@ -16,6 +16,8 @@ using Probe = std::unique_ptr<std::remove_pointer_t<blkid_probe>, decltype(&blki
 // libblkid counts in these whatever the disk's own sectors are.
 constexpr std::uint64_t ProbeUnit = 512;
 constexpr std::uint64_t LargestOffset = std::numeric_limits<std::int64_t>::max();
+// As many as the kernel itself takes from a table: a damaged or hostile one can have millions.
+constexpr std::size_t MostPartitions = 256;
 // More than any disk shows; ends a probe that would go on for ever.
 constexpr int LargestFindings = 32;
 
@@ -98,7 +100,7 @@ ProbedTable ProbePartitionTable(const FileHandle& disk, std::uint32_t sectorSize
     const char* id = blkid_parttable_get_id(mainTable);
     table.id = id != nullptr ? id : "";
     const int count = blkid_partlist_numof_partitions(list);
-    for (int i = 0; i < count; ++i) {
+    for (int i = 0; i < count && table.partitions.size() < MostPartitions; ++i) {
         const blkid_partition found = blkid_partlist_get_partition(list, i);
         // A table of slices inside one partition is not the disk's own.
         if (found == nullptr || blkid_partition_get_table(found) != mainTable) {

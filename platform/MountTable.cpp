@@ -3,8 +3,10 @@
 #include "platform/FileHandle.h"
 #include "platform/SystemFiles.h"
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
+#include <charconv>
 #include <sstream>
 #include <string_view>
 #include <sys/statvfs.h>
@@ -33,6 +35,41 @@ std::string Unescape(std::string_view text)
     return out;
 }
 
+// One blank stands between two fields, and a field may be empty. All other white space is a part of a name.
+std::vector<std::string> FieldsOf(std::string_view text)
+{
+    std::vector<std::string> fields;
+    while (true) {
+        const std::size_t blank = std::min(text.find(' '), text.size());
+        fields.emplace_back(text.substr(0, blank));
+        if (blank == text.size()) {
+            return fields;
+        }
+        text.remove_prefix(blank + 1);
+    }
+}
+
+std::uint64_t NumberOf(std::string_view text)
+{
+    std::uint64_t number = 0;
+    (void)std::from_chars(text.data(), text.data() + text.size(), number);  // else it stays 0
+    return number;
+}
+
+const MountEntry* MountWithId(const std::vector<MountEntry>& mounts, std::uint64_t id)
+{
+    const auto found = std::find_if(mounts.begin(), mounts.end(),
+                                    [id](const MountEntry& mount) { return mount.id == id; });
+    return found != mounts.end() ? &*found : nullptr;
+}
+
+// The folder itself, or one somewhere above it.
+bool IsAtOrAbove(std::string_view folder, std::string_view path)
+{
+    return path.starts_with(folder) &&
+           (path.size() == folder.size() || folder.ends_with('/') || path[folder.size()] == '/');
+}
+
 }  // namespace
 
 std::vector<MountEntry> ReadMountTable(const std::filesystem::path& path)
@@ -44,21 +81,41 @@ std::vector<MountEntry> ReadMountTable(const std::filesystem::path& path)
         if (hyphen == std::string::npos) {
             continue;
         }
-        MountEntry mount;
-        std::uint64_t parent = 0;
-        std::string rootInside;
-        std::istringstream front(line.substr(0, hyphen));
-        std::istringstream back(line.substr(hyphen + 3));
-        front >> mount.id >> parent >> mount.deviceNumber >> rootInside >> mount.mountPoint;
-        back >> mount.type >> mount.source >> mount.superOptions;
-        if (mount.mountPoint.empty() || mount.type.empty()) {
+        // In front: number, parent's number, device, folder inside of it, mount point. Behind: type, source, options.
+        const std::vector<std::string> front = FieldsOf(std::string_view(line).substr(0, hyphen));
+        const std::vector<std::string> back = FieldsOf(std::string_view(line).substr(hyphen + 3));
+        if (front.size() < 5 || front[4].empty() || back[0].empty()) {
             continue;
         }
-        mount.mountPoint = Unescape(mount.mountPoint);
-        mount.source = Unescape(mount.source);
+        MountEntry mount;
+        mount.id = NumberOf(front[0]);
+        mount.parentId = NumberOf(front[1]);
+        mount.deviceNumber = front[2];
+        mount.mountPoint = Unescape(front[4]);
+        mount.type = back[0];
+        mount.source = back.size() > 1 ? Unescape(back[1]) : std::string();
+        mount.superOptions = back.size() > 2 ? back[2] : std::string();
         mounts.push_back(std::move(mount));
     }
     return mounts;
+}
+
+bool IsCovered(const MountEntry& mount, const std::vector<MountEntry>& mounts)
+{
+    // The way from the mount up to the root; a table that leads in a ring has no more steps than lines.
+    std::vector<std::uint64_t> way;
+    const MountEntry* step = &mount;
+    while (step != nullptr && way.size() < mounts.size()) {
+        way.push_back(step->id);
+        step = step->parentId != step->id ? MountWithId(mounts, step->parentId) : nullptr;
+    }
+    const auto isOnWay = [&way](std::uint64_t id) {
+        return std::find(way.begin(), way.end(), id) != way.end();
+    };
+    return std::any_of(mounts.begin(), mounts.end(), [&](const MountEntry& other) {
+        return !isOnWay(other.id) && isOnWay(other.parentId) &&
+               IsAtOrAbove(other.mountPoint, mount.mountPoint);
+    });
 }
 
 std::string MountedFileSystemName(const MountEntry& mount)

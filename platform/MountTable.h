@@ -11,7 +11,8 @@
 struct MountEntry
 {
     std::uint64_t id = 0;
-    std::string deviceNumber;  // "8:17"; "0:42" where no single device stands behind
+    std::uint64_t parentId = 0;  // of the mount that it stands on
+    std::string deviceNumber;    // "8:17"; "0:42" where no single device stands behind
     std::string mountPoint;
     std::string type;          // as the kernel names it
     std::string source;        // a device node, an image file, or anything
@@ -20,6 +21,8 @@ struct MountEntry
 
 // The table in a file of the form of /proc/self/mountinfo. Lines that make no sense are left out.
 std::vector<MountEntry> ReadMountTable(const std::filesystem::path& path);
+// Another file system is mounted over it or over a folder above it, so that its mount point leads to that one.
+bool IsCovered(const MountEntry& mount, const std::vector<MountEntry>& mounts);
 // The name that is shown for a mounted file system: "NTFS", "FAT32", "exFAT", or the kernel's own. Of a FAT volume and of
 // one that a program mounts it can be another of the family: the volume itself knows better.
 std::string MountedFileSystemName(const MountEntry& mount);

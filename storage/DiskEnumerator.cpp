@@ -57,6 +57,9 @@ int DiskEnumerator::Enumerate()
         DiskSize size;
         std::vector<VolumeRecord> volumes =
             ReadVolumes(disk, number, storage, &size.bytes, &size.sectorSize);
+        if (size.bytes < size.sectorSize) {
+            continue;  // not one sector to read
+        }
         sizes[number] = size;
         if (!volumes.empty()) {
             Disks[number] = std::move(volumes);

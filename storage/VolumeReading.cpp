@@ -76,6 +76,7 @@ public:
     std::uint32_t SectorSize() const { return sectorSize; }
 
 private:
+    std::uint64_t BytesInside(std::uint64_t startByte, std::uint64_t byteCount) const;
     VolumeRecord
     Begin(std::uint32_t partition, std::uint64_t startByte, std::uint64_t byteCount) const;
     void Finish(VolumeRecord& volume, std::uint8_t tableType, IByteReader* reader) const;
@@ -87,6 +88,15 @@ private:
     std::uint64_t sizeBytes;
     std::uint32_t sectorSize;
 };
+
+// A disk that was cut, or whose table is damaged, has partitions behind its end. What has not one whole sector is nothing
+// that could be read.
+std::uint64_t DiskReading::BytesInside(std::uint64_t startByte, std::uint64_t byteCount) const
+{
+    const std::uint64_t inside =
+        startByte < sizeBytes ? std::min(byteCount, sizeBytes - startByte) : 0;
+    return inside >= sectorSize ? inside : 0;
+}
 
 VolumeRecord
 DiskReading::Begin(std::uint32_t partition, std::uint64_t startByte, std::uint64_t byteCount) const
@@ -146,12 +156,11 @@ std::vector<VolumeRecord> DiskReading::FromDisk(FileHandle handle)
     for (const ProbedPartition& partition : table.partitions) {
         const std::uint8_t type =
             table.kind == "dos" ? partition.type : TypeOfGuid(partition.typeGuid);
-        // A disk that was cut, or whose table is damaged, has partitions behind its end.
-        if (partition.extended || type == 0 || partition.startByte >= sizeBytes) {
+        const std::uint64_t inside = BytesInside(partition.startByte, partition.byteCount);
+        if (partition.extended || type == 0 || inside == 0) {
             continue;
         }
-        volumes.push_back(Begin(partition.number, partition.startByte,
-                                std::min(partition.byteCount, sizeBytes - partition.startByte)));
+        volumes.push_back(Begin(partition.number, partition.startByte, inside));
         types.push_back(type);
     }
     if (table.partitions.empty() &&
@@ -192,11 +201,11 @@ std::vector<VolumeRecord> DiskReading::FromSystemTables()
         const std::optional<std::uint8_t> dosType = DosType(known.partitionType);
         const std::uint8_t type = dosType.value_or(TypeOfGuid(known.partitionType));
         const bool extended = dosType ? IsExtended(*dosType) : partition.byteCount <= ExtendedBytes;
-        if (extended || type == 0 || partition.startByte >= sizeBytes) {
+        const std::uint64_t inside = BytesInside(partition.startByte, partition.byteCount);
+        if (extended || type == 0 || inside == 0) {
             continue;
         }
-        VolumeRecord volume = Begin(partition.number, partition.startByte,
-                                    std::min(partition.byteCount, sizeBytes - partition.startByte));
+        VolumeRecord volume = Begin(partition.number, partition.startByte, inside);
         volume.FileSystemName = known.fileSystem;
         volume.VolumeLabel = known.label;
         Finish(volume, type, nullptr);
@@ -225,7 +234,8 @@ FindMountAt(const StorageMap& storage, const std::string& diskDeviceNumber, std:
             device = DeviceNumberOf(mount.source);  // a file system with numbers of its own
         }
         for (const StorageExtent& extent : storage.OfDevice(device)) {
-            if (extent.deviceNumber == diskDeviceNumber && extent.startByte == startByte) {
+            if (extent.deviceNumber == diskDeviceNumber && extent.startByte == startByte &&
+                !IsCovered(mount, storage.Mounts())) {
                 return &mount;
             }
         }

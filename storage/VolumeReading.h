@@ -16,7 +16,8 @@ std::vector<VolumeRecord> ReadVolumes(const BlockDevice& disk,
                                       std::uint64_t* outSizeBytes,
                                       std::uint32_t* outSectorSize);
 
-// The first mount of the file system that begins at a byte of a disk; null when there is none.
+// The first mount of the file system that begins at a byte of a disk; null when there is none, or when others are mounted
+// over all of them, so that no path leads there.
 const MountEntry* FindMountAt(const StorageMap& storage,
                               const std::string& diskDeviceNumber,
                               std::uint64_t startByte);

@@ -248,6 +248,67 @@ TEST_F(DiskEnumeratorTest, AMountedVolumeTellsItsOwnSpace)
     EXPECT_EQ(list[0].PartitionType, 11);
 }
 
+// A mount point that leads to another file system would tell that one's space. Its name may hold any white space.
+TEST_F(DiskEnumeratorTest, AMountPointCountsWhereItLeadsToTheVolume)
+{
+    system.AddDisk("sda", "8:0", 400 * MiB);
+    system.Lock("sda");
+    system.AddPartition("sda", 1, "8:1", 2048, 400000);
+    const std::string place = (system.Folder() / "a\v\rplace").string();
+    std::filesystem::create_directory(place);
+    struct MountCase
+    {
+        std::string also;
+        bool leadsThere;
+    };
+    for (const MountCase& row : {
+             MountCase{"37 36 0:50 / " + place + "/below", true},
+             MountCase{"37 25 0:50 / " + place + "bo", true},
+             MountCase{"37 99 0:50 / " + place, true},  // seen from another system's root
+             MountCase{"37 36 0:50 / " + place, false},
+             MountCase{"37 25 0:50 / " + system.Folder().string(), false},
+         }) {
+        std::filesystem::remove(system.Folder() / "proc/self/mountinfo");
+        system.AddMount("25 25 8:99 / / rw - ext4 /dev/sdz rw");
+        system.AddMount("36 25 8:1 / " + place + " rw shared:1 - ext4  rw");
+        system.AddMount(row.also + " rw - tmpfs none rw");
+        std::vector<VolumeRecord> list;
+        ASSERT_EQ(enumerator.Enumerate(), 1);
+        enumerator.Snapshot(list);
+        EXPECT_EQ(list.at(0).RootPath, row.leadsThere ? place + "/" : "") << row.also;
+        EXPECT_EQ(list[0].TotalBytes == std::uint64_t{400000} * 512, !row.leadsThere) << row.also;
+    }
+}
+
+TEST_F(DiskEnumeratorTest, WhatHasNoWholeSectorIsLeftOutAndTablesHaveAnEnd)
+{
+    const MadeUpSystem::Facts large = {{"queue/logical_block_size", "4096"}};
+    system.AddDisk("sda", "8:0", 40 * MiB + 1024, large);
+    ByteVector table(66);
+    const ByteVector entries = Bytes("00 00 00 00 06 00 00 00 00 28 00 00 04 00 00 00 "
+                                     "00 00 00 00 07 00 00 00 64 00 00 00 32 00 00 00");
+    std::copy(entries.begin(), entries.end(), table.begin());
+    table[64] = 0x55;
+    table[65] = 0xAA;
+    ImageFile(system.Node("sda")).PutAt(446, table);
+    system.AddDisk("sdb", "8:16", 3072, large);
+    EXPECT_EQ(Listing(), "100+50 type 7\n");
+
+    if (const std::string missing = MissingTool({"sfdisk"}); !missing.empty()) {
+        GTEST_SKIP() << missing;
+    }
+    system.AddDisk("sdc", "8:32", 20 * MiB);
+    std::string script = "label: gpt\ntable-length: 400\n";
+    for (int i = 0; i < 300; ++i) {
+        script += "start=" + std::to_string(2048 + i * 8) + ", size=8\n";
+    }
+    MakeTable(system.Node("sdc"), script);
+    ASSERT_EQ(enumerator.Enumerate(), 1);
+    const std::vector<VolumeRecord>& many = enumerator.Disks.rbegin()->second;
+    ASSERT_EQ(many.size(), 257u) << "and the gap behind them";
+    EXPECT_EQ(many[255].StartSector, 2048u + 255 * 8);
+}
+
 TEST_F(DiskEnumeratorTest, NumbersStayWithTheirEntriesAndAreNeverGivenTwice)
 {
     for (int i = 0; i < 40; ++i) {
