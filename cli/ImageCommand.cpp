@@ -218,8 +218,7 @@ ExitStatus Imaging::Tell(ResultCode result)
                                                      kept},
                       m_streams);
     }
-    // Whatever was not opened has nothing written: the source's own refusals say what to do.
-    if (m_copier.WrittenSectors == 0 && !std::filesystem::exists(m_file)) {
+    if (!m_copier.SourceOpened) {
         return Refuse(WhyNotOpened(m_options.target, result), m_streams);
     }
     return Refuse({ExitStatus::TargetFailed, name + ": " + ErrorText(result) + " " + kept},

@@ -57,6 +57,11 @@ std::optional<Refusal> UseRange(const std::string& text,
     volume->DiskNumber = diskNumber;
     volume->TotalBytes = byteCount;
     const std::uint64_t sectorSize = SectorSizeOf(*volume);
+    if (byteCount < sectorSize) {
+        return TargetRefusal(Printable(text) +
+                             ": it has less than one sector of its disk, so there is nothing in "
+                             "it; give another partition, or the whole disk.");
+    }
     volume->StartSector = startByte / sectorSize;
     volume->SectorCount = byteCount / sectorSize;
     outTarget.Volume = std::move(volume);

@@ -38,6 +38,7 @@ ResultCode RawDiskCopier::Copy(std::uint32_t diskNumber,
     SectorCount = sectorCount;
     Callback = callback;
     Context = context;
+    SourceOpened = false;
     WrittenSectors = 0;
     FailedSector = 0;
     ResultCode result = Open(diskNumber, outputPath);
@@ -53,6 +54,7 @@ ResultCode RawDiskCopier::Open(std::uint32_t diskNumber, const std::filesystem::
     if (const ResultCode result = OpenDriveSource(diskNumber, Source)) {
         return result;
     }
+    SourceOpened = true;
     SectorSize = Source.sectorSize;
     if (SectorCount == 0) {
         SectorCount = Source.sizeBytes / SectorSize;
@@ -63,7 +65,8 @@ ResultCode RawDiskCopier::Open(std::uint32_t diskNumber, const std::filesystem::
         return ResultInvalidParameter;
     }
     // Never onto a device or into a pipe, whatever asks for it.
-    if (PathExists(outputPath) && !std::filesystem::is_regular_file(outputPath)) {
+    std::error_code ignored;
+    if (PathExists(outputPath) && !std::filesystem::is_regular_file(outputPath, ignored)) {
         return ResultAccessDenied;
     }
     if (const ResultCode result = Target.OpenOrCreate(outputPath)) {

@@ -35,6 +35,7 @@ public:
     void* Context = nullptr;
 
     // How far it came.
+    bool SourceOpened = false;
     std::uint64_t WrittenSectors = 0;
     std::uint64_t FailedSector = 0;  // of the disk; after ResultReadFault
 

@@ -104,6 +104,25 @@ TEST_F(MadeUpDiskTest, AnImageIsRefusedWhereItHasNoRoom)
     EXPECT_NE(full.err.find("needs more than"), std::string::npos) << full.err;
 }
 
+TEST_F(MadeUpDiskTest, ARefusalNamesWhatIsWrong)
+{
+    MountHereAs("tmpfs");
+    system.AddDisk("sda", "8:0", 3072, {{"queue/logical_block_size", "4096"}});
+    const Outcome tiny =
+        RunAsGiven({"image", system.Node("sda"), (folder / "new.img").string(), "--force"});
+    EXPECT_EQ(tiny.status, 3);
+    EXPECT_NE(tiny.err.find("less than one sector"), std::string::npos) << tiny.err;
+    EXPECT_FALSE(std::filesystem::exists(folder / "new.img"));
+
+    system.AddDisk("sdb", "8:16", MiB);
+    const std::string longName(300, 'x');
+    const Outcome named = RunAsGiven({"image", system.Node("sdb"), (folder / longName).string()});
+    EXPECT_EQ(named.status, 3);
+    EXPECT_NE(named.err.find(longName + ": The name or path is too long."), std::string::npos)
+        << named.err;
+    EXPECT_EQ(named.err.find(system.Node("sdb").string()), std::string::npos) << named.err;
+}
+
 TEST_F(MadeUpDiskTest, WhatTheSystemDoesNotTellIsAsked)
 {
     system.AddDisk("sda", "8:0", 64 * MiB);
