@@ -27,6 +27,17 @@ CancelScope::~CancelScope()
     std::signal(SIGTERM, SIG_DFL);
 }
 
+CancelPause::CancelPause()
+    : m_onInterrupt(std::signal(SIGINT, SIG_DFL)), m_onTermination(std::signal(SIGTERM, SIG_DFL))
+{
+}
+
+CancelPause::~CancelPause()
+{
+    std::signal(SIGINT, m_onInterrupt);
+    std::signal(SIGTERM, m_onTermination);
+}
+
 bool CancelScope::Requested()
 {
     return cancelRequested != 0;

@@ -13,3 +13,18 @@ public:
 
     static bool Requested();
 };
+
+// While it lives, the signals end the process as they do by themselves: at a question there is no work that could stop.
+class CancelPause
+{
+public:
+    CancelPause();
+    CancelPause(const CancelPause&) = delete;
+    CancelPause& operator=(const CancelPause&) = delete;
+    ~CancelPause();
+
+private:
+    using Handler = void (*)(int);
+    Handler m_onInterrupt;
+    Handler m_onTermination;
+};

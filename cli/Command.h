@@ -79,6 +79,8 @@ void AddScanOptions(CLI::App& app, CommandOptions& options);
 void AddTypesOption(CLI::App& app, CommandOptions& options);
 void AddJsonOption(CLI::App& app, CommandOptions& options);
 
+// The line that is typed for a question; answers must be there.
+std::string ReadAnswer(const std::string& question, CommandStreams& streams);
 // Asks whoever sits at the terminal a question that is answered by no unless yes is typed; with nobody there it is no.
 bool Ask(const std::string& question, CommandStreams& streams);
 

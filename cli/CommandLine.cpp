@@ -1,5 +1,6 @@
 #include "cli/CommandLine.h"
 
+#include "cli/Cancel.h"
 #include "cli/Version.h"
 #include "platform/Folders.h"
 #include "recovery/ScanLogDirectory.h"
@@ -88,14 +89,21 @@ ExitStatus RunCommandLine(std::vector<std::string> arguments, CommandStreams& st
     }
 }
 
+std::string ReadAnswer(const std::string& question, CommandStreams& streams)
+{
+    const CancelPause pause;
+    streams.err << question << std::flush;
+    std::string answer;
+    std::getline(*streams.answers, answer);
+    return answer;
+}
+
 bool Ask(const std::string& question, CommandStreams& streams)
 {
     if (streams.answers == nullptr) {
         return false;
     }
-    streams.err << question << " [y/N] " << std::flush;
-    std::string answer;
-    std::getline(*streams.answers, answer);
+    const std::string answer = ReadAnswer(question + " [y/N] ", streams);
     return !answer.empty() && (answer.front() == 'y' || answer.front() == 'Y');
 }
 

@@ -4,12 +4,14 @@
 #include "platform/Terminal.h"
 #include "storage/DriveRegistry.h"
 
+#include <csignal>
 #include <exception>
 #include <iostream>
 
 int main(int count, char** arguments)
 {
     try {
+        std::signal(SIGXFSZ, SIG_IGN);  // a limit on the size of files is an error like a full disk
         std::ios::sync_with_stdio(false);
         CommandStreams streams{std::cout, std::cerr, StandardErrorIsTerminal(), nullptr};
         if (streams.errIsTerminal && StandardInputIsTerminal()) {

@@ -148,10 +148,9 @@ bool ScanSession::AskToResume(const std::string& scan)
     if (m_streams.answers == nullptr) {
         return true;
     }
-    m_streams.err << "An earlier scan of this target stands in the log (" << scan
-                  << "). Go on with it? [Y/n] " << std::flush;
-    std::string answer;
-    std::getline(*m_streams.answers, answer);
+    const std::string answer = ReadAnswer("An earlier scan of this target stands in the log (" +
+                                              scan + "). Go on with it? [Y/n] ",
+                                          m_streams);
     return answer.empty() || (answer.front() != 'n' && answer.front() != 'N');
 }
 
