@@ -29,8 +29,9 @@ std::uint64_t FileTimeFromCalendar(const CalendarTime& time)
     if (time.year < 1601 || time.year > 30827 || !date.ok() || !IsValidClock(time)) {
         return 0;
     }
-    const auto seconds = Days(date).time_since_epoch().count() * std::int64_t{86'400} +
-                         time.hour * 3600 + time.minute * 60 + time.second;
+    const auto seconds = Days{date}.time_since_epoch().count() * std::int64_t{86'400} +
+                         std::int64_t{time.hour} * 3600 + std::int64_t{time.minute} * 60 +
+                         time.second;
     return static_cast<std::uint64_t>(seconds + SecondsFrom1601To1970) * TicksPerSecond +
            static_cast<std::uint64_t>(time.millisecond) * TicksPerMillisecond;
 }
