@@ -1,8 +1,8 @@
 // Whole deep scans: over noise with pictures sprinkled in, and over disks that hold nothing but one kind of metadata, in
 // three sizes, so that a cost that grows faster than the disk shows. And the quick FAT scan of a card full of deletions.
 #include "bench/BenchSupport.h"
-#include "recovery/RecoveryEngineFactory.h"
 #include "recovery/ScanLogDirectory.h"
+#include "recovery/engines/RecoveryEngineFactory.h"
 #include "tests/support/Bytes.h"
 #include "tests/support/Pictures.h"
 

@@ -1,7 +1,7 @@
 // The quick NTFS scan of tables full of deleted files, against reading the same table and nothing else: the cost must
 // follow the table, not files times folders.
 #include "bench/BenchSupport.h"
-#include "recovery/RecoveryEngineFactory.h"
+#include "recovery/engines/RecoveryEngineFactory.h"
 #include "recovery/ntfs/FastNtfsRecovery.h"
 #include "tests/recovery/ntfs/NtfsImage.h"
 #include "tests/support/Bytes.h"

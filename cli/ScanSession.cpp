@@ -2,9 +2,9 @@
 
 #include "cli/TextForms.h"
 #include "platform/Folders.h"
-#include "recovery/RecoveryEngineFactory.h"
 #include "recovery/ScanLogDirectory.h"
 #include "recovery/deep/ProfessionalRecovery.h"
+#include "recovery/engines/RecoveryEngineFactory.h"
 
 #include <ostream>
 

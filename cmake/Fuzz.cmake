@@ -1,4 +1,4 @@
-# One fuzz target a reader: fuzz_target(NAME BootSectorFuzz USES engine_factory) builds fuzz/BootSectorFuzz.cpp.
+# One fuzz target a reader: fuzz_target(NAME BootSectorFuzz USES engines) builds fuzz/BootSectorFuzz.cpp.
 # With LUMIVAULT_FUZZ it is a libFuzzer program; otherwise it gets a main that replays fuzz/corpus/<name>/, and
 # CTest runs that.
 function(fuzz_target)

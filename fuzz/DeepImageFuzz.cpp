@@ -1,6 +1,6 @@
 // A small image through the whole deep scan: quick engine, pass, analysers, search, restore, and once more resumed.
 #include "fuzz/ScratchImage.h"
-#include "recovery/RecoveryEngineFactory.h"
+#include "recovery/engines/RecoveryEngineFactory.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {

@@ -1,8 +1,8 @@
 // A language file or config.ini, which users edit: the first byte chooses the limits, the rest is the file.
-#include "app/IniReader.h"
+#include "texts/IniReader.h"
 
-#include "app/TextFormat.h"
 #include "platform/Text.h"
+#include "texts/TextFormat.h"
 
 #include <cstdint>
 #include <cstdlib>

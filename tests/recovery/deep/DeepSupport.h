@@ -1,8 +1,8 @@
 // Runs a deep scan inside a test and says what it found, by folder path and content.
 #pragma once
 
-#include "recovery/RecoveryEngineFactory.h"
 #include "recovery/deep/ProfessionalRecovery.h"
+#include "recovery/engines/RecoveryEngineFactory.h"
 #include "tests/support/TempFolder.h"
 
 #include <functional>

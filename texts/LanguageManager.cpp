@@ -1,4 +1,4 @@
-#include "app/LanguageManager.h"
+#include "texts/LanguageManager.h"
 
 #include "platform/FileHandle.h"
 #include "platform/Folders.h"

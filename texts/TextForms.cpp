@@ -1,7 +1,7 @@
-#include "app/TextForms.h"
+#include "texts/TextForms.h"
 
-#include "app/TextFormat.h"
 #include "platform/FileTime.h"
+#include "texts/TextFormat.h"
 
 #include <array>
 #include <charconv>

@@ -1,6 +1,6 @@
-#include "app/LanguageManager.h"
+#include "texts/LanguageManager.h"
 
-#include "tests/app/WriteText.h"
+#include "tests/texts/WriteText.h"
 
 #include <gtest/gtest.h>
 

@@ -1,8 +1,8 @@
-#include "recovery/RecoveryEngineFactory.h"
+#include "recovery/engines/RecoveryEngineFactory.h"
 
-#include "recovery/FastExtRecovery.h"
 #include "recovery/FileSystemRecognition.h"
 #include "recovery/deep/ProfessionalRecovery.h"
+#include "recovery/engines/FastExtRecovery.h"
 #include "recovery/fat/FastFatRecovery.h"
 #include "recovery/ntfs/FastNtfsRecovery.h"
 #include "storage/ByteReader.h"

@@ -1,4 +1,4 @@
-#include "app/TextFormat.h"
+#include "texts/TextFormat.h"
 
 #include "platform/Text.h"
 

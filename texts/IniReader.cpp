@@ -1,4 +1,4 @@
-#include "app/IniReader.h"
+#include "texts/IniReader.h"
 
 #include "platform/FileHandle.h"
 #include "platform/Text.h"

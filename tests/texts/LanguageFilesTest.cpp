@@ -1,7 +1,7 @@
 // Holds each language file against one table of what the windows ask for, and against the English one.
-#include "app/LanguageManager.h"
 #include "platform/Text.h"
-#include "tests/app/WriteText.h"
+#include "tests/texts/WriteText.h"
+#include "texts/LanguageManager.h"
 
 #include <gtest/gtest.h>
 

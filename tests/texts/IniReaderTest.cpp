@@ -1,6 +1,6 @@
-#include "app/IniReader.h"
+#include "texts/IniReader.h"
 
-#include "tests/app/WriteText.h"
+#include "tests/texts/WriteText.h"
 
 #include <gtest/gtest.h>
 

@@ -1,7 +1,7 @@
-#include "app/TextFormat.h"
+#include "texts/TextFormat.h"
 
-#include "app/TextForms.h"
 #include "platform/FileTime.h"
+#include "texts/TextForms.h"
 
 #include <gtest/gtest.h>
 

@@ -4,9 +4,9 @@
 // in the configuration folder is written where the data folder cannot be, and wins wherever it stands.
 #pragma once
 
-#include "app/IniReader.h"
-#include "app/LanguageSection.h"
 #include "platform/ResultCode.h"
+#include "texts/IniReader.h"
+#include "texts/LanguageSection.h"
 
 #include <filesystem>
 #include <map>

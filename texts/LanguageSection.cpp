@@ -1,4 +1,4 @@
-#include "app/LanguageSection.h"
+#include "texts/LanguageSection.h"
 
 std::string LanguageSection::Get(std::string_view key)
 {

@@ -1,4 +1,4 @@
-#include "recovery/FastExtRecovery.h"
+#include "recovery/engines/FastExtRecovery.h"
 
 ResultCode CFastExtRecovery::OpenImageFile(const std::filesystem::path& /*filePath*/,
                                            char16_t /*driveLetter*/)
