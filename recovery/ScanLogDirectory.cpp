@@ -104,14 +104,14 @@ ScanLogDirectory::ScanLogDirectory()
 
 void ScanLogDirectory::Reload()
 {
-    root = ApplicationDataFolder() / "OrvantaLumivault" / "ScanLog";
-    logCounter = 0;
-    resumed = false;
-    resumedFolder.clear();
-    entries.clear();
+    m_root = ApplicationDataFolder() / "OrvantaLumivault" / "ScanLog";
+    m_logCounter = 0;
+    m_resumed = false;
+    m_resumedFolder.clear();
+    m_entries.clear();
     // A save that stopped between its two steps is finished here.
-    if (!PathExists(root / "config") && PathExists(root / "config.tmp")) {
-        (void)RenameFile(root / "config.tmp", root / "config");
+    if (!PathExists(m_root / "config") && PathExists(m_root / "config.tmp")) {
+        (void)RenameFile(m_root / "config.tmp", m_root / "config");
     }
     Load();
 }
@@ -121,56 +121,57 @@ void ScanLogDirectory::Load()
     FileHandle file;
     std::vector<std::uint8_t> bytes(LargestConfig);
     std::size_t got = 0;
-    if (file.OpenForReading(root / "config") != ResultSuccess || !file.IsRegularFile() ||
+    if (file.OpenForReading(m_root / "config") != ResultSuccess || !file.IsRegularFile() ||
         file.ReadAt(0, bytes.data(), bytes.size(), &got) != ResultSuccess || got < CounterBytes) {
         return;
     }
-    std::memcpy(&logCounter, bytes.data(), CounterBytes);
+    std::memcpy(&m_logCounter, bytes.data(), CounterBytes);
     for (std::size_t at = CounterBytes; at < got; at += sizeof(ScanLogEntry)) {
-        ScanLogEntry& entry = entries.emplace_back();
+        ScanLogEntry& entry = m_entries.emplace_back();
         std::memcpy(&entry, bytes.data() + at, std::min(sizeof entry, got - at));
     }
 }
 
 std::filesystem::path ScanLogDirectory::FolderOf(std::uint64_t number) const
 {
-    return root / std::to_string(number);
+    return m_root / std::to_string(number);
 }
 
 std::filesystem::path ScanLogDirectory::CurrentLogPath() const
 {
-    return resumed ? resumedFolder : FolderOf(logCounter);
+    return m_resumed ? m_resumedFolder : FolderOf(m_logCounter);
 }
 
 bool ScanLogDirectory::IsLogFolder(const std::filesystem::path& folder) const
 {
     const std::filesystem::path plain = WithoutSeparator(folder);
     const std::string name = plain.filename().string();
-    return plain.parent_path() == root && !name.empty() &&
+    return plain.parent_path() == m_root && !name.empty() &&
            name.find_first_not_of("0123456789") == std::string::npos;
 }
 
 ScanLogEntry* ScanLogDirectory::FindEntry(const ScanIdentity& target)
 {
-    const auto found = std::find_if(entries.begin(), entries.end(), [&](const ScanLogEntry& entry) {
-        if (!IsLogFolder(LogFolderOf(entry))) {
-            return false;  // names a folder that is none of ours: damaged, or made to mislead
-        }
-        if (!target.imagePath.empty()) {
-            return ImagePathOf(entry) == target.imagePath;
-        }
-        return entry.diskNumber == target.diskNumber && entry.startLba == target.startLba &&
-               entry.sectorCount == target.sectorCount;
-    });
-    return found != entries.end() ? &*found : nullptr;
+    const auto found =
+        std::find_if(m_entries.begin(), m_entries.end(), [&](const ScanLogEntry& entry) {
+            if (!IsLogFolder(LogFolderOf(entry))) {
+                return false;  // names a folder that is none of ours: damaged, or made to mislead
+            }
+            if (!target.imagePath.empty()) {
+                return ImagePathOf(entry) == target.imagePath;
+            }
+            return entry.diskNumber == target.diskNumber && entry.startLba == target.startLba &&
+                   entry.sectorCount == target.sectorCount;
+        });
+    return found != m_entries.end() ? &*found : nullptr;
 }
 
 bool ScanLogDirectory::FindScan(const ScanIdentity& target, ScanLogEntry& outEntry)
 {
     ScanLogEntry* entry = FindEntry(target);
     if (entry == nullptr) {
-        resumed = false;
-        resumedFolder.clear();
+        m_resumed = false;
+        m_resumedFolder.clear();
         return false;
     }
     if (StampIn(*entry, target) != StampOf(target) || !IsSameDisk(target, LogFolderOf(*entry))) {
@@ -179,21 +180,21 @@ bool ScanLogDirectory::FindScan(const ScanIdentity& target, ScanLogEntry& outEnt
         return false;
     }
     outEntry = *entry;
-    resumed = true;
-    resumedFolder = LogFolderOf(*entry);
+    m_resumed = true;
+    m_resumedFolder = LogFolderOf(*entry);
     return true;
 }
 
 void ScanLogDirectory::BeginNewLog()
 {
-    ++logCounter;
-    resumed = false;
-    (void)DeleteLog(FolderOf(logCounter));  // what cannot be removed is appended to
+    ++m_logCounter;
+    m_resumed = false;
+    (void)DeleteLog(FolderOf(m_logCounter));  // what cannot be removed is appended to
 }
 
 void ScanLogDirectory::UndoLogNumber()
 {
-    --logCounter;
+    --m_logCounter;
 }
 
 ResultCode ScanLogDirectory::FindLogFile(const std::filesystem::path& folder,
@@ -243,7 +244,7 @@ ResultCode ScanLogDirectory::SaveProgress(const ScanIdentity& target,
     added.sectorCount = target.sectorCount;
     SetPosition(added, position);
     SetStamp(added, target);
-    entries.push_back(added);
+    m_entries.push_back(added);
     if (IsLogFolder(logFolder)) {
         WriteIdentity(logFolder, target);
     }
@@ -252,8 +253,8 @@ ResultCode ScanLogDirectory::SaveProgress(const ScanIdentity& target,
 
 ResultCode ScanLogDirectory::Save() const
 {
-    const std::filesystem::path temporary = root / "config.tmp";
-    (void)MakePrivateFolderWithParents(root);  // the opening below tells what went wrong
+    const std::filesystem::path temporary = m_root / "config.tmp";
+    (void)MakePrivateFolderWithParents(m_root);  // the opening below tells what went wrong
     FileHandle file;
     ResultCode result = file.OpenOrCreate(temporary);
     if (result != ResultSuccess) {
@@ -261,14 +262,15 @@ ResultCode ScanLogDirectory::Save() const
     }
     result = file.Truncate(0);
     if (result == ResultSuccess) {
-        result = file.WriteAt(0, &logCounter, CounterBytes);
+        result = file.WriteAt(0, &m_logCounter, CounterBytes);
     }
     if (result == ResultSuccess) {
-        result = file.WriteAt(CounterBytes, entries.data(), entries.size() * sizeof(ScanLogEntry));
+        result =
+            file.WriteAt(CounterBytes, m_entries.data(), m_entries.size() * sizeof(ScanLogEntry));
     }
     file.Close();
     // In any case, also after a failed write.
-    const ResultCode renamed = RenameFile(temporary, root / "config");
+    const ResultCode renamed = RenameFile(temporary, m_root / "config");
     return result != ResultSuccess ? result : renamed;
 }
 
@@ -276,11 +278,12 @@ ResultCode ScanLogDirectory::DeleteLog(const std::filesystem::path& logFolder)
 {
     const std::filesystem::path folder =
         WithoutSeparator(logFolder);  // the argument may stand in the list
-    const auto found = std::find_if(entries.begin(), entries.end(), [&](const ScanLogEntry& entry) {
-        return SameFolder(LogFolderOf(entry), folder);
-    });
-    if (found != entries.end()) {
-        entries.erase(found);
+    const auto found =
+        std::find_if(m_entries.begin(), m_entries.end(), [&](const ScanLogEntry& entry) {
+            return SameFolder(LogFolderOf(entry), folder);
+        });
+    if (found != m_entries.end()) {
+        m_entries.erase(found);
     }
     return IsLogFolder(folder) && PathExists(folder) ? RemoveTree(folder) : ResultSuccess;
 }

@@ -41,7 +41,7 @@ public:
     void Reload();
 
     // <application data>/OrvantaLumivault/ScanLog
-    const std::filesystem::path& Root() const { return root; }
+    const std::filesystem::path& Root() const { return m_root; }
     // The folder that stores are opened in: that of the resumed scan, else <root>/<logCounter>.
     std::filesystem::path CurrentLogPath() const;
 
@@ -66,7 +66,7 @@ public:
     // Writes the file as the list stands.
     [[nodiscard]] ResultCode Save() const;
 
-    const std::vector<ScanLogEntry>& Entries() const { return entries; }
+    const std::vector<ScanLogEntry>& Entries() const { return m_entries; }
     // Whether a folder is a numbered one directly under the root; nothing else is ever written or removed.
     bool IsLogFolder(const std::filesystem::path& folder) const;
 
@@ -76,9 +76,9 @@ private:
     ScanLogEntry* FindEntry(const ScanIdentity& target);
     void Load();
 
-    std::filesystem::path root;
-    std::uint64_t logCounter = 0;  // the highest number given out
-    bool resumed = false;
-    std::filesystem::path resumedFolder;
-    std::vector<ScanLogEntry> entries;  // in file order
+    std::filesystem::path m_root;
+    std::uint64_t m_logCounter = 0;  // the highest number given out
+    bool m_resumed = false;
+    std::filesystem::path m_resumedFolder;
+    std::vector<ScanLogEntry> m_entries;  // in file order
 };

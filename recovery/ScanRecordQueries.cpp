@@ -76,7 +76,7 @@ ResultCode ScanRecordStore::ReadRecord(std::uint32_t recordNumber, FileRecord& o
     }
     std::size_t got = 0;
     const std::uint64_t position = (std::uint64_t{recordNumber} - 1) * sizeof(FileRecord);
-    if (const ResultCode result = mainFile.ReadAt(position, &outRecord, sizeof outRecord, &got)) {
+    if (const ResultCode result = m_mainFile.ReadAt(position, &outRecord, sizeof outRecord, &got)) {
         return result;
     }
     return got == sizeof outRecord ? ResultSuccess : ResultReadFault;
@@ -87,10 +87,10 @@ ResultCode ScanRecordStore::ReadRecord(std::uint32_t recordNumber, FileRecord& o
 const std::vector<std::uint32_t>* ScanRecordStore::FindList(std::uint64_t key)
 {
     if (key == 0) {
-        return relation.empty() ? nullptr : &relation.begin()->second;
+        return m_relation.empty() ? nullptr : &m_relation.begin()->second;
     }
-    const auto [entry, isNew] = relation.try_emplace(key);
-    relationChanged = relationChanged || isNew;
+    const auto [entry, isNew] = m_relation.try_emplace(key);
+    m_relationChanged = m_relationChanged || isNew;
     return &entry->second;
 }
 
@@ -145,34 +145,34 @@ ResultCode ScanRecordStore::CountChildren(std::uint64_t key, std::uint32_t& outC
 
 void ScanRecordStore::IndexParents()
 {
-    if (parentsIndexed) {
+    if (m_parentsIndexed) {
         return;
     }
-    parentKeys.clear();
-    for (const auto& [key, numbers] : relation) {
+    m_parentKeys.clear();
+    for (const auto& [key, numbers] : m_relation) {
         for (const std::uint32_t number : numbers) {
-            parentKeys.try_emplace(number, key);  // the lowest key stays
+            m_parentKeys.try_emplace(number, key);  // the lowest key stays
         }
     }
-    dirInfoByFolder.clear();
-    for (std::size_t i = 0; i < dirInfo.size(); ++i) {
-        dirInfoByFolder.try_emplace(std::uint32_t{dirInfo[i].FolderId},
-                                    i);  // the first entry stays
+    m_dirInfoByFolder.clear();
+    for (std::size_t i = 0; i < m_dirInfo.size(); ++i) {
+        m_dirInfoByFolder.try_emplace(std::uint32_t{m_dirInfo[i].FolderId},
+                                      i);  // the first entry stays
     }
-    parentsIndexed = true;
+    m_parentsIndexed = true;
 }
 
 void ScanRecordStore::IndexFolders()
 {
-    if (foldersIndexed) {
+    if (m_foldersIndexed) {
         return;
     }
-    foldersByNode.clear();
+    m_foldersByNode.clear();
     std::vector<FileRecord> block(BufferRecords);
     std::uint64_t position = 0;
     std::size_t got = 0;
     do {
-        if (mainFile.ReadAt(position, block.data(), BufferRecords * sizeof(FileRecord), &got) !=
+        if (m_mainFile.ReadAt(position, block.data(), BufferRecords * sizeof(FileRecord), &got) !=
             ResultSuccess) {
             break;
         }
@@ -180,21 +180,21 @@ void ScanRecordStore::IndexFolders()
         for (std::size_t i = 0; i < records; ++i) {
             if (block[i].IsFolder != 0) {
                 const std::uint64_t place = position / sizeof(FileRecord) + i + 1;
-                foldersByNode.try_emplace(std::uint32_t{block[i].NodeId},
-                                          static_cast<std::uint32_t>(place));
+                m_foldersByNode.try_emplace(std::uint32_t{block[i].NodeId},
+                                            static_cast<std::uint32_t>(place));
             }
         }
         position += records * sizeof(FileRecord);
     } while (got >= sizeof(FileRecord));
-    foldersIndexed = true;
+    m_foldersIndexed = true;
 }
 
 ResultCode ScanRecordStore::FindRecordByNode(std::uint32_t nodeId, FileRecord& outRecord)
 {
     IndexFolders();
-    const auto found = foldersByNode.find(nodeId);
-    return found != foldersByNode.end() ? ReadRecord(found->second, outRecord)
-                                        : ResultInvalidParameter;
+    const auto found = m_foldersByNode.find(nodeId);
+    return found != m_foldersByNode.end() ? ReadRecord(found->second, outRecord)
+                                          : ResultInvalidParameter;
 }
 
 // The folder that a record is linked under: *outFound is false at the root. Of a folder known by name alone only
@@ -203,21 +203,21 @@ ResultCode
 ScanRecordStore::FolderAbove(const FileRecord& record, FileRecord& outFolder, bool* outFound)
 {
     *outFound = false;
-    const auto key = parentKeys.find(std::uint32_t{record.RecordNumber});
+    const auto key = m_parentKeys.find(std::uint32_t{record.RecordNumber});
     // The lowest key stands for the root.
-    if (key == parentKeys.end() || key->second == relation.begin()->first) {
+    if (key == m_parentKeys.end() || key->second == m_relation.begin()->first) {
         return ResultSuccess;
     }
     const auto folderId = static_cast<std::uint32_t>(key->second);
-    const auto known = dirInfoByFolder.find(folderId);
-    if (known == dirInfoByFolder.end()) {
+    const auto known = m_dirInfoByFolder.find(folderId);
+    if (known == m_dirInfoByFolder.end()) {
         const ResultCode result = FindRecordByNode(folderId, outFolder);
         *outFound = result == ResultSuccess;
         return result;
     }
     outFolder = FileRecord();
-    outFolder.RecordNumber = dirInfo[known->second].RecordNumber;
-    outFolder.SetName(dirInfo[known->second].NameText());
+    outFolder.RecordNumber = m_dirInfo[known->second].RecordNumber;
+    outFolder.SetName(m_dirInfo[known->second].NameText());
     *outFound = true;
     return ResultSuccess;
 }
@@ -254,7 +254,7 @@ std::int32_t ScanRecordStore::SearchRecords(std::string_view extensionPattern,
     (void)FlushStore();  // what could not be written is not found
     FileHandle file;
     std::uint64_t length = 0;
-    if (file.OpenForReading(mainPath) != ResultSuccess || file.Size(&length) != ResultSuccess) {
+    if (file.OpenForReading(m_mainPath) != ResultSuccess || file.Size(&length) != ResultSuccess) {
         SortRecords(outRecords);
         return 0;
     }
@@ -274,7 +274,7 @@ std::int32_t ScanRecordStore::SearchRecords(std::string_view extensionPattern,
         }
         done += records * sizeof(FileRecord);
         const auto percent = static_cast<std::int32_t>(done * 100 / length);
-        if (searchCallback != nullptr && searchCallback(searchContext, percent, 0) != 0) {
+        if (m_searchCallback != nullptr && m_searchCallback(m_searchContext, percent, 0) != 0) {
             break;
         }
     }

@@ -59,24 +59,24 @@ ResultCode ScanRecordStore::OpenStore(std::string_view logName)
         return made;
     }
     const std::string name(logName);
-    mainPath = folder / name;
-    ResultCode result = mainFile.OpenOrCreate(mainPath);
-    if (const ResultCode opened = relationFile.OpenOrCreate(folder / (name + "_Relation"))) {
+    m_mainPath = folder / name;
+    ResultCode result = m_mainFile.OpenOrCreate(m_mainPath);
+    if (const ResultCode opened = m_relationFile.OpenOrCreate(folder / (name + "_Relation"))) {
         result = opened;
     }
     if (result != ResultSuccess) {
         return result;
     }
     std::uint64_t size = 0;
-    (void)mainFile.Size(&size);  // 0 appends at the start, as to a new file
+    (void)m_mainFile.Size(&size);  // 0 appends at the start, as to a new file
     // A torn last record would shift everything behind it.
-    appendPosition = size - size % sizeof(FileRecord);
-    if (appendPosition != size) {
-        (void)mainFile.Truncate(appendPosition);
+    m_appendPosition = size - size % sizeof(FileRecord);
+    if (m_appendPosition != size) {
+        (void)m_mainFile.Truncate(m_appendPosition);
     }
     LoadRelation();
     // Without folder names paths are poorer, but files can be found: no failure.
-    if (dirInfoFile.OpenOrCreate(folder / (name + "_DirInfo")) == ResultSuccess) {
+    if (m_dirInfoFile.OpenOrCreate(folder / (name + "_DirInfo")) == ResultSuccess) {
         LoadDirInfo();
     }
     return ResultSuccess;
@@ -84,37 +84,37 @@ ResultCode ScanRecordStore::OpenStore(std::string_view logName)
 
 void ScanRecordStore::LoadRelation()
 {
-    const std::vector<char> text = ReadAll(relationFile);
-    relation = ParseRelationText({text.data(), text.size()});
+    const std::vector<char> text = ReadAll(m_relationFile);
+    m_relation = ParseRelationText({text.data(), text.size()});
 }
 
 void ScanRecordStore::LoadDirInfo()
 {
-    const std::vector<char> bytes = ReadAll(dirInfoFile);
-    dirInfo.resize(bytes.size() / sizeof(DirInfoRecord));
-    if (!dirInfo.empty()) {
-        std::memcpy(static_cast<void*>(dirInfo.data()), bytes.data(),
-                    dirInfo.size() * sizeof(DirInfoRecord));
+    const std::vector<char> bytes = ReadAll(m_dirInfoFile);
+    m_dirInfo.resize(bytes.size() / sizeof(DirInfoRecord));
+    if (!m_dirInfo.empty()) {
+        std::memcpy(static_cast<void*>(m_dirInfo.data()), bytes.data(),
+                    m_dirInfo.size() * sizeof(DirInfoRecord));
     }
 }
 
 FileRecord& ScanRecordStore::ReserveRecord()
 {
-    if (bufferUsed == BufferRecords) {
+    if (m_bufferUsed == BufferRecords) {
         (void)WriteBuffer();
     }
-    ++recordCount;
+    ++m_recordCount;
     // Zeroed, so that equal scans give equal files and no memory leaks to disk.
-    return buffer[bufferUsed++] = FileRecord();
+    return m_buffer[m_bufferUsed++] = FileRecord();
 }
 
 void ScanRecordStore::LinkRecord(std::uint32_t parentId,
                                  std::uint32_t depth,
                                  std::uint32_t recordNumber)
 {
-    relation[MakeKey(depth, parentId)].push_back(recordNumber);
-    relationChanged = true;
-    parentsIndexed = false;
+    m_relation[MakeKey(depth, parentId)].push_back(recordNumber);
+    m_relationChanged = true;
+    m_parentsIndexed = false;
 }
 
 void ScanRecordStore::LinkFolder(std::uint32_t parentId,
@@ -124,27 +124,28 @@ void ScanRecordStore::LinkFolder(std::uint32_t parentId,
                                  std::string_view name)
 {
     LinkRecord(parentId, depth, recordNumber);
-    DirInfoRecord& folder = dirInfo.emplace_back();
+    DirInfoRecord& folder = m_dirInfo.emplace_back();
     folder.FolderId = nodeId;
     folder.RecordNumber = recordNumber;
     StoreName(folder.Name, name);
-    dirInfoChanged = true;
+    m_dirInfoChanged = true;
 }
 
 ResultCode ScanRecordStore::WriteBuffer()
 {
-    if (bufferUsed == 0) {
+    if (m_bufferUsed == 0) {
         return ResultSuccess;
     }
-    const std::size_t bytes = bufferUsed * sizeof(FileRecord);
-    bufferUsed = 0;
-    if (!mainFile.IsOpen()) {
+    const std::size_t bytes = m_bufferUsed * sizeof(FileRecord);
+    m_bufferUsed = 0;
+    if (!m_mainFile.IsOpen()) {
         return ResultInvalidHandle;
     }
     std::size_t written = 0;
-    const ResultCode result = mainFile.WriteAt(appendPosition, buffer.data(), bytes, &written);
-    appendPosition += written;
-    foldersIndexed = false;
+    const ResultCode result =
+        m_mainFile.WriteAt(m_appendPosition, m_buffer.data(), bytes, &written);
+    m_appendPosition += written;
+    m_foldersIndexed = false;
     return result;
 }
 
@@ -154,32 +155,32 @@ ResultCode ScanRecordStore::FlushStore()
         return result;
     }
     ResultCode result = ResultSuccess;
-    if (relationChanged) {
+    if (m_relationChanged) {
         result = WriteRelation();
-        relationChanged = result != ResultSuccess;
+        m_relationChanged = result != ResultSuccess;
     }
-    if (dirInfoChanged) {
+    if (m_dirInfoChanged) {
         if (const ResultCode written = WriteDirInfo()) {
             return written;
         }
-        dirInfoChanged = false;
+        m_dirInfoChanged = false;
     }
     return result;
 }
 
 ResultCode ScanRecordStore::WriteRelation()
 {
-    if (!relationFile.IsOpen()) {
+    if (!m_relationFile.IsOpen()) {
         return ResultInvalidHandle;
     }
     std::uint64_t position = 0;
     std::string text;
-    for (auto at = relation.begin(); at != relation.end();) {
+    for (auto at = m_relation.begin(); at != m_relation.end();) {
         AppendRelationEntry(at->first, at->second, text);
         ++at;
-        if (text.size() >= ReadPiece || at == relation.end()) {
+        if (text.size() >= ReadPiece || at == m_relation.end()) {
             if (const ResultCode result =
-                    relationFile.WriteAt(position, text.data(), text.size())) {
+                    m_relationFile.WriteAt(position, text.data(), text.size())) {
                 return result;
             }
             position += text.size();
@@ -191,14 +192,14 @@ ResultCode ScanRecordStore::WriteRelation()
 
 ResultCode ScanRecordStore::WriteDirInfo()
 {
-    if (!dirInfoFile.IsOpen()) {
+    if (!m_dirInfoFile.IsOpen()) {
         return ResultInvalidHandle;
     }
-    return dirInfoFile.WriteAt(0, dirInfo.data(), dirInfo.size() * sizeof(DirInfoRecord));
+    return m_dirInfoFile.WriteAt(0, m_dirInfo.data(), m_dirInfo.size() * sizeof(DirInfoRecord));
 }
 
 void ScanRecordStore::SetSearchCallback(SearchProgressCallback callback, void* context)
 {
-    searchCallback = callback;
-    searchContext = context;
+    m_searchCallback = callback;
+    m_searchContext = context;
 }

@@ -35,7 +35,7 @@ public:
     // full; a failed write loses those records and is not reported.
     FileRecord& ReserveRecord();
     // Records reserved since this object was made, which is the number of the record just reserved.
-    std::uint32_t GetRecordCount() const { return recordCount; }
+    std::uint32_t GetRecordCount() const { return m_recordCount; }
     // Enters a record under the folder parentId at depth levels below the root. Folders give their name, files
     // none.
     void LinkRecord(std::uint32_t parentId, std::uint32_t depth, std::uint32_t recordNumber);
@@ -78,28 +78,30 @@ private:
     void IndexFolders();
     ResultCode FolderAbove(const FileRecord& record, FileRecord& outFolder, bool* outFound);
 
-    FileHandle mainFile;
-    FileHandle relationFile;
-    FileHandle dirInfoFile;
-    std::filesystem::path mainPath;
-    std::vector<FileRecord> buffer = std::vector<FileRecord>(BufferRecords);
-    std::size_t bufferUsed = 0;        // in records
-    std::uint64_t appendPosition = 0;  // in the main file, bytes
-    std::uint32_t recordCount = 0;
-    Relation relation;
-    std::vector<DirInfoRecord> dirInfo;
-    bool relationChanged = false;  // since it was last written
-    bool dirInfoChanged = false;
-    SearchProgressCallback searchCallback = nullptr;
-    void* searchContext = nullptr;
+    FileHandle m_mainFile;
+    FileHandle m_relationFile;
+    FileHandle m_dirInfoFile;
+    std::filesystem::path m_mainPath;
+    std::vector<FileRecord> m_buffer = std::vector<FileRecord>(BufferRecords);
+    std::size_t m_bufferUsed = 0;        // in records
+    std::uint64_t m_appendPosition = 0;  // in the main file, bytes
+    std::uint32_t m_recordCount = 0;
+    Relation m_relation;
+    std::vector<DirInfoRecord> m_dirInfo;
+    bool m_relationChanged = false;  // since it was last written
+    bool m_dirInfoChanged = false;
+    SearchProgressCallback m_searchCallback = nullptr;
+    void* m_searchContext = nullptr;
 
     // Made when a path is first asked for, dropped when what they were made from changes.
-    std::unordered_map<std::uint32_t, std::uint64_t> parentKeys;  // record number to its lowest key
-    std::unordered_map<std::uint32_t, std::size_t> dirInfoByFolder;  // folder id to its first entry
+    std::unordered_map<std::uint32_t, std::uint64_t>
+        m_parentKeys;  // record number to its lowest key
+    std::unordered_map<std::uint32_t, std::size_t>
+        m_dirInfoByFolder;  // folder id to its first entry
     std::unordered_map<std::uint32_t, std::uint32_t>
-        foldersByNode;  // node to its place in the main file
-    bool parentsIndexed = false;
-    bool foldersIndexed = false;
+        m_foldersByNode;  // node to its place in the main file
+    bool m_parentsIndexed = false;
+    bool m_foldersIndexed = false;
 };
 
 // The order of every list: files before folders, each by name, bytes compared as unsigned without regard to

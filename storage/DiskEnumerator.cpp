@@ -42,9 +42,9 @@ bool ReadsAsLetter(char16_t number)
 int DiskEnumerator::Enumerate()
 {
     Disks.clear();
-    sizes.clear();
-    cursorDisk = 0;
-    cursorEntry = 0;
+    m_sizes.clear();
+    m_cursorDisk = 0;
+    m_cursorEntry = 0;
     const StorageMap storage;
     if (!storage.Listed()) {
         return 0;
@@ -60,7 +60,7 @@ int DiskEnumerator::Enumerate()
         if (size.bytes < size.sectorSize) {
             continue;  // not one sector to read
         }
-        sizes[number] = size;
+        m_sizes[number] = size;
         if (!volumes.empty()) {
             Disks[number] = std::move(volumes);
         }
@@ -79,7 +79,7 @@ int DiskEnumerator::Enumerate()
 // of the first track's end.
 void DiskEnumerator::FillGaps(std::uint32_t diskNumber, std::vector<VolumeRecord>& entries)
 {
-    const DiskSize& disk = sizes[diskNumber];
+    const DiskSize& disk = m_sizes[diskNumber];
     SectorSize = static_cast<std::int32_t>(disk.sectorSize);
     constexpr auto Cylinder = static_cast<std::int64_t>(GeometryCylinderSectors);
     const auto total = static_cast<std::int64_t>(GeometrySectors(disk.bytes / disk.sectorSize));
@@ -103,7 +103,7 @@ void DiskEnumerator::FillGaps(std::uint32_t diskNumber, std::vector<VolumeRecord
 
 void DiskEnumerator::AddWholeDisks()
 {
-    for (const auto& [number, disk] : sizes) {
+    for (const auto& [number, disk] : m_sizes) {
         if (!Disks.contains(number)) {
             SectorSize = static_cast<std::int32_t>(disk.sectorSize);
             Disks[number].push_back(
@@ -126,21 +126,21 @@ void DiskEnumerator::NumberEntries()
             }
             placesNow.insert(place);
             ++counter;
-            const auto known = givenNumbers.find(place);
-            entry.Letter = known != givenNumbers.end() ? known->second
-                           : numberedBefore            ? NewNumber()
-                                                       : counter;
-            givenNumbers[place] = entry.Letter;
-            usedNumbers.insert(entry.Letter);
+            const auto known = m_givenNumbers.find(place);
+            entry.Letter = known != m_givenNumbers.end() ? known->second
+                           : m_numberedBefore            ? NewNumber()
+                                                         : counter;
+            m_givenNumbers[place] = entry.Letter;
+            m_usedNumbers.insert(entry.Letter);
         }
     }
-    numberedBefore = true;
+    m_numberedBefore = true;
 }
 
 char16_t DiskEnumerator::NewNumber()
 {
     char16_t number =
-        usedNumbers.empty() ? char16_t{1} : static_cast<char16_t>(*usedNumbers.rbegin() + 1);
+        m_usedNumbers.empty() ? char16_t{1} : static_cast<char16_t>(*m_usedNumbers.rbegin() + 1);
     while (ReadsAsLetter(number)) {
         ++number;
     }
@@ -149,19 +149,19 @@ char16_t DiskEnumerator::NewNumber()
 
 int DiskEnumerator::Next(VolumeRecord& outRecord)
 {
-    auto disk = Disks.lower_bound(cursorDisk);
+    auto disk = Disks.lower_bound(m_cursorDisk);
     while (disk != Disks.end() &&
-           (disk->first != cursorDisk || cursorEntry >= disk->second.size())) {
-        if (disk->first == cursorDisk) {
+           (disk->first != m_cursorDisk || m_cursorEntry >= disk->second.size())) {
+        if (disk->first == m_cursorDisk) {
             ++disk;
         }
-        cursorDisk = disk != Disks.end() ? disk->first : cursorDisk;
-        cursorEntry = 0;
+        m_cursorDisk = disk != Disks.end() ? disk->first : m_cursorDisk;
+        m_cursorEntry = 0;
     }
     if (disk == Disks.end()) {
         return 0;
     }
-    outRecord = disk->second[cursorEntry++];
+    outRecord = disk->second[m_cursorEntry++];
     return 1;
 }
 

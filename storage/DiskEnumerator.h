@@ -43,10 +43,10 @@ private:
 
     // Disk number, start sector, and which of the entries there: damaged tables have several.
     using Place = std::tuple<std::uint32_t, std::uint64_t, std::size_t>;
-    std::map<std::uint32_t, DiskSize> sizes;
-    std::map<Place, char16_t> givenNumbers;
-    std::set<char16_t> usedNumbers;
-    bool numberedBefore = false;
-    std::uint32_t cursorDisk = 0;
-    std::size_t cursorEntry = 0;
+    std::map<std::uint32_t, DiskSize> m_sizes;
+    std::map<Place, char16_t> m_givenNumbers;
+    std::set<char16_t> m_usedNumbers;
+    bool m_numberedBefore = false;
+    std::uint32_t m_cursorDisk = 0;
+    std::size_t m_cursorEntry = 0;
 };

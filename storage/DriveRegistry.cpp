@@ -23,7 +23,7 @@ DriveRegistry& DriveRegistry::Instance()
 std::uint32_t DriveRegistry::FreeNumber() const
 {
     std::uint32_t number = 0;
-    while (entries.contains(number)) {
+    while (m_entries.contains(number)) {
         ++number;
     }
     return number < NumberLimit ? number : NoNumber;
@@ -31,7 +31,7 @@ std::uint32_t DriveRegistry::FreeNumber() const
 
 std::uint32_t DriveRegistry::NumberOf(const BlockDevice& disk)
 {
-    for (auto& [number, entry] : entries) {
+    for (auto& [number, entry] : m_entries) {
         if (!entry.disk.name.empty() && IsSameDisk(entry.disk, disk)) {
             entry.disk = disk;
             entry.node = disk.Node();
@@ -40,7 +40,7 @@ std::uint32_t DriveRegistry::NumberOf(const BlockDevice& disk)
     }
     const std::uint32_t number = FreeNumber();
     if (number != NoNumber) {
-        entries.try_emplace(number, Entry{disk, disk.Node(), FileHandle()});
+        m_entries.try_emplace(number, Entry{disk, disk.Node(), FileHandle()});
     }
     return number;
 }
@@ -54,33 +54,33 @@ void DriveRegistry::NumberAll(const std::vector<BlockDevice>& disks)
 
 std::uint32_t DriveRegistry::NumberOf(const std::filesystem::path& node)
 {
-    for (const auto& [number, entry] : entries) {
+    for (const auto& [number, entry] : m_entries) {
         if (entry.node == node) {
             return number;
         }
     }
     const std::uint32_t number = FreeNumber();
     if (number != NoNumber) {
-        entries.try_emplace(number, Entry{BlockDevice(), node, FileHandle()});
+        m_entries.try_emplace(number, Entry{BlockDevice(), node, FileHandle()});
     }
     return number;
 }
 
 const BlockDevice* DriveRegistry::Find(std::uint32_t diskNumber) const
 {
-    const auto found = entries.find(diskNumber);
-    return found != entries.end() ? &found->second.disk : nullptr;
+    const auto found = m_entries.find(diskNumber);
+    return found != m_entries.end() ? &found->second.disk : nullptr;
 }
 
 std::filesystem::path DriveRegistry::DeviceOf(std::uint32_t diskNumber) const
 {
-    const auto found = entries.find(diskNumber);
-    return found != entries.end() ? found->second.node : std::filesystem::path();
+    const auto found = m_entries.find(diskNumber);
+    return found != m_entries.end() ? found->second.node : std::filesystem::path();
 }
 
 void DriveRegistry::Forget(std::uint32_t diskNumber)
 {
-    entries.erase(diskNumber);
+    m_entries.erase(diskNumber);
 }
 
 // A node keeps its name when the card in the reader is changed.
@@ -96,8 +96,8 @@ ResultCode DriveRegistry::CheckMedium(const Entry& entry)
 
 ResultCode DriveRegistry::Open(std::uint32_t diskNumber, FileHandle& outHandle)
 {
-    const auto found = entries.find(diskNumber);
-    if (found == entries.end()) {
+    const auto found = m_entries.find(diskNumber);
+    if (found == m_entries.end()) {
         return ResultFileNotFound;
     }
     Entry& entry = found->second;
@@ -108,10 +108,10 @@ ResultCode DriveRegistry::Open(std::uint32_t diskNumber, FileHandle& outHandle)
         return entry.privileged.Duplicate(outHandle);
     }
     const ResultCode result = outHandle.OpenForReading(entry.node);
-    if (result != ResultAccessDenied || !privilegedOpener) {
+    if (result != ResultAccessDenied || !m_privilegedOpener) {
         return result;
     }
-    if (const ResultCode denied = privilegedOpener(entry.node, entry.privileged)) {
+    if (const ResultCode denied = m_privilegedOpener(entry.node, entry.privileged)) {
         return denied;
     }
     return entry.privileged.Duplicate(outHandle);

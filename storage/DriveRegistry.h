@@ -40,7 +40,7 @@ public:
 
     // How a device is opened that the user may not read; none is asked at first.
     using PrivilegedOpener = std::function<ResultCode(const std::filesystem::path&, FileHandle&)>;
-    void SetPrivilegedOpener(PrivilegedOpener opener) { privilegedOpener = std::move(opener); }
+    void SetPrivilegedOpener(PrivilegedOpener opener) { m_privilegedOpener = std::move(opener); }
 
 private:
     struct Entry
@@ -53,6 +53,6 @@ private:
     std::uint32_t FreeNumber() const;
     [[nodiscard]] static ResultCode CheckMedium(const Entry& entry);
 
-    std::map<std::uint32_t, Entry> entries;
-    PrivilegedOpener privilegedOpener;
+    std::map<std::uint32_t, Entry> m_entries;
+    PrivilegedOpener m_privilegedOpener;
 };

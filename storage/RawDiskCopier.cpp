@@ -51,13 +51,13 @@ ResultCode RawDiskCopier::Copy(std::uint32_t diskNumber,
 
 ResultCode RawDiskCopier::Open(std::uint32_t diskNumber, const std::filesystem::path& outputPath)
 {
-    if (const ResultCode result = OpenDriveSource(diskNumber, Source)) {
+    if (const ResultCode result = OpenDriveSource(diskNumber, m_source)) {
         return result;
     }
     SourceOpened = true;
-    SectorSize = Source.sectorSize;
+    SectorSize = m_source.sectorSize;
     if (SectorCount == 0) {
-        SectorCount = Source.sizeBytes / SectorSize;
+        SectorCount = m_source.sizeBytes / SectorSize;
     }
     // A range that no disk can have would wrap around below.
     if (SectorCount > UINT64_MAX / SectorSize ||
@@ -69,18 +69,18 @@ ResultCode RawDiskCopier::Open(std::uint32_t diskNumber, const std::filesystem::
     if (PathExists(outputPath) && !std::filesystem::is_regular_file(outputPath, ignored)) {
         return ResultAccessDenied;
     }
-    if (const ResultCode result = Target.OpenOrCreate(outputPath)) {
+    if (const ResultCode result = m_target.OpenOrCreate(outputPath)) {
         return result;
     }
-    Buffer.resize(PieceBytes);
+    m_buffer.resize(PieceBytes);
     return ResultSuccess;
 }
 
 void RawDiskCopier::Close()
 {
-    Source = OpenedSource();
-    Target.Close();
-    Buffer = {};
+    m_source = OpenedSource();
+    m_target.Close();
+    m_buffer = {};
 }
 
 ResultCode RawDiskCopier::Run()
@@ -118,13 +118,13 @@ ResultCode RawDiskCopier::CopyPiece(std::uint64_t position, std::size_t size)
     std::size_t done = 0;
     while (done < size) {
         std::size_t got = 0;
-        const ResultCode result = Source.reader->ReadAt(StartSector * SectorSize + position + done,
-                                                        Buffer.data() + done, size - done, &got);
+        const ResultCode result = m_source.reader->ReadAt(
+            StartSector * SectorSize + position + done, m_buffer.data() + done, size - done, &got);
         done += got;
         if (result != ResultSuccess || got == 0) {
             FailedSector = StartSector + (position + done) / SectorSize;
             return ResultReadFault;
         }
     }
-    return Target.WriteAt(position, Buffer.data(), size);
+    return m_target.WriteAt(position, m_buffer.data(), size);
 }

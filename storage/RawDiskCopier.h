@@ -46,7 +46,7 @@ private:
     [[nodiscard]] ResultCode CopyPiece(std::uint64_t position, std::size_t size);
     void Close();
 
-    OpenedSource Source;
-    FileHandle Target;
-    std::vector<std::uint8_t> Buffer;
+    OpenedSource m_source;
+    FileHandle m_target;
+    std::vector<std::uint8_t> m_buffer;
 };

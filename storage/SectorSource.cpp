@@ -24,8 +24,8 @@ ResultCode SectorSource::OpenDrive(std::uint32_t diskNumber)
     if (result == ResultSuccess) {
         totalSectors = source.sizeBytes / source.sectorSize;
         totalBytes = source.sizeBytes;
-        reader = std::move(source.reader);
-        openNumber = NextOpenNumber();
+        m_reader = std::move(source.reader);
+        m_openNumber = NextOpenNumber();
     }
     return result;
 }
@@ -37,8 +37,8 @@ ResultCode SectorSource::OpenImage(const std::filesystem::path& filePath)
     if (result == ResultSuccess) {
         totalSectors = source.sizeBytes / ImageSectorSize;
         totalBytes = source.sizeBytes;
-        reader = std::move(source.reader);
-        openNumber = NextOpenNumber();
+        m_reader = std::move(source.reader);
+        m_openNumber = NextOpenNumber();
     }
     return result;
 }
@@ -49,7 +49,7 @@ ResultCode SectorSource::ReadSectors(std::uint8_t* buffer,
                                      std::int32_t sectorSize,
                                      std::int32_t* outSectorsRead)
 {
-    if (sectorCount < 0 || sectorSize <= 0 || reader == nullptr) {
+    if (sectorCount < 0 || sectorSize <= 0 || m_reader == nullptr) {
         return ResultInvalidParameter;
     }
     // Sector 2^64 - 1 wraps to an end of 0: a detector asks for it in front of sector 0.
@@ -63,8 +63,8 @@ ResultCode SectorSource::ReadSectors(std::uint8_t* buffer,
     ResultCode result = ResultSuccess;
     while (done < wanted && result == ResultSuccess) {
         std::size_t got = 0;
-        result = reader->ReadAt(lba * unit + done, buffer + done,
-                                std::min(LargestPiece, wanted - done), &got);
+        result = m_reader->ReadAt(lba * unit + done, buffer + done,
+                                  std::min(LargestPiece, wanted - done), &got);
         done += got;
         if (result != ResultSuccess || got == 0) {
             result = ResultReadFault;

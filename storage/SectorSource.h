@@ -27,14 +27,14 @@ public:
                                          std::int32_t sectorSize,
                                          std::int32_t* outSectorsRead);
 
-    bool IsOpen() const { return reader != nullptr; }
+    bool IsOpen() const { return m_reader != nullptr; }
     // Another number for every opening in the process, 0 until opened: tells what was cached of one from the rest.
-    std::uint64_t OpenNumber() const { return openNumber; }
+    std::uint64_t OpenNumber() const { return m_openNumber; }
 
     std::uint64_t totalSectors = 0;  // size of the whole drive or file; 0 until opened
     std::uint64_t totalBytes = 0;    // the same in bytes, a partial last sector included
 
 private:
-    std::unique_ptr<IByteReader> reader;
-    std::uint64_t openNumber = 0;
+    std::unique_ptr<IByteReader> m_reader;
+    std::uint64_t m_openNumber = 0;
 };

@@ -61,19 +61,19 @@ class DiskReading
 {
 public:
     DiskReading(const BlockDevice& device, std::uint32_t number, const StorageMap& map)
-        : disk(device),
-          diskNumber(number),
-          storage(map),
-          sizeBytes(device.sizeBytes),
-          sectorSize(device.sectorSize)
+        : m_disk(device),
+          m_diskNumber(number),
+          m_storage(map),
+          m_sizeBytes(device.sizeBytes),
+          m_sectorSize(device.sectorSize)
     {
     }
 
     std::vector<VolumeRecord> FromDisk(FileHandle handle);
     std::vector<VolumeRecord> FromSystemTables();
 
-    std::uint64_t SizeBytes() const { return sizeBytes; }
-    std::uint32_t SectorSize() const { return sectorSize; }
+    std::uint64_t SizeBytes() const { return m_sizeBytes; }
+    std::uint32_t SectorSize() const { return m_sectorSize; }
 
 private:
     std::uint64_t BytesInside(std::uint64_t startByte, std::uint64_t byteCount) const;
@@ -82,11 +82,11 @@ private:
     void Finish(VolumeRecord& volume, std::uint8_t tableType, IByteReader* reader) const;
     void ProbeInto(VolumeRecord& volume, const FileHandle& handle) const;
 
-    const BlockDevice& disk;
-    std::uint32_t diskNumber;
-    const StorageMap& storage;
-    std::uint64_t sizeBytes;
-    std::uint32_t sectorSize;
+    const BlockDevice& m_disk;
+    std::uint32_t m_diskNumber;
+    const StorageMap& m_storage;
+    std::uint64_t m_sizeBytes;
+    std::uint32_t m_sectorSize;
 };
 
 // A disk that was cut, or whose table is damaged, has partitions behind its end. What has not one whole sector is nothing
@@ -94,15 +94,15 @@ private:
 std::uint64_t DiskReading::BytesInside(std::uint64_t startByte, std::uint64_t byteCount) const
 {
     const std::uint64_t inside =
-        startByte < sizeBytes ? std::min(byteCount, sizeBytes - startByte) : 0;
-    return inside >= sectorSize ? inside : 0;
+        startByte < m_sizeBytes ? std::min(byteCount, m_sizeBytes - startByte) : 0;
+    return inside >= m_sectorSize ? inside : 0;
 }
 
 VolumeRecord
 DiskReading::Begin(std::uint32_t partition, std::uint64_t startByte, std::uint64_t byteCount) const
 {
     VolumeRecord volume;
-    volume.DiskNumber = diskNumber;
+    volume.DiskNumber = m_diskNumber;
     volume.PartitionNumber = partition;
     volume.StartSector = startByte;
     volume.SectorCount = byteCount;
@@ -114,7 +114,7 @@ void DiskReading::Finish(VolumeRecord& volume, std::uint8_t tableType, IByteRead
 {
     volume.TotalBytes = volume.SectorCount;
     VolumeSpace space;
-    const MountEntry* mount = FindMountAt(storage, disk.deviceNumber, volume.StartSector);
+    const MountEntry* mount = FindMountAt(m_storage, m_disk.deviceNumber, volume.StartSector);
     if (mount != nullptr) {
         if (volume.FileSystemName.empty()) {
             volume.FileSystemName = MountedFileSystemName(*mount);
@@ -136,7 +136,7 @@ void DiskReading::Finish(VolumeRecord& volume, std::uint8_t tableType, IByteRead
 void DiskReading::ProbeInto(VolumeRecord& volume, const FileHandle& handle) const
 {
     const ProbedFileSystem found =
-        ProbeFileSystem(handle, volume.StartSector, volume.SectorCount, sectorSize);
+        ProbeFileSystem(handle, volume.StartSector, volume.SectorCount, m_sectorSize);
     volume.FileSystemName = found.name;
     volume.VolumeLabel = found.label;
 }
@@ -145,12 +145,12 @@ std::vector<VolumeRecord> DiskReading::FromDisk(FileHandle handle)
 {
     // A file in place of a device tells its size only so; and what was written through another node is not seen here as
     // long as the system keeps what it has read before.
-    if (handle.Size(&sizeBytes) != ResultSuccess) {
-        sizeBytes = disk.sizeBytes;
+    if (handle.Size(&m_sizeBytes) != ResultSuccess) {
+        m_sizeBytes = m_disk.sizeBytes;
     }
-    sectorSize = std::max(sectorSize, handle.DeviceSectorSize());
+    m_sectorSize = std::max(m_sectorSize, handle.DeviceSectorSize());
     handle.DropCache();
-    const ProbedTable table = ProbePartitionTable(handle, sectorSize);
+    const ProbedTable table = ProbePartitionTable(handle, m_sectorSize);
     std::vector<VolumeRecord> volumes;
     std::vector<std::uint8_t> types;
     for (const ProbedPartition& partition : table.partitions) {
@@ -164,8 +164,8 @@ std::vector<VolumeRecord> DiskReading::FromDisk(FileHandle handle)
         types.push_back(type);
     }
     if (table.partitions.empty() &&
-        ProbeFileSystem(handle, 0, sizeBytes, sectorSize).isFileSystem) {
-        volumes.push_back(Begin(0, 0, sizeBytes));
+        ProbeFileSystem(handle, 0, m_sizeBytes, m_sectorSize).isFileSystem) {
+        volumes.push_back(Begin(0, 0, m_sizeBytes));
         types.push_back(TypeLinux);
     }
     for (VolumeRecord& volume : volumes) {
@@ -196,7 +196,7 @@ std::vector<VolumeRecord> DiskReading::FromSystemTables()
     // The kernel shows an extended partition as two sectors, so that nobody writes over it.
     constexpr std::uint64_t ExtendedBytes = 1024;
     std::vector<VolumeRecord> volumes;
-    for (const KernelPartition& partition : disk.partitions) {
+    for (const KernelPartition& partition : m_disk.partitions) {
         const ManagedProperties known = ReadManagedProperties(partition.deviceNumber);
         const std::optional<std::uint8_t> dosType = DosType(known.partitionType);
         const std::uint8_t type = dosType.value_or(TypeOfGuid(known.partitionType));
@@ -211,10 +211,10 @@ std::vector<VolumeRecord> DiskReading::FromSystemTables()
         Finish(volume, type, nullptr);
         volumes.push_back(std::move(volume));
     }
-    const ManagedProperties whole = ReadManagedProperties(disk.deviceNumber);
-    const bool mounted = FindMountAt(storage, disk.deviceNumber, 0) != nullptr;
-    if (disk.partitions.empty() && (mounted || !whole.fileSystem.empty())) {
-        VolumeRecord volume = Begin(0, 0, sizeBytes);
+    const ManagedProperties whole = ReadManagedProperties(m_disk.deviceNumber);
+    const bool mounted = FindMountAt(m_storage, m_disk.deviceNumber, 0) != nullptr;
+    if (m_disk.partitions.empty() && (mounted || !whole.fileSystem.empty())) {
+        VolumeRecord volume = Begin(0, 0, m_sizeBytes);
         volume.FileSystemName = whole.fileSystem;
         volume.VolumeLabel = whole.label;
         Finish(volume, TypeLinux, nullptr);

@@ -23,22 +23,22 @@ class VolumeRange
 {
 public:
     VolumeRange(IByteReader& source, std::uint64_t startByte, std::uint64_t byteCount)
-        : reader(source), start(startByte), count(byteCount)
+        : m_reader(source), m_start(startByte), m_count(byteCount)
     {
     }
 
     bool Read(std::uint64_t position, Bytes& outBytes, std::size_t size) const
     {
         outBytes.resize(size);
-        return position <= count && size <= count - position &&
-               ReadWhole(reader, start + position, outBytes.data(), size) == ResultSuccess;
+        return position <= m_count && size <= m_count - position &&
+               ReadWhole(m_reader, m_start + position, outBytes.data(), size) == ResultSuccess;
     }
-    std::uint64_t Size() const { return count; }
+    std::uint64_t Size() const { return m_count; }
 
 private:
-    IByteReader& reader;
-    std::uint64_t start;
-    std::uint64_t count;
+    IByteReader& m_reader;
+    std::uint64_t m_start;
+    std::uint64_t m_count;
 };
 
 bool IsPowerOfTwo(std::uint64_t value)

@@ -91,12 +91,12 @@ bool EndsFile(ByteView block, std::size_t end, std::int32_t sectorSize)
 
 std::size_t MarkFinder::Search(const SearchBlock& block, std::size_t from) const
 {
-    std::size_t at = FindBytes(block.bytes, mark, from);
-    if (accept == Accept::Any) {
+    std::size_t at = FindBytes(block.bytes, m_mark, from);
+    if (m_accept == Accept::Any) {
         return at;
     }
-    while (at != NotFound && !EndsFile(block.bytes, at + mark.size(), block.sectorSize)) {
-        at = FindBytes(block.bytes, mark, at + 1);
+    while (at != NotFound && !EndsFile(block.bytes, at + m_mark.size(), block.sectorSize)) {
+        at = FindBytes(block.bytes, m_mark, at + 1);
     }
     return at;
 }
@@ -106,28 +106,28 @@ std::size_t MarkFinder::Find(const SearchBlock& block, std::size_t from)
     if (block.contents == 0) {
         return Search(block, from);
     }
-    if (!block.bytes.Covers(from, mark.size())) {
+    if (!block.bytes.Covers(from, m_mark.size())) {
         return NotFound;
     }
     const std::uint64_t start = block.startByte + from;
     // One behind the last place where the mark could begin.
-    const std::uint64_t end = block.startByte + block.bytes.Size() - mark.size() + 1;
-    const bool known = contents == block.contents && sectorSize == block.sectorSize &&
-                       start >= searchedFrom && start <= searchedTo &&
-                       (found == Nowhere || found >= start);
+    const std::uint64_t end = block.startByte + block.bytes.Size() - m_mark.size() + 1;
+    const bool known = m_contents == block.contents && m_sectorSize == block.sectorSize &&
+                       start >= m_searchedFrom && start <= m_searchedTo &&
+                       (m_found == Nowhere || m_found >= start);
     if (!known) {
-        contents = block.contents;
-        sectorSize = block.sectorSize;
-        searchedFrom = start;
-        searchedTo = start;
-        found = Nowhere;
+        m_contents = block.contents;
+        m_sectorSize = block.sectorSize;
+        m_searchedFrom = start;
+        m_searchedTo = start;
+        m_found = Nowhere;
     }
-    if (found == Nowhere && searchedTo < end) {
+    if (m_found == Nowhere && m_searchedTo < end) {
         const std::size_t hit =
-            Search(block, static_cast<std::size_t>(searchedTo - block.startByte));
-        found = hit == NotFound ? Nowhere : block.startByte + hit;
-        searchedTo = hit == NotFound ? end : found + 1;
+            Search(block, static_cast<std::size_t>(m_searchedTo - block.startByte));
+        m_found = hit == NotFound ? Nowhere : block.startByte + hit;
+        m_searchedTo = hit == NotFound ? end : m_found + 1;
     }
-    return found != Nowhere && found < end ? static_cast<std::size_t>(found - block.startByte)
-                                           : NotFound;
+    return m_found != Nowhere && m_found < end ? static_cast<std::size_t>(m_found - block.startByte)
+                                               : NotFound;
 }

@@ -39,7 +39,7 @@ public:
     };
 
     explicit MarkFinder(std::string_view text, Accept which = Accept::Any)
-        : mark(text), accept(which)
+        : m_mark(text), m_accept(which)
     {
     }
 
@@ -51,12 +51,12 @@ private:
 
     std::size_t Search(const SearchBlock& block, std::size_t from) const;
 
-    std::string_view mark;
-    Accept accept;
+    std::string_view m_mark;
+    Accept m_accept;
     // Between searchedFrom and searchedTo begins no occurrence but the one at found, which is the first.
-    std::uint64_t contents = 0;
-    std::int32_t sectorSize = 0;
-    std::uint64_t searchedFrom = 0;
-    std::uint64_t searchedTo = 0;
-    std::uint64_t found = Nowhere;
+    std::uint64_t m_contents = 0;
+    std::int32_t m_sectorSize = 0;
+    std::uint64_t m_searchedFrom = 0;
+    std::uint64_t m_searchedTo = 0;
+    std::uint64_t m_found = Nowhere;
 };

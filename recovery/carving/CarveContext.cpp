@@ -5,22 +5,22 @@
 
 void TsRanges::Add(std::uint64_t firstLba, std::uint64_t lastLba)
 {
-    auto next = ranges.upper_bound(firstLba);
-    if (next != ranges.begin() && std::prev(next)->second >= firstLba) {
+    auto next = m_ranges.upper_bound(firstLba);
+    if (next != m_ranges.begin() && std::prev(next)->second >= firstLba) {
         --next;
         firstLba = next->first;
     }
-    while (next != ranges.end() && next->first <= lastLba) {
+    while (next != m_ranges.end() && next->first <= lastLba) {
         lastLba = std::max(lastLba, next->second);
-        next = ranges.erase(next);
+        next = m_ranges.erase(next);
     }
-    ranges[firstLba] = lastLba;
+    m_ranges[firstLba] = lastLba;
 }
 
 bool TsRanges::Contains(std::uint64_t lba) const
 {
-    const auto next = ranges.upper_bound(lba);
-    return next != ranges.begin() && std::prev(next)->second >= lba;
+    const auto next = m_ranges.upper_bound(lba);
+    return next != m_ranges.begin() && std::prev(next)->second >= lba;
 }
 
 CarveContext& CarveContext::Instance()

@@ -15,10 +15,10 @@ public:
     // Both sectors belong to the stretch.
     void Add(std::uint64_t firstLba, std::uint64_t lastLba);
     bool Contains(std::uint64_t lba) const;
-    void Clear() { ranges.clear(); }
+    void Clear() { m_ranges.clear(); }
 
 private:
-    std::map<std::uint64_t, std::uint64_t> ranges;  // first to last, disjoint
+    std::map<std::uint64_t, std::uint64_t> m_ranges;  // first to last, disjoint
 };
 
 // One for the process: only one deep scan can run at a time, and no head may be verified while it carves. Nothing

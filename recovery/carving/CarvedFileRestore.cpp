@@ -19,29 +19,29 @@ public:
                  const FileRecord& record,
                  std::int32_t size,
                  std::uint64_t wanted)
-        : source(from),
-          sectorSize(static_cast<std::uint64_t>(std::max(size, 0))),
-          lba(record.EntrySector),
-          toRead(wanted)
+        : m_source(from),
+          m_sectorSize(static_cast<std::uint64_t>(std::max(size, 0))),
+          m_lba(record.EntrySector),
+          m_toRead(wanted)
     {
-        if (sectorSize != 0 && toRead % sectorSize != 0) {
-            toRead += sectorSize - toRead % sectorSize;
+        if (m_sectorSize != 0 && m_toRead % m_sectorSize != 0) {
+            m_toRead += m_sectorSize - m_toRead % m_sectorSize;
         }
     }
 
-    bool AtEnd() const { return toRead == 0; }
+    bool AtEnd() const { return m_toRead == 0; }
 
     // The next block; empty with the reason in outResult. A block of which a part is missing brings nothing.
     ByteView Next(ResultCode& outResult)
     {
-        if (sectorSize == 0 || sectorSize > BlockBytes) {
+        if (m_sectorSize == 0 || m_sectorSize > BlockBytes) {
             outResult = ResultInvalidParameter;
             return {};
         }
-        const auto count = static_cast<std::int32_t>(std::min(BlockBytes, toRead) / sectorSize);
+        const auto count = static_cast<std::int32_t>(std::min(BlockBytes, m_toRead) / m_sectorSize);
         std::int32_t got = 0;
-        outResult = source.ReadSectors(block.data(), count, lba,
-                                       static_cast<std::int32_t>(sectorSize), &got);
+        outResult = m_source.ReadSectors(m_block.data(), count, m_lba,
+                                         static_cast<std::int32_t>(m_sectorSize), &got);
         if (outResult != ResultSuccess) {
             return {};
         }
@@ -50,17 +50,17 @@ public:
             return {};
         }
         const auto sectors = static_cast<std::uint64_t>(got);
-        lba += sectors;
-        toRead -= sectors * sectorSize;
-        return {block.data(), sectors * sectorSize};
+        m_lba += sectors;
+        m_toRead -= sectors * m_sectorSize;
+        return {m_block.data(), sectors * m_sectorSize};
     }
 
 private:
-    SectorSource& source;
-    std::uint64_t sectorSize;
-    std::uint64_t lba;
-    std::uint64_t toRead;  // bytes, whole sectors
-    std::array<std::uint8_t, BlockBytes> block{};
+    SectorSource& m_source;
+    std::uint64_t m_sectorSize;
+    std::uint64_t m_lba;
+    std::uint64_t m_toRead;  // bytes, whole sectors
+    std::array<std::uint8_t, BlockBytes> m_block{};
 };
 
 std::int32_t Percent(std::uint64_t done, std::uint64_t total)
@@ -90,7 +90,7 @@ ResultCode CFileTypeRecovery::CopyToFile(const FileRecord& record,
     }
     const std::uint64_t size = record.FileSize;
     std::uint64_t toWrite = size;
-    CarvedReader reader(source, record, sectorSize, size);
+    CarvedReader reader(m_source, record, m_sectorSize, size);
     while (!reader.AtEnd()) {
         ResultCode result = ResultSuccess;
         const ByteView block = reader.Next(result);
@@ -102,9 +102,9 @@ ResultCode CFileTypeRecovery::CopyToFile(const FileRecord& record,
             return written;
         }
         toWrite -= count;
-        if (fileCallback != nullptr) {
-            result = fileCallback(callbackContext, Percent(size - toWrite, size), 100,
-                                  ResultSuccess, destPath);
+        if (m_fileCallback != nullptr) {
+            result = m_fileCallback(m_callbackContext, Percent(size - toWrite, size), 100,
+                                    ResultSuccess, destPath);
         }
         if (result != ResultSuccess) {
             return result;
@@ -119,8 +119,8 @@ ResultCode CFileTypeRecovery::WriteCarvedFile(const FileRecord* record,
     const ResultCode result =
         record != nullptr ? CopyToFile(*record, destPath) : ResultInvalidParameter;
     // An error is told to the callback; a cancel came from there.
-    if (result > ResultSuccess && fileCallback != nullptr) {
-        (void)fileCallback(callbackContext, 100, 100, result, destPath);
+    if (result > ResultSuccess && m_fileCallback != nullptr) {
+        (void)m_fileCallback(m_callbackContext, 100, 100, result, destPath);
     }
     return result;
 }
@@ -136,7 +136,7 @@ ResultCode CFileTypeRecovery::PreviewToFile(const FileRecord& record,
     }
     const std::uint64_t size = record.FileSize;
     std::uint64_t toWrite = size;
-    CarvedReader reader(source, record, sectorSize, size);
+    CarvedReader reader(m_source, record, m_sectorSize, size);
     ResultCode result = ResultSuccess;
     while (result == ResultSuccess && !reader.AtEnd()) {
         const ByteView block = reader.Next(result);
@@ -167,7 +167,7 @@ ResultCode CFileTypeRecovery::PreviewToBuffer(const FileRecord& record,
 {
     const std::uint64_t size = record.FileSize;
     const auto toWrite = static_cast<std::uint32_t>(std::min<std::uint64_t>(size, capacity));
-    CarvedReader reader(source, record, sectorSize, toWrite);
+    CarvedReader reader(m_source, record, m_sectorSize, toWrite);
     while (!reader.AtEnd()) {
         ResultCode result = ResultSuccess;
         const ByteView block = reader.Next(result);

@@ -33,14 +33,14 @@ bool LengthIsOnlyClaimed(FileTypeId typeId)
 
 ResultCode CFileTypeRecovery::MakeStore(std::string_view logName)
 {
-    store = std::make_unique<ScanRecordStore>();
-    return store->OpenStore(logName);
+    m_store = std::make_unique<ScanRecordStore>();
+    return m_store->OpenStore(logName);
 }
 
 ResultCode CFileTypeRecovery::OpenImageFile(const std::filesystem::path& filePath, char16_t letter)
 {
-    driveLetter = letter;
-    if (const ResultCode result = source.OpenImage(filePath)) {
+    m_driveLetter = letter;
+    if (const ResultCode result = m_source.OpenImage(filePath)) {
         return result;
     }
     return MakeStore(ScanRecordStore::MakeName(StorePrefix, 0));
@@ -51,8 +51,8 @@ ResultCode CFileTypeRecovery::OpenPartition(std::uint32_t diskNumber,
                                             std::uint64_t,
                                             char16_t letter)
 {
-    driveLetter = letter;
-    if (const ResultCode result = source.OpenDrive(diskNumber)) {
+    m_driveLetter = letter;
+    if (const ResultCode result = m_source.OpenDrive(diskNumber)) {
         return result;
     }
     return MakeStore(ScanRecordStore::MakeName(StorePrefix, startLba));
@@ -63,9 +63,9 @@ ResultCode CFileTypeRecovery::ReopenStore(std::string_view logName,
                                           const std::filesystem::path& imagePath,
                                           std::int32_t size)
 {
-    driveLetter = letter;
-    sectorSize = size;
-    if (const ResultCode result = source.OpenImage(imagePath)) {
+    m_driveLetter = letter;
+    m_sectorSize = size;
+    if (const ResultCode result = m_source.OpenImage(imagePath)) {
         return result;
     }
     return MakeStore(logName);
@@ -76,9 +76,9 @@ ResultCode CFileTypeRecovery::ReopenStore(std::string_view logName,
                                           std::uint32_t diskNumber,
                                           std::int32_t size)
 {
-    driveLetter = letter;
-    sectorSize = size;
-    if (const ResultCode result = source.OpenDrive(diskNumber)) {
+    m_driveLetter = letter;
+    m_sectorSize = size;
+    if (const ResultCode result = m_source.OpenDrive(diskNumber)) {
         return result;
     }
     return MakeStore(logName);
@@ -92,9 +92,9 @@ ResultCode CFileTypeRecovery::CarveAtSector(ByteView sector,
                                             std::int64_t& outStep,
                                             std::int64_t& inOutFilesFound)
 {
-    sectorSize = size;
+    m_sectorSize = size;
     outStep = 1;
-    if (store == nullptr) {
+    if (m_store == nullptr) {
         return ResultInvalidParameter;
     }
     CarvedHead head;
@@ -102,16 +102,16 @@ ResultCode CFileTypeRecovery::CarveAtSector(ByteView sector,
             TrySignatureTable(sector, lba, progress, passSource, size, head)) {
         return result;
     }
-    FileRecord& record = store->ReserveRecord();
-    record.DriveLetter = driveLetter;
+    FileRecord& record = m_store->ReserveRecord();
+    record.DriveLetter = m_driveLetter;
     record.EngineKind = EngineKindCarved;
     record.HeadIntact = 1;
-    record.RecordNumber = store->GetRecordCount();
+    record.RecordNumber = m_store->GetRecordCount();
     record.ClusterBytes = NoClusterBytes;
     record.FileSize = static_cast<std::uint64_t>(head.lengthBytes);
     record.EntrySector = lba;
     record.SetName(head.name);
-    store->LinkRecord(0, 0, record.RecordNumber);
+    m_store->LinkRecord(0, 0, record.RecordNumber);
     if (!LengthIsOnlyClaimed(head.typeId)) {
         outStep = head.lengthBytes / size + (head.lengthBytes % size != 0 ? 1 : 0);
     }
@@ -124,8 +124,8 @@ ResultCode CFileTypeRecovery::SetCallbacks(ProgressCallback scanCallback,
                                            void* context,
                                            std::int32_t progressRange)
 {
-    fileCallback = restoreCallback;
-    callbackContext = context;
+    m_fileCallback = restoreCallback;
+    m_callbackContext = context;
     CarveContext& carve = CarveContext::Instance();
     carve.scanCallback = scanCallback;
     carve.fileCallback = restoreCallback;
@@ -143,27 +143,27 @@ ResultCode CFileTypeRecovery::ListChildren(const FileRecord* parentRecord,
                                            std::uint32_t depth,
                                            FileRecordList& outRecords)
 {
-    if (parentRecord != nullptr || depth != 0 || store == nullptr) {
+    if (parentRecord != nullptr || depth != 0 || m_store == nullptr) {
         return ResultSuccess;
     }
-    (void)store->FlushStore();  // what cannot be written is missing from the list
-    return store->ListChildren(0, outRecords);
+    (void)m_store->FlushStore();  // what cannot be written is missing from the list
+    return m_store->ListChildren(0, outRecords);
 }
 
 ResultCode CFileTypeRecovery::CountChildren(const FileRecord* parentRecord,
                                             std::uint32_t depth,
                                             std::uint32_t& outCount)
 {
-    if (parentRecord != nullptr || depth != 0 || store == nullptr) {
+    if (parentRecord != nullptr || depth != 0 || m_store == nullptr) {
         return ResultSuccess;
     }
-    (void)store->FlushStore();
-    return store->CountChildren(0, outCount);
+    (void)m_store->FlushStore();
+    return m_store->CountChildren(0, outCount);
 }
 
 std::uint64_t CFileTypeRecovery::GetRecordCount() const
 {
-    return store != nullptr ? store->GetRecordCount() : 0;
+    return m_store != nullptr ? m_store->GetRecordCount() : 0;
 }
 
 ResultCode CFileTypeRecovery::GetRecordPath(const FileRecord*, std::string&)
@@ -178,17 +178,17 @@ std::int32_t CFileTypeRecovery::NextFreeRange(std::uint64_t&, std::uint64_t&)
 
 ResultCode CFileTypeRecovery::SetSearchCallback(SearchProgressCallback callback, void* context)
 {
-    if (store == nullptr) {
+    if (m_store == nullptr) {
         return ResultInvalidParameter;
     }
-    store->SetSearchCallback(callback, context);
+    m_store->SetSearchCallback(callback, context);
     return ResultSuccess;
 }
 
 std::int32_t CFileTypeRecovery::SearchRecords(std::string_view extensionPattern,
                                               FileRecordList& outRecords)
 {
-    return store != nullptr ? store->SearchRecords(extensionPattern, outRecords) : 0;
+    return m_store != nullptr ? m_store->SearchRecords(extensionPattern, outRecords) : 0;
 }
 
 ResultCode CFileTypeRecovery::BuildUsedClusterMap()
@@ -198,7 +198,7 @@ ResultCode CFileTypeRecovery::BuildUsedClusterMap()
 
 void CFileTypeRecovery::FlushStore()
 {
-    if (store != nullptr) {
-        (void)store->FlushStore();  // what could not be written is not found
+    if (m_store != nullptr) {
+        (void)m_store->FlushStore();  // what could not be written is not found
     }
 }

@@ -91,10 +91,10 @@ private:
                                PreviewProgressCallback progressFn,
                                void* context);
 
-    char16_t driveLetter = 0;
-    std::int32_t sectorSize = 512;  // as the pass gave it last
-    SectorSource source;
-    std::unique_ptr<ScanRecordStore> store;  // null until opened
-    FileProgressCallback fileCallback = nullptr;
-    void* callbackContext = nullptr;
+    char16_t m_driveLetter = 0;
+    std::int32_t m_sectorSize = 512;  // as the pass gave it last
+    SectorSource m_source;
+    std::unique_ptr<ScanRecordStore> m_store;  // null until opened
+    FileProgressCallback m_fileCallback = nullptr;
+    void* m_callbackContext = nullptr;
 };

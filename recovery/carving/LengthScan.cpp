@@ -19,13 +19,13 @@ std::array<std::uint8_t, LengthScan::BlockBytes>& PartialBlock()
 }  // namespace
 
 LengthScan::LengthScan(std::int64_t budgetBytes, BoundaryFunction findBoundary)
-    : boundary(findBoundary),
-      sectorSize(CarveContext::Instance().sectorSize),
-      length(sectorSize),
-      scanned(sectorSize),
-      budget(sectorSize > 0 ? budgetBytes / sectorSize : 0)
+    : m_boundary(findBoundary),
+      m_sectorSize(CarveContext::Instance().sectorSize),
+      m_length(m_sectorSize),
+      m_scanned(m_sectorSize),
+      m_budget(m_sectorSize > 0 ? budgetBytes / m_sectorSize : 0)
 {
-    if (sectorSize > 0 && BlockBytes % static_cast<std::size_t>(sectorSize) != 0) {
+    if (m_sectorSize > 0 && BlockBytes % static_cast<std::size_t>(m_sectorSize) != 0) {
         PartialBlock().fill(0);
     }
 }
@@ -39,22 +39,22 @@ bool LengthScan::ReadBlock(std::int64_t sectorCount)
 {
     CarveContext& context = CarveContext::Instance();
     context.window.pinned = false;
-    const std::uint64_t lba = context.startLba + 1 + static_cast<std::uint64_t>(sectorsRead);
-    block = context.ReadSectors(lba, static_cast<std::int32_t>(sectorCount));
+    const std::uint64_t lba = context.startLba + 1 + static_cast<std::uint64_t>(m_sectorsRead);
+    m_block = context.ReadSectors(lba, static_cast<std::int32_t>(sectorCount));
     context.window.pinned = true;
-    if (block.Empty()) {
+    if (m_block.Empty()) {
         return false;
     }
-    searched.sectorSize = context.sectorSize;
-    searched.startByte = lba * static_cast<std::uint64_t>(sectorSize);
-    if (block.Size() == BlockBytes) {
-        searched.bytes = block;
-        searched.contents = context.source->OpenNumber();
+    m_searched.sectorSize = context.sectorSize;
+    m_searched.startByte = lba * static_cast<std::uint64_t>(m_sectorSize);
+    if (m_block.Size() == BlockBytes) {
+        m_searched.bytes = m_block;
+        m_searched.contents = context.source->OpenNumber();
         return true;
     }
-    std::memcpy(PartialBlock().data(), block.Data(), block.Size());
-    searched.bytes = ByteView(PartialBlock().data(), BlockBytes);
-    searched.contents = 0;
+    std::memcpy(PartialBlock().data(), m_block.Data(), m_block.Size());
+    m_searched.bytes = ByteView(PartialBlock().data(), BlockBytes);
+    m_searched.contents = 0;
     return true;
 }
 
@@ -64,7 +64,7 @@ bool LengthScan::Report() const
     if (context.scanCallback == nullptr) {
         return true;
     }
-    const std::uint64_t done = context.sectorsDone + static_cast<std::uint64_t>(sectorsRead);
+    const std::uint64_t done = context.sectorsDone + static_cast<std::uint64_t>(m_sectorsRead);
     const std::uint64_t percent =
         context.sectorsTotal != 0 ? done * 100 / context.sectorsTotal + 10 : 10;
     context.lastCallbackResult = context.scanCallback(
@@ -75,21 +75,21 @@ bool LengthScan::Report() const
 
 bool LengthScan::NextBlock()
 {
-    if (stopped || sectorSize <= 0) {
+    if (m_stopped || m_sectorSize <= 0) {
         return false;
     }
-    const auto before = static_cast<std::int64_t>(block.Size());
-    length += before;
-    scanned += before;
-    const std::int64_t count = std::min(std::int64_t{BlockBytes} / sectorSize, budget);
+    const auto before = static_cast<std::int64_t>(m_block.Size());
+    m_length += before;
+    m_scanned += before;
+    const std::int64_t count = std::min(std::int64_t{BlockBytes} / m_sectorSize, m_budget);
     if (count <= 0 || !ReadBlock(count)) {
         return false;
     }
-    sectorsRead += count;
-    budget -= count;
+    m_sectorsRead += count;
+    m_budget -= count;
     if (!Report()) {
         return false;
     }
-    stopped = boundary(block, length);
+    m_stopped = m_boundary(m_block, m_length);
     return true;
 }

@@ -27,32 +27,32 @@ public:
     bool NextBlock();
 
     // The bytes that were read.
-    ByteView Block() const { return block; }
+    ByteView Block() const { return m_block; }
     // What end marks are searched in: BlockBytes bytes, also when fewer came. The tail then holds what earlier
     // reads left.
-    const SearchBlock& Searched() const { return searched; }
+    const SearchBlock& Searched() const { return m_searched; }
     // Bytes in front of the block, the head sector included.
-    std::int64_t Scanned() const { return scanned; }
+    std::int64_t Scanned() const { return m_scanned; }
     // As far as the file goes by what is known: in front of the block, or to the boundary in it.
-    std::int64_t Length() const { return length; }
+    std::int64_t Length() const { return m_length; }
     // The format's own end; overrides a boundary in the same block.
     void StopAt(std::int64_t newLength)
     {
-        length = newLength;
-        stopped = true;
+        m_length = newLength;
+        m_stopped = true;
     }
 
 private:
     bool ReadBlock(std::int64_t sectorCount);
     bool Report() const;
 
-    BoundaryFunction boundary;
-    std::int64_t sectorSize;
-    std::int64_t length;
-    std::int64_t scanned;
-    std::int64_t budget;           // sectors
-    std::int64_t sectorsRead = 0;  // behind the head
-    bool stopped = false;
-    ByteView block;
-    SearchBlock searched;
+    BoundaryFunction m_boundary;
+    std::int64_t m_sectorSize;
+    std::int64_t m_length;
+    std::int64_t m_scanned;
+    std::int64_t m_budget;           // sectors
+    std::int64_t m_sectorsRead = 0;  // behind the head
+    bool m_stopped = false;
+    ByteView m_block;
+    SearchBlock m_searched;
 };

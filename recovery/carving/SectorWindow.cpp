@@ -15,47 +15,51 @@ constexpr std::int32_t LargestSector = 65536;
 
 bool SectorWindow::Holds(std::uint64_t lba, std::uint64_t count) const
 {
-    return lba >= firstLba && lba - firstLba <= sectors && count <= sectors - (lba - firstLba);
+    return lba >= m_firstLba && lba - m_firstLba <= m_sectors &&
+           count <= m_sectors - (lba - m_firstLba);
 }
 
 ByteView SectorWindow::View(std::uint64_t lba, std::uint64_t count) const
 {
-    return {buffer.data() + startOffset + (lba - firstLba) * sectorBytes, count * sectorBytes};
+    return {m_buffer.data() + m_startOffset + (lba - m_firstLba) * m_sectorBytes,
+            count * m_sectorBytes};
 }
 
 void SectorWindow::Adopt(const SectorSource& source, std::int32_t size)
 {
     const auto bytes = static_cast<std::uint64_t>(size);
-    if (contents != source.OpenNumber() || sectorBytes != bytes) {
-        contents = source.OpenNumber();
-        sectorBytes = bytes;
-        firstLba = 0;
-        sectors = 0;
+    if (m_contents != source.OpenNumber() || m_sectorBytes != bytes) {
+        m_contents = source.OpenNumber();
+        m_sectorBytes = bytes;
+        m_firstLba = 0;
+        m_sectors = 0;
     }
 }
 
 // Room for count more sectors behind the last one. The sectors before keepFrom may be given up for it.
 void SectorWindow::MakeRoom(std::uint64_t keepFrom, std::uint64_t count)
 {
-    if (startOffset + (sectors + count) * sectorBytes <= WindowBytes) {
+    if (m_startOffset + (m_sectors + count) * m_sectorBytes <= WindowBytes) {
         return;
     }
-    const std::uint64_t dropped = std::min(sectors, keepFrom > firstLba ? keepFrom - firstLba : 0);
-    sectors -= dropped;
-    const std::uint64_t from = startOffset + dropped * sectorBytes;
-    std::memmove(buffer.data(), buffer.data() + from, sectors * sectorBytes);
-    firstLba += dropped;
-    startOffset = 0;
+    const std::uint64_t dropped =
+        std::min(m_sectors, keepFrom > m_firstLba ? keepFrom - m_firstLba : 0);
+    m_sectors -= dropped;
+    const std::uint64_t from = m_startOffset + dropped * m_sectorBytes;
+    std::memmove(m_buffer.data(), m_buffer.data() + from, m_sectors * m_sectorBytes);
+    m_firstLba += dropped;
+    m_startOffset = 0;
 }
 
 // Reads the next count sectors; keeps those that arrived.
 bool SectorWindow::Append(SectorSource& source, std::uint64_t count)
 {
     std::int32_t got = 0;
-    const ResultCode result = source.ReadSectors(
-        buffer.data() + startOffset + sectors * sectorBytes, static_cast<std::int32_t>(count),
-        firstLba + sectors, static_cast<std::int32_t>(sectorBytes), &got);
-    sectors += static_cast<std::uint64_t>(got);
+    const ResultCode result =
+        source.ReadSectors(m_buffer.data() + m_startOffset + m_sectors * m_sectorBytes,
+                           static_cast<std::int32_t>(count), m_firstLba + m_sectors,
+                           static_cast<std::int32_t>(m_sectorBytes), &got);
+    m_sectors += static_cast<std::uint64_t>(got);
     return result == ResultSuccess;
 }
 
@@ -76,27 +80,27 @@ ByteView SectorWindow::Read(SectorSource& source,
     if (Holds(lba, count)) {
         return View(lba, count);
     }
-    buffer.resize(WindowBytes);
-    const bool follows = sectors > 0 && lba >= firstLba && lba - firstLba <= sectors;
+    m_buffer.resize(WindowBytes);
+    const bool follows = m_sectors > 0 && lba >= m_firstLba && lba - m_firstLba <= m_sectors;
     if (!follows) {
-        firstLba = lba;
-        sectors = 0;
-        startOffset = 0;
+        m_firstLba = lba;
+        m_sectors = 0;
+        m_startOffset = 0;
         return Append(source, count) ? View(lba, count) : ByteView();
     }
-    const std::uint64_t end = firstLba + sectors;
+    const std::uint64_t end = m_firstLba + m_sectors;
     const std::uint64_t missing = lba + count - end;
-    std::uint64_t ahead = std::min(LargestAhead / sectorBytes, sectors);
+    std::uint64_t ahead = std::min(LargestAhead / m_sectorBytes, m_sectors);
     const std::uint64_t behind = source.totalSectors > end ? source.totalSectors - end : 0;
     ahead = behind > missing ? std::min(ahead, behind - missing) : 0;
     // The sector in front is kept for the detectors that look back.
-    MakeRoom(lba > firstLba ? lba - 1 : lba, missing + ahead);
+    MakeRoom(lba > m_firstLba ? lba - 1 : lba, missing + ahead);
     if (ahead > 0 && Append(source, missing + ahead)) {
         return View(lba, count);
     }
     if (!Holds(lba, count)) {
         // What was read ahead may have failed alone. Asked for again without it.
-        (void)Append(source, lba + count - (firstLba + sectors));
+        (void)Append(source, lba + count - (m_firstLba + m_sectors));
     }
     return Holds(lba, count) ? View(lba, count) : ByteView();
 }
@@ -112,11 +116,12 @@ ByteView SectorWindow::ReadAside(SectorSource& source,
     }
     const auto count = static_cast<std::uint64_t>(sectorCount);
     const auto bytes = static_cast<std::uint64_t>(sectorSize);
-    if (contents == source.OpenNumber() && sectorBytes == bytes && Holds(lba, count)) {
+    if (m_contents == source.OpenNumber() && m_sectorBytes == bytes && Holds(lba, count)) {
         return View(lba, count);
     }
-    aside.resize(std::max<std::size_t>(aside.size(), count * bytes));
+    m_aside.resize(std::max<std::size_t>(m_aside.size(), count * bytes));
     std::int32_t got = 0;
-    const ResultCode result = source.ReadSectors(aside.data(), sectorCount, lba, sectorSize, &got);
-    return result == ResultSuccess ? ByteView(aside.data(), count * bytes) : ByteView();
+    const ResultCode result =
+        source.ReadSectors(m_aside.data(), sectorCount, lba, sectorSize, &got);
+    return result == ResultSuccess ? ByteView(m_aside.data(), count * bytes) : ByteView();
 }

@@ -35,11 +35,11 @@ private:
     void MakeRoom(std::uint64_t keepFrom, std::uint64_t count);
     bool Append(SectorSource& source, std::uint64_t count);
 
-    std::vector<std::uint8_t> buffer;
-    std::vector<std::uint8_t> aside;
-    std::uint64_t contents = 0;  // which opened source; 0 for none
-    std::uint64_t sectorBytes = 0;
-    std::uint64_t firstLba = 0;
-    std::uint64_t sectors = 0;
-    std::uint64_t startOffset = 0;  // of firstLba in the buffer, bytes
+    std::vector<std::uint8_t> m_buffer;
+    std::vector<std::uint8_t> m_aside;
+    std::uint64_t m_contents = 0;  // which opened source; 0 for none
+    std::uint64_t m_sectorBytes = 0;
+    std::uint64_t m_firstLba = 0;
+    std::uint64_t m_sectors = 0;
+    std::uint64_t m_startOffset = 0;  // of firstLba in the buffer, bytes
 };

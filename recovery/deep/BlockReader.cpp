@@ -6,80 +6,80 @@
 BlockReader::BlockReader(SectorSource& passSource,
                          SectorSource& secondSource,
                          std::int32_t bytesPerSector)
-    : source(passSource),
-      aheadSource(secondSource),
-      sectorSize(bytesPerSector),
-      blockSectors(BlockBytes / static_cast<std::uint64_t>(bytesPerSector)),
-      block(BlockBytes)
+    : m_source(passSource),
+      m_aheadSource(secondSource),
+      m_sectorSize(bytesPerSector),
+      m_blockSectors(BlockBytes / static_cast<std::uint64_t>(bytesPerSector)),
+      m_block(BlockBytes)
 {
-    if (aheadSource.IsOpen()) {
-        thread = std::thread([this] { RunAhead(); });
+    if (m_aheadSource.IsOpen()) {
+        m_thread = std::thread([this] { RunAhead(); });
     }
 }
 
 BlockReader::~BlockReader()
 {
-    if (thread.joinable()) {
+    if (m_thread.joinable()) {
         {
-            const std::lock_guard guard(lock);
-            stopping = true;
+            const std::lock_guard guard(m_lock);
+            m_stopping = true;
         }
-        changed.notify_all();
-        thread.join();
+        m_changed.notify_all();
+        m_thread.join();
     }
 }
 
 bool BlockReader::CanReadAhead() const
 {
-    return streaming && !slots[fillSlot].full && PieceSectors(streamNext, streamEnd) != 0;
+    return m_streaming && !m_slots[m_fillSlot].full && PieceSectors(m_streamNext, m_streamEnd) != 0;
 }
 
 void BlockReader::RunAhead()
 {
-    std::unique_lock guard(lock);
+    std::unique_lock guard(m_lock);
     for (;;) {
-        changed.wait(guard, [this] { return stopping || CanReadAhead(); });
-        if (stopping) {
+        m_changed.wait(guard, [this] { return m_stopping || CanReadAhead(); });
+        if (m_stopping) {
             return;
         }
-        Slot& slot = slots[fillSlot];
+        Slot& slot = m_slots[m_fillSlot];
         Piece& piece = slot.piece;
-        piece.lba = streamNext;
-        piece.sectors = PieceSectors(streamNext, streamEnd);
-        busy = true;
+        piece.lba = m_streamNext;
+        piece.sectors = PieceSectors(m_streamNext, m_streamEnd);
+        m_busy = true;
         guard.unlock();
         std::int32_t got = 0;
         piece.bytes.resize(PieceBlocks * BlockBytes);
         piece.whole =
-            aheadSource.ReadSectors(piece.bytes.data(), static_cast<std::int32_t>(piece.sectors),
-                                    piece.lba, sectorSize, &got) == ResultSuccess;
+            m_aheadSource.ReadSectors(piece.bytes.data(), static_cast<std::int32_t>(piece.sectors),
+                                      piece.lba, m_sectorSize, &got) == ResultSuccess;
         guard.lock();
-        busy = false;
+        m_busy = false;
         slot.full = true;
-        streamNext += piece.sectors;
-        streaming = streaming && piece.whole;
-        fillSlot ^= 1;
-        changed.notify_all();
+        m_streamNext += piece.sectors;
+        m_streaming = m_streaming && piece.whole;
+        m_fillSlot ^= 1;
+        m_changed.notify_all();
     }
 }
 
 // The thread stands still afterwards, and nothing that it read is left.
 void BlockReader::StopStream(std::unique_lock<std::mutex>& guard)
 {
-    streaming = false;
-    changed.wait(guard, [this] { return !busy; });
-    slots[0].full = false;
-    slots[1].full = false;
-    fillSlot = 0;
-    takeSlot = 0;
+    m_streaming = false;
+    m_changed.wait(guard, [this] { return !m_busy; });
+    m_slots[0].full = false;
+    m_slots[1].full = false;
+    m_fillSlot = 0;
+    m_takeSlot = 0;
 }
 
 // Whole blocks, inside the range and the source, at most a piece.
 std::uint64_t BlockReader::PieceSectors(std::uint64_t lba, std::uint64_t rangeEnd) const
 {
-    const std::uint64_t end = std::min(rangeEnd, source.totalSectors);
+    const std::uint64_t end = std::min(rangeEnd, m_source.totalSectors);
     const std::uint64_t left = lba < end ? end - lba : 0;
-    return std::min(left / blockSectors, std::uint64_t{PieceBlocks}) * blockSectors;
+    return std::min(left / m_blockSectors, std::uint64_t{PieceBlocks}) * m_blockSectors;
 }
 
 // Makes current the piece that begins at lba. False when there is none, or it could not be read whole.
@@ -89,40 +89,41 @@ bool BlockReader::FetchPiece(std::uint64_t lba, std::uint64_t rangeEnd)
     if (sectors == 0) {
         return false;
     }
-    std::unique_lock guard(lock);
+    std::unique_lock guard(m_lock);
     const bool isOnTheWay =
-        (streaming || slots[takeSlot].full) && takeNext == lba && streamEnd == rangeEnd;
+        (m_streaming || m_slots[m_takeSlot].full) && m_takeNext == lba && m_streamEnd == rangeEnd;
     if (!isOnTheWay) {
         StopStream(guard);
-        streamNext = lba;
-        takeNext = lba;
-        streamEnd = rangeEnd;
-        streaming = true;
-        changed.notify_all();
+        m_streamNext = lba;
+        m_takeNext = lba;
+        m_streamEnd = rangeEnd;
+        m_streaming = true;
+        m_changed.notify_all();
     }
-    changed.wait(guard, [this] { return slots[takeSlot].full; });
-    std::swap(current, slots[takeSlot].piece);
-    slots[takeSlot].full = false;
-    takeSlot ^= 1;
-    takeNext = current.lba + current.sectors;
-    changed.notify_all();
-    if (!current.whole) {
-        badUntil = lba + sectors;
+    m_changed.wait(guard, [this] { return m_slots[m_takeSlot].full; });
+    std::swap(m_current, m_slots[m_takeSlot].piece);
+    m_slots[m_takeSlot].full = false;
+    m_takeSlot ^= 1;
+    m_takeNext = m_current.lba + m_current.sectors;
+    m_changed.notify_all();
+    if (!m_current.whole) {
+        m_badUntil = lba + sectors;
     }
-    return current.whole;
+    return m_current.whole;
 }
 
 std::span<std::uint8_t>
 BlockReader::ReadPlain(std::uint64_t lba, std::uint64_t sectorCount, std::int32_t* outGot)
 {
-    if (!lastServed.empty()) {
-        std::copy(lastServed.begin(), lastServed.end(), block.begin());
-        lastServed = {};
+    if (!m_lastServed.empty()) {
+        std::copy(m_lastServed.begin(), m_lastServed.end(), m_block.begin());
+        m_lastServed = {};
     }
     *outGot = 0;
-    (void)source.ReadSectors(block.data(), static_cast<std::int32_t>(sectorCount), lba, sectorSize,
-                             outGot);  // only what came counts
-    return std::span(block).first(sectorCount * static_cast<std::size_t>(sectorSize));
+    (void)m_source.ReadSectors(m_block.data(), static_cast<std::int32_t>(sectorCount), lba,
+                               m_sectorSize,
+                               outGot);  // only what came counts
+    return std::span(m_block).first(sectorCount * static_cast<std::size_t>(m_sectorSize));
 }
 
 std::span<std::uint8_t> BlockReader::Read(std::uint64_t lba,
@@ -130,28 +131,29 @@ std::span<std::uint8_t> BlockReader::Read(std::uint64_t lba,
                                           std::uint64_t rangeEnd,
                                           std::int32_t* outGot)
 {
-    const bool isNeighbour = lba == nextLba;
-    const bool isForward = lba >= nextLba;
-    nextLba = lba + sectorCount;
-    run = isNeighbour && sectorCount == blockSectors ? run + 1 : 0;
+    const bool isNeighbour = lba == m_nextLba;
+    const bool isForward = lba >= m_nextLba;
+    m_nextLba = lba + sectorCount;
+    m_run = isNeighbour && sectorCount == m_blockSectors ? m_run + 1 : 0;
     if (!isForward) {
-        current.whole = false;  // these bytes have been worked on: they are read anew
-        std::unique_lock guard(lock);
+        m_current.whole = false;  // these bytes have been worked on: they are read anew
+        std::unique_lock guard(m_lock);
         StopStream(guard);
     }
-    const bool isWhole = sectorCount == blockSectors &&
-                         blockSectors * static_cast<std::uint64_t>(sectorSize) == BlockBytes;
-    if (!isWhole || !thread.joinable() || lba < badUntil) {
+    const bool isWhole = sectorCount == m_blockSectors &&
+                         m_blockSectors * static_cast<std::uint64_t>(m_sectorSize) == BlockBytes;
+    if (!isWhole || !m_thread.joinable() || lba < m_badUntil) {
         return ReadPlain(lba, sectorCount, outGot);
     }
-    if (!current.Holds(lba, sectorCount)) {
-        const bool aheadHolds = run > 0 && current.whole && lba == current.lba + current.sectors;
-        if ((run < RunBeforeAhead && !aheadHolds) || !FetchPiece(lba, rangeEnd)) {
+    if (!m_current.Holds(lba, sectorCount)) {
+        const bool aheadHolds =
+            m_run > 0 && m_current.whole && lba == m_current.lba + m_current.sectors;
+        if ((m_run < RunBeforeAhead && !aheadHolds) || !FetchPiece(lba, rangeEnd)) {
             return ReadPlain(lba, sectorCount, outGot);
         }
     }
-    const std::size_t offset = (lba - current.lba) * static_cast<std::size_t>(sectorSize);
-    lastServed = std::span(current.bytes).subspan(offset, BlockBytes);
+    const std::size_t offset = (lba - m_current.lba) * static_cast<std::size_t>(m_sectorSize);
+    m_lastServed = std::span(m_current.bytes).subspan(offset, BlockBytes);
     *outGot = static_cast<std::int32_t>(sectorCount);
-    return lastServed;
+    return m_lastServed;
 }

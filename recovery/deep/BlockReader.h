@@ -66,29 +66,30 @@ private:
     bool CanReadAhead() const;
     void RunAhead();
 
-    SectorSource& source;
-    SectorSource& aheadSource;
-    std::int32_t sectorSize;
-    std::uint64_t blockSectors;
-    std::vector<std::uint8_t> block;  // what a plain read goes into; keeps what it does not replace
-    std::span<std::uint8_t> lastServed;  // of a piece, when that is newer than block
-    std::uint64_t nextLba = 0;           // behind the block served last
-    std::uint32_t run = 0;               // neighbouring whole blocks so far
-    std::uint64_t badUntil = 0;  // a piece in front of this failed: block by block up to here
-    Piece current;
+    SectorSource& m_source;
+    SectorSource& m_aheadSource;
+    std::int32_t m_sectorSize;
+    std::uint64_t m_blockSectors;
+    std::vector<std::uint8_t>
+        m_block;  // what a plain read goes into; keeps what it does not replace
+    std::span<std::uint8_t> m_lastServed;  // of a piece, when that is newer than block
+    std::uint64_t m_nextLba = 0;           // behind the block served last
+    std::uint32_t m_run = 0;               // neighbouring whole blocks so far
+    std::uint64_t m_badUntil = 0;  // a piece in front of this failed: block by block up to here
+    Piece m_current;
 
     // The stream: pieces from streamNext on go into the slots by turns, one behind the other, until it is stopped, its
     // range ends or a piece cannot be read whole. So the thread need not wait for the pass to take one.
-    std::thread thread;
-    std::mutex lock;
-    std::condition_variable changed;
-    std::array<Slot, 2> slots;
-    std::size_t fillSlot = 0;
-    std::size_t takeSlot = 0;
-    std::uint64_t streamNext = 0;  // LBA of the next piece to be read
-    std::uint64_t takeNext = 0;    // and of the next one to be taken
-    std::uint64_t streamEnd = 0;
-    bool streaming = false;
-    bool busy = false;  // the thread is reading
-    bool stopping = false;
+    std::thread m_thread;
+    std::mutex m_lock;
+    std::condition_variable m_changed;
+    std::array<Slot, 2> m_slots;
+    std::size_t m_fillSlot = 0;
+    std::size_t m_takeSlot = 0;
+    std::uint64_t m_streamNext = 0;  // LBA of the next piece to be read
+    std::uint64_t m_takeNext = 0;    // and of the next one to be taken
+    std::uint64_t m_streamEnd = 0;
+    bool m_streaming = false;
+    bool m_busy = false;  // the thread is reading
+    bool m_stopping = false;
 };

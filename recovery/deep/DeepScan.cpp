@@ -29,19 +29,19 @@ bool IsPlausible(const ScanLogEntry& entry, std::uint64_t sectorCount)
 ResultCode CProfessionalRecovery::Scan(const std::string* /*logName*/)
 {
     ScanLogDirectory& log = ScanLogDirectory::Instance();
-    if (resumeValid && !IsPlausible(resumeEntry, target.sectorCount)) {
+    if (m_resumeValid && !IsPlausible(m_resumeEntry, m_target.sectorCount)) {
         DiscardResumableScan();
     }
-    const bool isResume = resumeValid;
+    const bool isResume = m_resumeValid;
     if (!isResume) {
         log.BeginNewLog();
     }
-    logFolder = log.CurrentLogPath();
+    m_logFolder = log.CurrentLogPath();
     Pass pass;
     if (isResume) {
-        pass.at = {resumeEntry.rangeStart, resumeEntry.rangeLength, resumeEntry.position,
-                   resumeEntry.sectorsDone, resumeEntry.filesFound};
-        pass.filesBase = resumeEntry.filesFound;
+        pass.at = {m_resumeEntry.rangeStart, m_resumeEntry.rangeLength, m_resumeEntry.position,
+                   m_resumeEntry.sectorsDone, m_resumeEntry.filesFound};
+        pass.filesBase = m_resumeEntry.filesFound;
     }
     ResultCode result = RunFastPhase(isResume, pass);
     const bool reachedPass = result == ResultSuccess;
@@ -52,50 +52,50 @@ ResultCode CProfessionalRecovery::Scan(const std::string* /*logName*/)
         }
         result = RunPass(pass);
         // Also after a cancel: what was found gets its place.
-        fat.FinishAnalysis();
-        (void)ntfs.FinishAnalysis();  // folders that could not be read are missing from paths
-        if (result == ResultSuccess && scanCallback != nullptr) {
-            (void)scanCallback(callbackContext, 100, 100, 0, 0, 0, 0,
-                               0);  // too late to cancel anything
+        m_fat.FinishAnalysis();
+        (void)m_ntfs.FinishAnalysis();  // folders that could not be read are missing from paths
+        if (result == ResultSuccess && m_scanCallback != nullptr) {
+            (void)m_scanCallback(m_callbackContext, 100, 100, 0, 0, 0, 0,
+                                 0);  // too late to cancel anything
         }
     }
-    fat.FlushStore();
-    ntfs.FlushStore();
-    carver.FlushStore();
+    m_fat.FlushStore();
+    m_ntfs.FlushStore();
+    m_carver.FlushStore();
     if (reachedPass || isResume) {
-        (void)log.SaveProgress(target, pass.at,
-                               logFolder);  // the scan is as good without a way back to it
+        (void)log.SaveProgress(m_target, pass.at,
+                               m_logFolder);  // the scan is as good without a way back to it
     } else {
         log.UndoLogNumber();
     }
-    resumeValid = false;
+    m_resumeValid = false;
     return result;
 }
 
 std::string CProfessionalRecovery::StoredName(std::string_view prefix) const
 {
     std::string name;
-    (void)ScanLogDirectory::Instance().FindLogFile(logFolder, prefix,
+    (void)ScanLogDirectory::Instance().FindLogFile(m_logFolder, prefix,
                                                    name);  // a folder that is gone gives no name
     return name;
 }
 
 ResultCode CProfessionalRecovery::RunFastPhase(bool isResume, Pass& pass)
 {
-    if (fast == nullptr) {
+    if (m_fast == nullptr) {
         return ResultSuccess;
     }
-    fast->SetCallbacks(scanCallback, nullptr, callbackContext, FastRange);
+    m_fast->SetCallbacks(m_scanCallback, nullptr, m_callbackContext, FastRange);
     // An engine that answers 0 to everything has no map.
     std::uint64_t sector = 0;
     std::uint64_t length = 0;
-    pass.haveFreeMap =
-        fast->BuildUsedClusterMap() == ResultSuccess && fast->NextFreeRange(sector, length) != 0;
+    pass.haveFreeMap = m_fast->BuildUsedClusterMap() == ResultSuccess &&
+                       m_fast->NextFreeRange(sector, length) != 0;
     if (!isResume) {
-        return fast->Scan(nullptr);
+        return m_fast->Scan(nullptr);
     }
     const std::string name = StoredName("Fast_");
-    const ResultCode result = fast->Scan(&name);
+    const ResultCode result = m_fast->Scan(&name);
     return name.empty() ? ResultSuccess
                         : result;  // a store that has gone does not end the resumed scan
 }
@@ -103,35 +103,36 @@ ResultCode CProfessionalRecovery::RunFastPhase(bool isResume, Pass& pass)
 void CProfessionalRecovery::OpenStores(bool isResume)
 {
     // A store that cannot be opened loses its records; the others go on.
-    const bool isImage = !target.imagePath.empty();
+    const bool isImage = !m_target.imagePath.empty();
     if (isResume) {
         const std::string name = StoredName("File_Type_");
-        (void)(isImage ? carver.ReopenStore(name, driveLetter, target.imagePath, sectorSize)
-                       : carver.ReopenStore(name, driveLetter, target.diskNumber, sectorSize));
+        (void)(isImage
+                   ? m_carver.ReopenStore(name, m_driveLetter, m_target.imagePath, m_sectorSize)
+                   : m_carver.ReopenStore(name, m_driveLetter, m_target.diskNumber, m_sectorSize));
     } else if (isImage) {
-        (void)carver.OpenImageFile(target.imagePath, driveLetter);
+        (void)m_carver.OpenImageFile(m_target.imagePath, m_driveLetter);
     } else {
-        (void)carver.OpenPartition(target.diskNumber, target.startLba, target.sectorCount,
-                                   driveLetter);
+        (void)m_carver.OpenPartition(m_target.diskNumber, m_target.startLba, m_target.sectorCount,
+                                     m_driveLetter);
     }
-    (void)fat.OpenRecordStore(isResume ? StoredName("Pro_Fat_") : "");
-    (void)ntfs.OpenRecordStore(isResume ? StoredName("Pro_Ntfs_") : "");
-    (void)fat.PrepareVolume();  // without a boot sector volumes come from directories alone
+    (void)m_fat.OpenRecordStore(isResume ? StoredName("Pro_Fat_") : "");
+    (void)m_ntfs.OpenRecordStore(isResume ? StoredName("Pro_Ntfs_") : "");
+    (void)m_fat.PrepareVolume();  // without a boot sector volumes come from directories alone
     CarveContext::Instance().TsRangeList.Clear();
-    SetSearchCallback(searchCallback, searchContext);
+    SetSearchCallback(m_searchCallback, m_searchContext);
 }
 
 bool CProfessionalRecovery::NextRange(std::uint64_t& inOutSector, std::uint64_t& outLength)
 {
     outLength = 0;
-    (void)fast->NextFreeRange(inOutSector, outLength);  // asked only when it has a map
+    (void)m_fast->NextFreeRange(inOutSector, outLength);  // asked only when it has a map
     return outLength != 0;
 }
 
 void CProfessionalRecovery::FindFirstRange(Pass& pass)
 {
     if (!pass.haveFreeMap) {
-        pass.at.rangeLength = target.sectorCount;
+        pass.at.rangeLength = m_target.sectorCount;
         return;
     }
     (void)NextRange(pass.at.rangeStart, pass.at.rangeLength);  // none: nothing to walk
@@ -145,11 +146,11 @@ ResultCode CProfessionalRecovery::RunPass(Pass& pass)
             pass.sectorsTotal += length;
         }
     } else {
-        pass.sectorsTotal = target.sectorCount;
+        pass.sectorsTotal = m_target.sectorCount;
     }
     pass.startTick = TickMilliseconds();
     pass.lastTick = pass.startTick;
-    BlockReader reader(source, aheadSource, sectorSize);
+    BlockReader reader(m_source, m_aheadSource, m_sectorSize);
     ResultCode result = ResultSuccess;
     // The position is that of a resume in the first range, and 0 in all others.
     while (pass.at.rangeLength != 0) {
@@ -171,9 +172,9 @@ ResultCode CProfessionalRecovery::RunPass(Pass& pass)
 
 ResultCode CProfessionalRecovery::RunRange(Pass& pass, BlockReader& reader)
 {
-    const Analysers analysers = {fat, ntfs, carver, source, sectorSize};
-    const auto blockSectors = static_cast<std::int64_t>(BlockReader::BlockBytes) / sectorSize;
-    const std::uint64_t base = pass.at.rangeStart + target.startLba;
+    const Analysers analysers = {m_fat, m_ntfs, m_carver, m_source, m_sectorSize};
+    const auto blockSectors = static_cast<std::int64_t>(BlockReader::BlockBytes) / m_sectorSize;
+    const std::uint64_t base = pass.at.rangeStart + m_target.startLba;
     auto remaining = static_cast<std::int64_t>(pass.at.rangeLength - pass.at.position);
     while (remaining > 0) {
         const std::int64_t chunk = std::min(blockSectors, remaining);
@@ -208,7 +209,7 @@ ResultCode CProfessionalRecovery::ReportBlock(Pass& pass)
     const std::uint64_t now = TickMilliseconds();
     const std::uint64_t done = pass.at.sectorsDone;
     if (now - pass.lastTick >= EstimateInterval) {
-        const auto unit = static_cast<std::uint64_t>(sectorSize);
+        const auto unit = static_cast<std::uint64_t>(m_sectorSize);
         const std::uint64_t elapsed = std::max<std::uint64_t>((now - pass.startTick) / 1000, 1);
         const std::uint64_t rate = std::max<std::uint64_t>(done * unit / elapsed, 1);
         const std::uint64_t left = pass.sectorsTotal > done ? pass.sectorsTotal - done : 0;
@@ -216,11 +217,11 @@ ResultCode CProfessionalRecovery::ReportBlock(Pass& pass)
             static_cast<std::int32_t>(std::min<std::uint64_t>(left * unit / rate, INT32_MAX));
         pass.lastTick = now;
     }
-    if (scanCallback == nullptr) {
+    if (m_scanCallback == nullptr) {
         return ResultSuccess;
     }
     pass.at.filesFound = GetRecordCount() + pass.filesBase;
     const std::uint64_t percent = pass.sectorsTotal != 0 ? done * 100 / pass.sectorsTotal : 0;
-    return scanCallback(callbackContext, static_cast<std::int32_t>(percent + 10), PassRange,
-                        pass.secondsLeft, done, pass.sectorsTotal, pass.at.filesFound, 0);
+    return m_scanCallback(m_callbackContext, static_cast<std::int32_t>(percent + 10), PassRange,
+                          pass.secondsLeft, done, pass.sectorsTotal, pass.at.filesFound, 0);
 }

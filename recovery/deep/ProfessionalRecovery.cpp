@@ -20,7 +20,9 @@ void Append(FileRecordList& records, const FileRecordList& more)
 
 }  // namespace
 
-CProfessionalRecovery::CProfessionalRecovery(FastEngineMaker maker) : makeFast(std::move(maker)) {}
+CProfessionalRecovery::CProfessionalRecovery(FastEngineMaker maker) : m_makeFast(std::move(maker))
+{
+}
 
 ResultCode CProfessionalRecovery::OpenImageFile(const std::filesystem::path& filePath,
                                                 char16_t letter)
@@ -29,17 +31,17 @@ ResultCode CProfessionalRecovery::OpenImageFile(const std::filesystem::path& fil
     if (const ResultCode result = OpenImageSource(filePath, opened)) {
         return result;
     }
-    driveLetter = letter;
-    const std::uint64_t sectors = opened.sizeBytes / static_cast<std::uint64_t>(sectorSize);
-    target = {ImageDiskNumber, 0, sectors, filePath};
+    m_driveLetter = letter;
+    const std::uint64_t sectors = opened.sizeBytes / static_cast<std::uint64_t>(m_sectorSize);
+    m_target = {ImageDiskNumber, 0, sectors, filePath};
     // Their failure shows in the reads; the quick engine and the analysers tell theirs themselves.
-    (void)source.OpenImage(filePath);
-    (void)aheadSource.OpenImage(filePath);
-    resumeEntry = {};
-    resumeValid = ScanLogDirectory::Instance().FindScan(target, resumeEntry);
-    (void)fat.OpenImageFile(filePath, letter);
-    const ResultCode result = ntfs.OpenImageFile(filePath, letter);
-    fast = makeFast.forImage ? makeFast.forImage(filePath, letter) : nullptr;
+    (void)m_source.OpenImage(filePath);
+    (void)m_aheadSource.OpenImage(filePath);
+    m_resumeEntry = {};
+    m_resumeValid = ScanLogDirectory::Instance().FindScan(m_target, m_resumeEntry);
+    (void)m_fat.OpenImageFile(filePath, letter);
+    const ResultCode result = m_ntfs.OpenImageFile(filePath, letter);
+    m_fast = m_makeFast.forImage ? m_makeFast.forImage(filePath, letter) : nullptr;
     return result;
 }
 
@@ -52,25 +54,26 @@ ResultCode CProfessionalRecovery::OpenPartition(std::uint32_t diskNumber,
     if (const ResultCode result = OpenDriveSource(diskNumber, opened)) {
         return result;
     }
-    driveLetter = letter;
-    sectorSize = static_cast<std::int32_t>(opened.sectorSize);
-    target = {diskNumber, startLba, sectorCount, {}};
-    (void)source.OpenDrive(diskNumber);  // as above
-    (void)aheadSource.OpenDrive(diskNumber);
-    resumeEntry = {};
-    resumeValid = ScanLogDirectory::Instance().FindScan(target, resumeEntry);
-    (void)fat.OpenPartition(diskNumber, startLba, sectorCount, letter);
-    const ResultCode result = ntfs.OpenPartition(diskNumber, startLba, sectorCount, letter);
-    fast = makeFast.forPartition ? makeFast.forPartition(diskNumber, startLba, sectorCount, letter)
-                                 : nullptr;
+    m_driveLetter = letter;
+    m_sectorSize = static_cast<std::int32_t>(opened.sectorSize);
+    m_target = {diskNumber, startLba, sectorCount, {}};
+    (void)m_source.OpenDrive(diskNumber);  // as above
+    (void)m_aheadSource.OpenDrive(diskNumber);
+    m_resumeEntry = {};
+    m_resumeValid = ScanLogDirectory::Instance().FindScan(m_target, m_resumeEntry);
+    (void)m_fat.OpenPartition(diskNumber, startLba, sectorCount, letter);
+    const ResultCode result = m_ntfs.OpenPartition(diskNumber, startLba, sectorCount, letter);
+    m_fast = m_makeFast.forPartition
+                 ? m_makeFast.forPartition(diskNumber, startLba, sectorCount, letter)
+                 : nullptr;
     return result;
 }
 
 void CProfessionalRecovery::DiscardResumableScan()
 {
-    resumeValid = false;
+    m_resumeValid = false;
     (void)ScanLogDirectory::Instance().DeleteLog(
-        LogFolderOf(resumeEntry));  // what stays is not listed any more
+        LogFolderOf(m_resumeEntry));  // what stays is not listed any more
 }
 
 ResultCode CProfessionalRecovery::SetCallbacks(ProgressCallback scan,
@@ -78,14 +81,14 @@ ResultCode CProfessionalRecovery::SetCallbacks(ProgressCallback scan,
                                                void* context,
                                                std::int32_t /*progressRange*/)
 {
-    scanCallback = scan;
-    callbackContext = context;
-    if (fast != nullptr) {
-        fast->SetCallbacks(scan, file, context, FastRange);
+    m_scanCallback = scan;
+    m_callbackContext = context;
+    if (m_fast != nullptr) {
+        m_fast->SetCallbacks(scan, file, context, FastRange);
     }
-    fat.SetCallbacks(scan, file, context, PassRange);
-    ntfs.SetCallbacks(scan, file, context, PassRange);
-    carver.SetCallbacks(scan, file, context, PassRange);
+    m_fat.SetCallbacks(scan, file, context, PassRange);
+    m_ntfs.SetCallbacks(scan, file, context, PassRange);
+    m_carver.SetCallbacks(scan, file, context, PassRange);
     return ResultSuccess;
 }
 
@@ -95,13 +98,13 @@ IFileRecoveryParse* CProfessionalRecovery::EngineOf(const FileRecord& record)
     switch (record.EngineKind) {
     case EngineKindFastNtfs:
     case EngineKindFastFat:
-        return fast.get();
+        return m_fast.get();
     case EngineKindProfessionalNtfs:
-        return &ntfs;
+        return &m_ntfs;
     case EngineKindProfessionalFat:
-        return &fat;
+        return &m_fat;
     case EngineKindCarved:
-        return &carver;
+        return &m_carver;
     default:
         return nullptr;
     }
@@ -119,9 +122,9 @@ ResultCode CProfessionalRecovery::ListChildren(const FileRecord* parentRecord,
     } else if (depth != 0) {
         return ResultInvalidParameter;
     } else {
-        for (IFileRecoveryParse* engine :
-             {fast.get(), static_cast<IFileRecoveryParse*>(&fat),
-              static_cast<IFileRecoveryParse*>(&ntfs), static_cast<IFileRecoveryParse*>(&carver)}) {
+        for (IFileRecoveryParse* engine : {m_fast.get(), static_cast<IFileRecoveryParse*>(&m_fat),
+                                           static_cast<IFileRecoveryParse*>(&m_ntfs),
+                                           static_cast<IFileRecoveryParse*>(&m_carver)}) {
             FileRecordList records;
             const ResultCode listed =
                 engine != nullptr ? engine->ListChildren(nullptr, 0, records) : ResultSuccess;
@@ -148,8 +151,8 @@ ResultCode CProfessionalRecovery::CountChildren(const FileRecord* parentRecord,
     }
     ResultCode result = ResultSuccess;
     for (IFileRecoveryParse* engine :
-         {fast.get(), static_cast<IFileRecoveryParse*>(&fat),
-          static_cast<IFileRecoveryParse*>(&ntfs), static_cast<IFileRecoveryParse*>(&carver)}) {
+         {m_fast.get(), static_cast<IFileRecoveryParse*>(&m_fat),
+          static_cast<IFileRecoveryParse*>(&m_ntfs), static_cast<IFileRecoveryParse*>(&m_carver)}) {
         std::uint32_t count = 0;
         const ResultCode counted =
             engine != nullptr ? engine->CountChildren(nullptr, 0, count) : ResultSuccess;
@@ -161,8 +164,8 @@ ResultCode CProfessionalRecovery::CountChildren(const FileRecord* parentRecord,
 
 std::uint64_t CProfessionalRecovery::GetRecordCount() const
 {
-    const std::uint64_t quick = fast != nullptr ? fast->GetRecordCount() : 0;
-    return quick + fat.GetRecordCount() + ntfs.GetRecordCount() + carver.GetRecordCount();
+    const std::uint64_t quick = m_fast != nullptr ? m_fast->GetRecordCount() : 0;
+    return quick + m_fat.GetRecordCount() + m_ntfs.GetRecordCount() + m_carver.GetRecordCount();
 }
 
 ResultCode CProfessionalRecovery::GetRecordPath(const FileRecord* record, std::string& outPath)
@@ -191,24 +194,24 @@ std::int32_t CProfessionalRecovery::NextFreeRange(std::uint64_t& /*inOutSector*/
 
 ResultCode CProfessionalRecovery::SetSearchCallback(SearchProgressCallback callback, void* context)
 {
-    searchCallback = callback;
-    searchContext = context;
-    if (fast != nullptr) {
-        fast->SetSearchCallback(callback, context);
+    m_searchCallback = callback;
+    m_searchContext = context;
+    if (m_fast != nullptr) {
+        m_fast->SetSearchCallback(callback, context);
     }
-    fat.SetSearchCallback(callback, context);
-    ntfs.SetSearchCallback(callback, context);
-    carver.SetSearchCallback(callback, context);
+    m_fat.SetSearchCallback(callback, context);
+    m_ntfs.SetSearchCallback(callback, context);
+    m_carver.SetSearchCallback(callback, context);
     return ResultSuccess;
 }
 
 std::optional<std::uint64_t> CProfessionalRecovery::FirstDataSector(const FileRecord& record)
 {
     if (record.EngineKind == EngineKindProfessionalNtfs) {
-        return ntfs.FirstDataSector(record);
+        return m_ntfs.FirstDataSector(record);
     }
     if (record.EngineKind == EngineKindFastNtfs) {
-        auto* quick = dynamic_cast<CFastNtfsRecovery*>(fast.get());
+        auto* quick = dynamic_cast<CFastNtfsRecovery*>(m_fast.get());
         return quick != nullptr ? quick->FirstDataSector(record) : std::nullopt;
     }
     const std::uint64_t dataSector = record.PartitionStart + record.DataStart;
@@ -216,7 +219,7 @@ std::optional<std::uint64_t> CProfessionalRecovery::FirstDataSector(const FileRe
         return dataSector - FixedRootSectors;
     }
     const std::uint32_t sectorsPerCluster =
-        record.ClusterBytes / static_cast<std::uint32_t>(sectorSize);
+        record.ClusterBytes / static_cast<std::uint32_t>(m_sectorSize);
     return dataSector + static_cast<std::uint32_t>((record.NodeId - 2) * sectorsPerCluster);
 }
 
@@ -225,8 +228,8 @@ std::int32_t CProfessionalRecovery::SearchRecords(std::string_view extensionPatt
 {
     std::int32_t result = 0;
     FileRecordList known;
-    for (IFileRecoveryParse* engine : {fast.get(), static_cast<IFileRecoveryParse*>(&fat),
-                                       static_cast<IFileRecoveryParse*>(&ntfs)}) {
+    for (IFileRecoveryParse* engine : {m_fast.get(), static_cast<IFileRecoveryParse*>(&m_fat),
+                                       static_cast<IFileRecoveryParse*>(&m_ntfs)}) {
         FileRecordList records;
         if (engine != nullptr && engine->SearchRecords(extensionPattern, records) != 0) {
             result = 1;
@@ -234,7 +237,7 @@ std::int32_t CProfessionalRecovery::SearchRecords(std::string_view extensionPatt
         Append(known, records);
     }
     FileRecordList carved;
-    if (carver.SearchRecords(extensionPattern, carved) != 0) {
+    if (m_carver.SearchRecords(extensionPattern, carved) != 0) {
         result = 1;
     }
     DropCarvedDoubles(

@@ -38,13 +38,13 @@ public:
                              std::uint64_t sectorCount,
                              char16_t driveLetter) override;
     // An earlier scan of this target stands in the log, and Scan would go on with it.
-    bool HasResumableScan() const { return resumeValid; }
+    bool HasResumableScan() const { return m_resumeValid; }
     // That scan; meaningful while HasResumableScan.
-    const ScanLogEntry& ResumableScan() const { return resumeEntry; }
+    const ScanLogEntry& ResumableScan() const { return m_resumeEntry; }
     // Scan starts anew, and what the earlier one left is removed.
     void DiscardResumableScan();
     // Where the stores of the scan are; empty before Scan.
-    const std::filesystem::path& LogFolder() const { return logFolder; }
+    const std::filesystem::path& LogFolder() const { return m_logFolder; }
 
     // The range is ignored: the pass takes 90, the quick engine 9.
     ResultCode SetCallbacks(ProgressCallback scanCallback,
@@ -103,22 +103,22 @@ private:
     [[nodiscard]] ResultCode RunRange(Pass& pass, class BlockReader& reader);
     [[nodiscard]] ResultCode ReportBlock(Pass& pass);
 
-    FastEngineMaker makeFast;
-    ScanIdentity target;
-    char16_t driveLetter = 0;
-    std::int32_t sectorSize = 512;
-    SectorSource source;
-    SectorSource aheadSource;  // a second opening for reading ahead
-    CProfessionalFatRecovery fat;
-    CProfessionalNtfsRecovery ntfs;
-    CFileTypeRecovery carver;
-    std::unique_ptr<IFileRecoveryParse> fast;
-    bool resumeValid = false;
-    ScanLogEntry resumeEntry;
-    std::filesystem::path logFolder;
+    FastEngineMaker m_makeFast;
+    ScanIdentity m_target;
+    char16_t m_driveLetter = 0;
+    std::int32_t m_sectorSize = 512;
+    SectorSource m_source;
+    SectorSource m_aheadSource;  // a second opening for reading ahead
+    CProfessionalFatRecovery m_fat;
+    CProfessionalNtfsRecovery m_ntfs;
+    CFileTypeRecovery m_carver;
+    std::unique_ptr<IFileRecoveryParse> m_fast;
+    bool m_resumeValid = false;
+    ScanLogEntry m_resumeEntry;
+    std::filesystem::path m_logFolder;
 
-    ProgressCallback scanCallback = nullptr;
-    void* callbackContext = nullptr;
-    SearchProgressCallback searchCallback = nullptr;
-    void* searchContext = nullptr;
+    ProgressCallback m_scanCallback = nullptr;
+    void* m_callbackContext = nullptr;
+    SearchProgressCallback m_searchCallback = nullptr;
+    void* m_searchContext = nullptr;
 };

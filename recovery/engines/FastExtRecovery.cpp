@@ -11,7 +11,7 @@ ResultCode CFastExtRecovery::OpenPartition(std::uint32_t diskNumber,
                                            std::uint64_t /*sectorCount*/,
                                            char16_t /*driveLetter*/)
 {
-    return OpenDriveSource(diskNumber, drive);
+    return OpenDriveSource(diskNumber, m_drive);
 }
 
 ResultCode CFastExtRecovery::SetCallbacks(ProgressCallback /*scanCallback*/,

@@ -44,5 +44,5 @@ public:
                               void* context) override;
 
 private:
-    OpenedSource drive;
+    OpenedSource m_drive;
 };

@@ -14,47 +14,48 @@ class ClusterWalk
 {
 public:
     ClusterWalk(const ClusterReader& clusterReader, const FileRecord& record)
-        : reader(clusterReader),
-          cluster(record.NodeId),
-          dataSector(record.PartitionStart + record.DataStart)
+        : m_reader(clusterReader),
+          m_cluster(record.NodeId),
+          m_dataSector(record.PartitionStart + record.DataStart)
     {
         const auto clusterBytes = static_cast<std::int32_t>(record.ClusterBytes);
         if (clusterBytes > LargestClusterBytes) {
-            sizeError = ResultWriteFault;
+            m_sizeError = ResultWriteFault;
         } else if (clusterBytes > 0) {
-            sectorsPerCluster = clusterBytes / reader.sectorSize;
-            bytes.resize(static_cast<std::size_t>(sectorsPerCluster) *
-                         static_cast<std::size_t>(reader.sectorSize));
+            m_sectorsPerCluster = clusterBytes / m_reader.sectorSize;
+            m_bytes.resize(static_cast<std::size_t>(m_sectorsPerCluster) *
+                           static_cast<std::size_t>(m_reader.sectorSize));
         }
     }
 
     // ResultWriteFault when the record's cluster size is out of bounds.
-    ResultCode SizeError() const { return sizeError; }
+    ResultCode SizeError() const { return m_sizeError; }
 
     // Reads the current cluster whole, or gives an error.
     ResultCode Read()
     {
         const std::uint64_t lba =
-            cluster == 0
-                ? dataSector - FixedRootSectors
-                : dataSector + static_cast<std::uint32_t>(
-                                   (cluster - 2) * static_cast<std::uint32_t>(sectorsPerCluster));
+            m_cluster == 0
+                ? m_dataSector - FixedRootSectors
+                : m_dataSector +
+                      static_cast<std::uint32_t>((m_cluster - 2) *
+                                                 static_cast<std::uint32_t>(m_sectorsPerCluster));
         std::int32_t sectorsRead = 0;
-        const ResultCode result = reader.source.ReadSectors(bytes.data(), sectorsPerCluster, lba,
-                                                            reader.sectorSize, &sectorsRead);
+        const ResultCode result = m_reader.source.ReadSectors(
+            m_bytes.data(), m_sectorsPerCluster, lba, m_reader.sectorSize, &sectorsRead);
         return sectorsRead == 0 ? ResultReadFault : result;
     }
 
-    const std::vector<std::uint8_t>& Bytes() const { return bytes; }
-    void Advance() { cluster = reader.nextCluster(cluster); }
+    const std::vector<std::uint8_t>& Bytes() const { return m_bytes; }
+    void Advance() { m_cluster = m_reader.nextCluster(m_cluster); }
 
 private:
-    const ClusterReader& reader;
-    std::uint32_t cluster;
-    std::uint64_t dataSector;
-    std::int32_t sectorsPerCluster = 0;
-    std::vector<std::uint8_t> bytes;
-    ResultCode sizeError = ResultSuccess;
+    const ClusterReader& m_reader;
+    std::uint32_t m_cluster;
+    std::uint64_t m_dataSector;
+    std::int32_t m_sectorsPerCluster = 0;
+    std::vector<std::uint8_t> m_bytes;
+    ResultCode m_sizeError = ResultSuccess;
 };
 
 std::int32_t Percent(std::uint64_t done, std::uint64_t total)

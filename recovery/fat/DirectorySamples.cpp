@@ -60,32 +60,32 @@ std::optional<FatVolume> TryVolume(std::uint32_t clusterHigh,
 
 void DirectorySampleList::Clear()
 {
-    samples.clear();
+    m_samples.clear();
     for (std::size_t size = 0; size < SizeCount; ++size) {
-        rising[size].clear();
-        falling[size].clear();
+        m_rising[size].clear();
+        m_falling[size].clear();
     }
 }
 
 void DirectorySampleList::Append(const DirectorySample& sample)
 {
-    const std::size_t index = samples.size();
-    samples.push_back(sample);
+    const std::size_t index = m_samples.size();
+    m_samples.push_back(sample);
     for (std::size_t size = 0; size < SizeCount; ++size) {
         const std::uint32_t sectorsPerCluster = LegalClusterSizes[size];
         if (!CanPair(sample, sectorsPerCluster)) {
             continue;
         }
-        const auto [pair, isNew] = rising[size].try_emplace(RisingKey(sample, sectorsPerCluster));
+        const auto [pair, isNew] = m_rising[size].try_emplace(RisingKey(sample, sectorsPerCluster));
         if (isNew) {
             pair->second.first = index;
         } else if (pair->second.second == SIZE_MAX &&
-                   samples[pair->second.first].Cluster != sample.Cluster) {
+                   m_samples[pair->second.first].Cluster != sample.Cluster) {
             pair->second.second = index;
         }
         // A pair is legal up to a certain sum of its clusters, so that an older sample with a lower cluster stands for
         // every younger one with a higher.
-        Falling& chain = falling[size][FallingKey(sample, sectorsPerCluster)];
+        Falling& chain = m_falling[size][FallingKey(sample, sectorsPerCluster)];
         if (chain.empty() || sample.Cluster < chain.begin()->first) {
             chain.emplace(sample.Cluster, index);
         }
@@ -98,14 +98,14 @@ void DirectorySampleList::FindRising(const DirectorySample& sample,
                                      std::size_t* inOutOldest) const
 {
     const std::uint64_t key = RisingKey(sample, LegalClusterSizes[size]);
-    const auto found = rising[size].find(key);
+    const auto found = m_rising[size].find(key);
     // All pairs of one key give the same start, which must not lie in front of the disk.
     const bool startsOnDisk =
         static_cast<std::int64_t>(key + 2 * std::uint64_t{LegalClusterSizes[size]}) >= 0;
-    if (found == rising[size].end() || !startsOnDisk) {
+    if (found == m_rising[size].end() || !startsOnDisk) {
         return;
     }
-    const bool firstDiffers = samples[found->second.first].Cluster != sample.Cluster;
+    const bool firstDiffers = m_samples[found->second.first].Cluster != sample.Cluster;
     *inOutOldest =
         std::min(*inOutOldest, firstDiffers ? found->second.first : found->second.second);
 }
@@ -116,8 +116,8 @@ void DirectorySampleList::FindFalling(const DirectorySample& sample,
                                       std::size_t* inOutOldest) const
 {
     const std::uint64_t sectorsPerCluster = LegalClusterSizes[size];
-    const auto found = falling[size].find(FallingKey(sample, LegalClusterSizes[size]));
-    if (found == falling[size].end()) {
+    const auto found = m_falling[size].find(FallingKey(sample, LegalClusterSizes[size]));
+    if (found == m_falling[size].end()) {
         return;
     }
     // start = key - (sum of both clusters - 2) x size, which must not be negative.
@@ -150,7 +150,7 @@ std::optional<FatVolume> DirectorySampleList::DeriveVolume(const DirectorySample
     if (oldest == SIZE_MAX) {
         return std::nullopt;
     }
-    const DirectorySample& other = samples[oldest];
+    const DirectorySample& other = m_samples[oldest];
     return TryVolume(std::max(sample.Cluster, other.Cluster), std::max(sample.Lba, other.Lba),
                      std::min(sample.Cluster, other.Cluster), std::min(sample.Lba, other.Lba),
                      base);

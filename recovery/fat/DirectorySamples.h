@@ -50,7 +50,7 @@ private:
     void
     FindFalling(const DirectorySample& sample, std::size_t size, std::size_t* inOutOldest) const;
 
-    std::vector<DirectorySample> samples;
-    std::unordered_map<std::uint64_t, RisingPair> rising[SizeCount];
-    std::unordered_map<std::uint64_t, Falling> falling[SizeCount];
+    std::vector<DirectorySample> m_samples;
+    std::unordered_map<std::uint64_t, RisingPair> m_rising[SizeCount];
+    std::unordered_map<std::uint64_t, Falling> m_falling[SizeCount];
 };

@@ -15,11 +15,11 @@ constexpr std::uint64_t ImageSectorSize = 512;
 ResultCode CFastFatRecovery::OpenSource(OpenedSource& opened)
 {
     std::array<std::uint8_t, BootBytes> bootSector = {};
-    if (const ResultCode result =
-            ReadWhole(*opened.reader, startLba * opened.sectorSize, bootSector.data(), BootBytes)) {
+    if (const ResultCode result = ReadWhole(*opened.reader, m_startLba * opened.sectorSize,
+                                            bootSector.data(), BootBytes)) {
         return result;
     }
-    return ReadFatGeometry(ByteView(bootSector), geometry);
+    return ReadFatGeometry(ByteView(bootSector), m_geometry);
 }
 
 ResultCode CFastFatRecovery::OpenPartition(std::uint32_t diskNumber,
@@ -27,48 +27,48 @@ ResultCode CFastFatRecovery::OpenPartition(std::uint32_t diskNumber,
                                            std::uint64_t sectors,
                                            char16_t letter)
 {
-    if (isOpen) {
+    if (m_isOpen) {
         return ResultSuccess;
     }
     OpenedSource opened;
     if (const ResultCode result = OpenDriveSource(diskNumber, opened)) {
         return result;
     }
-    startLba = firstLba;
-    sectorCount = sectors;
-    driveLetter = letter;
+    m_startLba = firstLba;
+    m_sectorCount = sectors;
+    m_driveLetter = letter;
     ResultCode result = OpenSource(opened);
     if (result == ResultSuccess) {
-        result = source.OpenDrive(diskNumber);
+        result = m_source.OpenDrive(diskNumber);
     }
     if (result == ResultSuccess) {
-        table.Open(source, geometry, startLba + geometry.reservedSectors);
-        folderDepth.Open(source, geometry, startLba);
-        isOpen = true;
+        m_table.Open(m_source, m_geometry, m_startLba + m_geometry.reservedSectors);
+        m_folderDepth.Open(m_source, m_geometry, m_startLba);
+        m_isOpen = true;
     }
     return result;
 }
 
 ResultCode CFastFatRecovery::OpenImageFile(const std::filesystem::path& filePath, char16_t letter)
 {
-    if (isOpen) {
+    if (m_isOpen) {
         return ResultSuccess;
     }
     OpenedSource opened;
     if (const ResultCode result = OpenImageSource(filePath, opened)) {
         return result;
     }
-    startLba = 0;
-    sectorCount = opened.sizeBytes / ImageSectorSize;
-    driveLetter = letter;
+    m_startLba = 0;
+    m_sectorCount = opened.sizeBytes / ImageSectorSize;
+    m_driveLetter = letter;
     ResultCode result = OpenSource(opened);
     if (result == ResultSuccess) {
-        result = source.OpenImage(filePath);
+        result = m_source.OpenImage(filePath);
     }
     if (result == ResultSuccess) {
-        table.Open(source, geometry, startLba + geometry.reservedSectors);
-        folderDepth.Open(source, geometry, startLba);
-        isOpen = true;
+        m_table.Open(m_source, m_geometry, m_startLba + m_geometry.reservedSectors);
+        m_folderDepth.Open(m_source, m_geometry, m_startLba);
+        m_isOpen = true;
     }
     return result;
 }
@@ -78,10 +78,10 @@ ResultCode CFastFatRecovery::SetCallbacks(ProgressCallback scan,
                                           void* context,
                                           std::int32_t range)
 {
-    scanCallback = scan;
-    fileCallback = file;
-    callbackContext = context;
-    progressRange = range;
+    m_scanCallback = scan;
+    m_fileCallback = file;
+    m_callbackContext = context;
+    m_progressRange = range;
     return ResultSuccess;
 }
 
@@ -94,7 +94,7 @@ ResultCode CFastFatRecovery::KeyOf(const FileRecord* parentRecord,
     }
     std::uint32_t node = parentRecord != nullptr ? parentRecord->NodeId : 0;
     if (node == 0) {
-        node = geometry.rootCluster;
+        node = m_geometry.rootCluster;
     }
     *outKey = ScanRecordStore::MakeKey(depth, node);
     return ResultSuccess;
@@ -108,11 +108,11 @@ ResultCode CFastFatRecovery::ListChildren(const FileRecord* parentRecord,
     if (const ResultCode result = KeyOf(parentRecord, depth, &key)) {
         return result;
     }
-    if (store == nullptr) {
+    if (m_store == nullptr) {
         return ResultSuccess;
     }
-    (void)store->FlushStore();  // what could not be written is missing from the list
-    return store->ListChildren(key, outRecords);
+    (void)m_store->FlushStore();  // what could not be written is missing from the list
+    return m_store->ListChildren(key, outRecords);
 }
 
 ResultCode CFastFatRecovery::CountChildren(const FileRecord* parentRecord,
@@ -123,45 +123,45 @@ ResultCode CFastFatRecovery::CountChildren(const FileRecord* parentRecord,
     if (const ResultCode result = KeyOf(parentRecord, depth, &key)) {
         return result;
     }
-    if (store == nullptr) {
+    if (m_store == nullptr) {
         outCount = 0;
         return ResultSuccess;
     }
-    (void)store->FlushStore();  // as above
-    return store->CountChildren(key, outCount);
+    (void)m_store->FlushStore();  // as above
+    return m_store->CountChildren(key, outCount);
 }
 
 std::uint64_t CFastFatRecovery::GetRecordCount() const
 {
-    return store != nullptr ? store->GetRecordCount() : 0;
+    return m_store != nullptr ? m_store->GetRecordCount() : 0;
 }
 
 ResultCode CFastFatRecovery::GetRecordPath(const FileRecord* record, std::string& outPath)
 {
-    return store != nullptr ? store->GetRecordPath(record, outPath) : ResultInvalidParameter;
+    return m_store != nullptr ? m_store->GetRecordPath(record, outPath) : ResultInvalidParameter;
 }
 
 std::int32_t CFastFatRecovery::NextFreeRange(std::uint64_t& inOutSector, std::uint64_t& outLength)
 {
-    usedClusters.NextFreeRange(inOutSector, outLength);
+    m_usedClusters.NextFreeRange(inOutSector, outLength);
     return 1;
 }
 
 ResultCode CFastFatRecovery::BuildUsedClusterMap()
 {
-    if (!isOpen) {
+    if (!m_isOpen) {
         return ResultInvalidHandle;
     }
-    usedClusters.Build(table, geometry, sectorCount);
+    m_usedClusters.Build(m_table, m_geometry, m_sectorCount);
     return ResultSuccess;
 }
 
 ResultCode CFastFatRecovery::SetSearchCallback(SearchProgressCallback callback, void* context)
 {
-    searchCallback = callback;
-    searchContext = context;
-    if (store != nullptr) {
-        store->SetSearchCallback(callback, context);
+    m_searchCallback = callback;
+    m_searchContext = context;
+    if (m_store != nullptr) {
+        m_store->SetSearchCallback(callback, context);
     }
     return ResultSuccess;
 }
@@ -169,5 +169,5 @@ ResultCode CFastFatRecovery::SetSearchCallback(SearchProgressCallback callback, 
 std::int32_t CFastFatRecovery::SearchRecords(std::string_view extensionPattern,
                                              FileRecordList& outRecords)
 {
-    return store != nullptr ? store->SearchRecords(extensionPattern, outRecords) : 0;
+    return m_store != nullptr ? m_store->SearchRecords(extensionPattern, outRecords) : 0;
 }

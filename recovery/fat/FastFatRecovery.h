@@ -87,31 +87,31 @@ private:
     bool CheckHead(const FileRecord& record);
     void ClimbFrom(std::uint32_t folder);
 
-    std::uint64_t startLba = 0;
-    std::uint64_t sectorCount = 0;
-    char16_t driveLetter = 0;
-    bool isOpen = false;
-    FatGeometry geometry;
-    SectorSource source;
-    FatTable table;
-    FatFolderDepth folderDepth;
-    UsedClusterMap usedClusters;
-    HighWordSearch highWords;
-    std::unique_ptr<ScanRecordStore> store;
+    std::uint64_t m_startLba = 0;
+    std::uint64_t m_sectorCount = 0;
+    char16_t m_driveLetter = 0;
+    bool m_isOpen = false;
+    FatGeometry m_geometry;
+    SectorSource m_source;
+    FatTable m_table;
+    FatFolderDepth m_folderDepth;
+    UsedClusterMap m_usedClusters;
+    HighWordSearch m_highWords;
+    std::unique_ptr<ScanRecordStore> m_store;
 
-    std::queue<std::uint32_t> folderQueue;
+    std::queue<std::uint32_t> m_folderQueue;
     // Folders seen, by first cluster. RecordNumber holds the parent's first cluster until the record is stored.
-    std::map<std::uint32_t, FileRecord> folderMap;
-    std::uint64_t folderMapVersion = 0;    // counts its changes
-    std::vector<std::uint32_t> chainList;  // folders above found files, in order of first use
-    std::unordered_set<std::uint32_t> chained;
-    std::uint32_t lastClimbFolder = 0;
-    std::uint64_t lastClimbVersion = UINT64_MAX;
+    std::map<std::uint32_t, FileRecord> m_folderMap;
+    std::uint64_t m_folderMapVersion = 0;    // counts its changes
+    std::vector<std::uint32_t> m_chainList;  // folders above found files, in order of first use
+    std::unordered_set<std::uint32_t> m_chained;
+    std::uint32_t m_lastClimbFolder = 0;
+    std::uint64_t m_lastClimbVersion = UINT64_MAX;
 
-    ProgressCallback scanCallback = nullptr;
-    FileProgressCallback fileCallback = nullptr;
-    void* callbackContext = nullptr;
-    std::int32_t progressRange = 100;
-    SearchProgressCallback searchCallback = nullptr;
-    void* searchContext = nullptr;
+    ProgressCallback m_scanCallback = nullptr;
+    FileProgressCallback m_fileCallback = nullptr;
+    void* m_callbackContext = nullptr;
+    std::int32_t m_progressRange = 100;
+    SearchProgressCallback m_searchCallback = nullptr;
+    void* m_searchContext = nullptr;
 };

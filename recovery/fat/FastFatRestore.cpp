@@ -10,11 +10,11 @@ ResultCode CFastFatRecovery::RestoreRecord(const FileRecord* record,
     if (record == nullptr) {
         return ResultInvalidParameter;
     }
-    const ClusterReader reader = {source, geometry.sectorSize, [this](std::uint32_t cluster) {
-                                      return table.NextCluster(cluster);
+    const ClusterReader reader = {m_source, m_geometry.sectorSize, [this](std::uint32_t cluster) {
+                                      return m_table.NextCluster(cluster);
                                   }};
     const auto restoreFile = [&](const FileRecord& file, const std::filesystem::path& path) {
-        return RestoreClusters(reader, file, path, fileCallback, callbackContext);
+        return RestoreClusters(reader, file, path, m_fileCallback, m_callbackContext);
     };
     if (record->IsFolder != 0) {
         return RestoreFolderTree(*this, *record, destPath, baseDepth, restoreFile);
@@ -35,8 +35,8 @@ ResultCode CFastFatRecovery::ReadRecordData(const FileRecord* record,
     if (record == nullptr) {
         return ResultInvalidParameter;
     }
-    const ClusterReader reader = {source, geometry.sectorSize, [this](std::uint32_t cluster) {
-                                      return table.NextCluster(cluster);
+    const ClusterReader reader = {m_source, m_geometry.sectorSize, [this](std::uint32_t cluster) {
+                                      return m_table.NextCluster(cluster);
                                   }};
     return PreviewClusters(reader, *record,
                            {tempPathInOut, buffer, inOutSize, progressFn, context});

@@ -35,28 +35,28 @@ struct Ticker
 
 ResultCode CFastFatRecovery::Report(std::int32_t progress, std::int32_t secondsLeft) const
 {
-    return scanCallback != nullptr
-               ? scanCallback(callbackContext, progress, progressRange, secondsLeft, 0, 0, 0, 0)
-               : ResultSuccess;
+    return m_scanCallback != nullptr ? m_scanCallback(m_callbackContext, progress, m_progressRange,
+                                                      secondsLeft, 0, 0, 0, 0)
+                                     : ResultSuccess;
 }
 
 ResultCode CFastFatRecovery::Scan(const std::string* logName)
 {
-    folderMap.clear();
-    folderQueue = {};
-    chainList.clear();
-    chained.clear();
-    ++folderMapVersion;
-    store = std::make_unique<ScanRecordStore>();
-    store->SetSearchCallback(searchCallback, searchContext);
+    m_folderMap.clear();
+    m_folderQueue = {};
+    m_chainList.clear();
+    m_chained.clear();
+    ++m_folderMapVersion;
+    m_store = std::make_unique<ScanRecordStore>();
+    m_store->SetSearchCallback(m_searchCallback, m_searchContext);
     if (logName != nullptr) {
-        (void)store->OpenStore(*logName);  // a store that is gone has nothing to show
+        (void)m_store->OpenStore(*logName);  // a store that is gone has nothing to show
         return ResultSuccess;
     }
-    (void)store->OpenStore(
-        ScanRecordStore::MakeName("Fast_", startLba));  // the search tells that nothing was kept
+    (void)m_store->OpenStore(
+        ScanRecordStore::MakeName("Fast_", m_startLba));  // the search tells that nothing was kept
     const ResultCode result = WalkAndRecord();
-    (void)store->FlushStore();  // what could not be written is not found
+    (void)m_store->FlushStore();  // what could not be written is not found
     return result;
 }
 
@@ -81,11 +81,11 @@ ResultCode CFastFatRecovery::WalkFolders()
 {
     Ticker ticker;
     std::unordered_set<std::uint32_t> walked;
-    folderQueue.push(geometry.rootCluster);
+    m_folderQueue.push(m_geometry.rootCluster);
     ResultCode result = ResultSuccess;
-    while (result == ResultSuccess && !folderQueue.empty()) {
-        const std::uint32_t cluster = folderQueue.front();
-        folderQueue.pop();
+    while (result == ResultSuccess && !m_folderQueue.empty()) {
+        const std::uint32_t cluster = m_folderQueue.front();
+        m_folderQueue.pop();
         if (!walked.insert(cluster).second) {
             continue;
         }
@@ -94,10 +94,10 @@ ResultCode CFastFatRecovery::WalkFolders()
         if (now - ticker.lastReport < ReportInterval) {
             continue;
         }
-        if (progressRange == FullRange) {
+        if (m_progressRange == FullRange) {
             result = Report(++ticker.step, --ticker.left);
             ticker.lastReport = now;
-        } else if (progressRange == DeepRange) {
+        } else if (m_progressRange == DeepRange) {
             result = Report(++ticker.deepStep, -1);
             ticker.lastReport = now;
         }
@@ -108,50 +108,51 @@ ResultCode CFastFatRecovery::WalkFolders()
 // Only folders that lead to a found file get a record.
 void CFastFatRecovery::RecordFolders()
 {
-    for (const std::uint32_t cluster : chainList) {
-        const auto folder = folderMap.find(cluster);
-        if (folder == folderMap.end()) {
+    for (const std::uint32_t cluster : m_chainList) {
+        const auto folder = m_folderMap.find(cluster);
+        if (folder == m_folderMap.end()) {
             continue;
         }
         const std::uint32_t parent = folder->second.RecordNumber;
-        FileRecord& record = store->ReserveRecord();
+        FileRecord& record = m_store->ReserveRecord();
         record = folder->second;
-        record.RecordNumber = store->GetRecordCount();
-        store->LinkFolder(parent, folderDepth.DepthOf(parent), record.RecordNumber, record.NodeId,
-                          record.NameText());
+        record.RecordNumber = m_store->GetRecordCount();
+        m_store->LinkFolder(parent, m_folderDepth.DepthOf(parent), record.RecordNumber,
+                            record.NodeId, record.NameText());
     }
 }
 
 void CFastFatRecovery::WalkDirectory(std::uint32_t cluster)
 {
-    const bool isFixedRoot = cluster == 0 && !geometry.isFat32;
-    const std::uint32_t unitBytes = isFixedRoot ? RootUnitBytes : geometry.ClusterBytes();
-    const auto unitSectors = static_cast<std::int32_t>(unitBytes) / geometry.sectorSize;
+    const bool isFixedRoot = cluster == 0 && !m_geometry.isFat32;
+    const std::uint32_t unitBytes = isFixedRoot ? RootUnitBytes : m_geometry.ClusterBytes();
+    const auto unitSectors = static_cast<std::int32_t>(unitBytes) / m_geometry.sectorSize;
     std::vector<std::uint8_t> unit(unitBytes);
     FolderWalk walk;
     walk.folderId = cluster;
-    walk.entrySector = startLba + geometry.SectorOfFolder(cluster);
-    const auto known = folderMap.find(cluster);
-    const bool isChecked = known != folderMap.end();
+    walk.entrySector = m_startLba + m_geometry.SectorOfFolder(cluster);
+    const auto known = m_folderMap.find(cluster);
+    const bool isChecked = known != m_folderMap.end();
     walk.inDeleted = isChecked && known->second.InDeletedFolder != 0;
     // A chain in a ring must not be walked for ever.
     std::unordered_set<std::uint32_t> read;
     for (std::uint32_t current = cluster; read.insert(current).second;) {
         std::int32_t sectorsRead = 0;
-        const std::uint64_t lba = startLba + geometry.SectorOfFolder(current);
-        if (source.ReadSectors(unit.data(), unitSectors, lba, geometry.sectorSize, &sectorsRead) !=
-            ResultSuccess) {
+        const std::uint64_t lba = m_startLba + m_geometry.SectorOfFolder(current);
+        if (m_source.ReadSectors(unit.data(), unitSectors, lba, m_geometry.sectorSize,
+                                 &sectorsRead) != ResultSuccess) {
             return;
         }
         // On every cluster, so that a sub-folder is walked no further than its first one and a cluster that was
         // given to a file is not read as a folder.
-        if (isChecked && current != geometry.rootCluster && !StartsWithDotEntries(ByteView(unit))) {
+        if (isChecked && current != m_geometry.rootCluster &&
+            !StartsWithDotEntries(ByteView(unit))) {
             return;
         }
         if (!WalkUnit(ByteView(unit), walk)) {
             return;
         }
-        const std::uint32_t next = table.NextCluster(current);
+        const std::uint32_t next = m_table.NextCluster(current);
         if (next == 0 || next == current) {
             return;
         }
@@ -162,7 +163,7 @@ void CFastFatRecovery::WalkDirectory(std::uint32_t cluster)
 // False ends the whole folder.
 bool CFastFatRecovery::WalkUnit(ByteView unit, FolderWalk& walk)
 {
-    const auto sectorBytes = static_cast<std::size_t>(geometry.sectorSize);
+    const auto sectorBytes = static_cast<std::size_t>(m_geometry.sectorSize);
     for (std::size_t offset = 0; offset < unit.Size(); offset += DirEntryBytes) {
         // Not at index 0, so the sector lags by one for each unit behind the first; it stays so.
         if (offset != 0 && offset % sectorBytes == 0) {
@@ -214,16 +215,16 @@ void CFastFatRecovery::TakeFolder(ByteView entry, FolderWalk& walk)
     SetTimes(entry, record);
     record.NodeId = FirstClusterOfEntry(entry, nullptr);
     record.EngineKind = EngineKindFastFat;
-    record.ClusterBytes = geometry.ClusterBytes();
-    record.DriveLetter = driveLetter;
+    record.ClusterBytes = m_geometry.ClusterBytes();
+    record.DriveLetter = m_driveLetter;
     record.IsFolder = 1;
     record.RecordNumber = walk.folderId;
-    record.DataStart = geometry.dataStart;
+    record.DataStart = m_geometry.dataStart;
     record.InDeletedFolder = entry.U8(0) == DeletedMark || walk.inDeleted ? 1 : 0;
     if (record.NodeId != 0 && record.NodeId != walk.folderId) {
-        folderQueue.push(std::uint32_t{record.NodeId});
-        folderMap[std::uint32_t{record.NodeId}] = record;  // the last entry seen stands
-        ++folderMapVersion;
+        m_folderQueue.push(std::uint32_t{record.NodeId});
+        m_folderMap[std::uint32_t{record.NodeId}] = record;  // the last entry seen stands
+        ++m_folderMapVersion;
     }
 }
 
@@ -238,43 +239,44 @@ void CFastFatRecovery::TakeFile(ByteView entry, FolderWalk& walk)
 
 void CFastFatRecovery::RecordFile(ByteView entry, const std::string& name, const FolderWalk& walk)
 {
-    FileRecord& record = store->ReserveRecord();
-    record.RecordNumber = store->GetRecordCount();
+    FileRecord& record = m_store->ReserveRecord();
+    record.RecordNumber = m_store->GetRecordCount();
     record.SetName(name);
     SetTimes(entry, record);
     record.NodeId = FirstClusterOfEntry(entry, &name);
     record.FileSize = entry.U32(EntrySize);
     record.EntrySector = walk.entrySector;
-    record.PartitionStart = startLba;
+    record.PartitionStart = m_startLba;
     record.EngineKind = EngineKindFastFat;
-    record.ClusterBytes = geometry.ClusterBytes();
-    record.DriveLetter = driveLetter;
-    record.DataStart = geometry.dataStart;
-    store->LinkRecord(walk.folderId, folderDepth.DepthOf(walk.folderId), record.RecordNumber);
+    record.ClusterBytes = m_geometry.ClusterBytes();
+    record.DriveLetter = m_driveLetter;
+    record.DataStart = m_geometry.dataStart;
+    m_store->LinkRecord(walk.folderId, m_folderDepth.DepthOf(walk.folderId), record.RecordNumber);
     record.HeadIntact = CheckHead(record) ? 1 : 0;
     ClimbFrom(walk.folderId);
 }
 
 SectorReader CFastFatRecovery::FirstSectors()
 {
-    return {source, geometry.sectorSize, startLba + sectorCount};
+    return {m_source, m_geometry.sectorSize, m_startLba + m_sectorCount};
 }
 
 // fileName is null for a folder.
 std::uint32_t CFastFatRecovery::FirstClusterOfEntry(ByteView entry, const std::string* fileName)
 {
     const std::uint16_t lowWord = entry.U16(EntryLowWord);
-    if (!geometry.isFat32) {
+    if (!m_geometry.isFat32) {
         return lowWord;
     }
     // Deletion often wipes the high word.
     if (entry.U8(0) == DeletedMark && entry.U16(EntryHighWord) == 0) {
         const auto sectorOf = [this](std::uint32_t cluster) {
-            return startLba + geometry.SectorOfCluster(cluster);
+            return m_startLba + m_geometry.SectorOfCluster(cluster);
         };
         const std::uint32_t high =
-            fileName != nullptr ? highWords.OfFile(FirstSectors(), 0, lowWord, *fileName, sectorOf)
-                                : highWords.OfFolder(FirstSectors(), 0, lowWord, sectorOf);
+            fileName != nullptr
+                ? m_highWords.OfFile(FirstSectors(), 0, lowWord, *fileName, sectorOf)
+                : m_highWords.OfFolder(FirstSectors(), 0, lowWord, sectorOf);
         return high << 16 | lowWord;
     }
     return FirstClusterOf(entry);
@@ -283,7 +285,7 @@ std::uint32_t CFastFatRecovery::FirstClusterOfEntry(ByteView entry, const std::s
 bool CFastFatRecovery::CheckHead(const FileRecord& record)
 {
     return HeadFitsName(FirstSectors(), record.NameText(),
-                        startLba + geometry.SectorOfCluster(record.NodeId));
+                        m_startLba + m_geometry.SectorOfCluster(record.NodeId));
 }
 
 // Notes the folders above a found file. A folder that is noted already does not end the climb: its parent may have
@@ -291,23 +293,23 @@ bool CFastFatRecovery::CheckHead(const FileRecord& record)
 void CFastFatRecovery::ClimbFrom(std::uint32_t folder)
 {
     // From the same folder over the same map there is nothing new to find.
-    if (lastClimbVersion == folderMapVersion && lastClimbFolder == folder) {
+    if (m_lastClimbVersion == m_folderMapVersion && m_lastClimbFolder == folder) {
         return;
     }
-    lastClimbVersion = folderMapVersion;
-    lastClimbFolder = folder;
+    m_lastClimbVersion = m_folderMapVersion;
+    m_lastClimbFolder = folder;
     std::unordered_set<std::uint32_t> passed;
     do {
         if (!passed.insert(folder).second) {
             return;  // folders that contain each other
         }
-        if (chained.insert(folder).second) {
-            chainList.push_back(folder);
+        if (m_chained.insert(folder).second) {
+            m_chainList.push_back(folder);
         }
-        const auto known = folderMap.find(folder);
-        if (known == folderMap.end() || known->second.RecordNumber == folder) {
+        const auto known = m_folderMap.find(folder);
+        if (known == m_folderMap.end() || known->second.RecordNumber == folder) {
             return;
         }
         folder = known->second.RecordNumber;
-    } while (folder > geometry.rootCluster);
+    } while (folder > m_geometry.rootCluster);
 }

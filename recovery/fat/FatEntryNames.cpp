@@ -33,30 +33,30 @@ std::string ConvertShortName(ByteView entry, std::string raw)
 
 bool LongNameGatherer::AddPiece(ByteView entry)
 {
-    if (position < PieceUnits + 1) {
+    if (m_position < PieceUnits + 1) {
         return false;
     }
-    position -= PieceUnits;
-    std::size_t at = position;
+    m_position -= PieceUnits;
+    std::size_t at = m_position;
     for (const PiecePart& part : PieceParts) {
         for (std::size_t i = 0; i < part.units; ++i) {
-            units[at++] = entry.U16(part.offset + i * 2);
+            m_units[at++] = entry.U16(part.offset + i * 2);
         }
     }
-    hasPieces = true;
+    m_hasPieces = true;
     return true;
 }
 
 void LongNameGatherer::Reset()
 {
-    position = Capacity;
-    hasPieces = false;
+    m_position = Capacity;
+    m_hasPieces = false;
 }
 
 std::string LongNameGatherer::Take()
 {
-    const std::u16string_view all(units.data(), Capacity);
-    std::string name = Utf16ToUtf8(UntilZero(all.substr(position)));
+    const std::u16string_view all(m_units.data(), Capacity);
+    std::string name = Utf16ToUtf8(UntilZero(all.substr(m_position)));
     Reset();
     return name;
 }

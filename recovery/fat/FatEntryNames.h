@@ -17,19 +17,19 @@ public:
 
     // False when the piece does not fit any more: the twentieth ends the directory.
     bool AddPiece(ByteView entry);
-    bool HasPieces() const { return hasPieces; }
-    std::size_t Position() const { return position; }
+    bool HasPieces() const { return m_hasPieces; }
+    std::size_t Position() const { return m_position; }
     // Drops what was gathered.
     void Reset();
     // Forgets that there are pieces but keeps their place, so that the next ones are put in front of them.
-    void Release() { hasPieces = false; }
+    void Release() { m_hasPieces = false; }
     // The name in UTF-8, and a fresh start.
     std::string Take();
 
 private:
-    std::array<char16_t, Capacity + 1> units = {};
-    std::size_t position = Capacity;
-    bool hasPieces = false;
+    std::array<char16_t, Capacity + 1> m_units = {};
+    std::size_t m_position = Capacity;
+    bool m_hasPieces = false;
 };
 
 // The 8 name bytes without trailing blanks, lower case, "!" for the mark of a deleted entry; never the extension.

@@ -15,22 +15,22 @@ void FatFolderDepth::Open(SectorSource& folderSource,
                           const FatGeometry& volume,
                           std::uint64_t partitionStart)
 {
-    source = &folderSource;
-    geometry = volume;
-    startLba = partitionStart;
-    depths.clear();
+    m_source = &folderSource;
+    m_geometry = volume;
+    m_startLba = partitionStart;
+    m_depths.clear();
 }
 
 FolderStep FatFolderDepth::StepFrom(std::uint32_t cluster)
 {
     std::array<std::uint8_t, FolderHeadBytes> head = {};
     std::int32_t sectorsRead = 0;
-    const ResultCode result = source->ReadSectors(
-        head.data(), FolderHeadBytes / geometry.sectorSize,
-        startLba + geometry.SectorOfFolder(cluster), geometry.sectorSize, &sectorsRead);
+    const ResultCode result = m_source->ReadSectors(
+        head.data(), FolderHeadBytes / m_geometry.sectorSize,
+        m_startLba + m_geometry.SectorOfFolder(cluster), m_geometry.sectorSize, &sectorsRead);
     const ByteView view(head);
     const bool isRoot =
-        view.U8(EntryAttributes) == AttributeVolumeLabel || cluster == geometry.rootCluster;
+        view.U8(EntryAttributes) == AttributeVolumeLabel || cluster == m_geometry.rootCluster;
     FolderStep step;
     step.isLevel = result == ResultSuccess && !isRoot && view.U8(0) == '.' &&
                    view.Matches(DirEntryBytes, "..");
@@ -41,6 +41,6 @@ FolderStep FatFolderDepth::StepFrom(std::uint32_t cluster)
 
 std::uint32_t FatFolderDepth::DepthOf(std::uint32_t cluster)
 {
-    return CountLevels(cluster, depths,
+    return CountLevels(cluster, m_depths,
                        [this](std::uint32_t current) { return StepFrom(current); });
 }

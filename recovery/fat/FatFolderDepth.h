@@ -21,8 +21,8 @@ private:
     // What a folder's first sectors say of the way up.
     FolderStep StepFrom(std::uint32_t cluster);
 
-    SectorSource* source = nullptr;
-    FatGeometry geometry;
-    std::uint64_t startLba = 0;
-    KnownDepths depths;
+    SectorSource* m_source = nullptr;
+    FatGeometry m_geometry;
+    std::uint64_t m_startLba = 0;
+    KnownDepths m_depths;
 };

@@ -13,59 +13,59 @@ constexpr std::uint32_t Low28Bits = 0x0FFFFFFF;
 
 void FatTable::Open(SectorSource& fatSource, const FatGeometry& geometry, std::uint64_t fatStartLba)
 {
-    source = &fatSource;
-    startLba = fatStartLba;
-    sectorSize = static_cast<std::uint32_t>(geometry.sectorSize);
-    isFat32 = geometry.isFat32;
-    windowStart = 0;
-    isFirstWindow = true;
-    firstWindow.clear();
-    pages.assign(CachedPages, Page());
-    const std::uint64_t sectors = WindowBytes / sectorSize;
-    if (startLba > source->totalSectors || sectors > source->totalSectors - startLba) {
+    m_source = &fatSource;
+    m_startLba = fatStartLba;
+    m_sectorSize = static_cast<std::uint32_t>(geometry.sectorSize);
+    m_isFat32 = geometry.isFat32;
+    m_windowStart = 0;
+    m_isFirstWindow = true;
+    m_firstWindow.clear();
+    m_pages.assign(CachedPages, Page());
+    const std::uint64_t sectors = WindowBytes / m_sectorSize;
+    if (m_startLba > m_source->totalSectors || sectors > m_source->totalSectors - m_startLba) {
         return;  // nothing comes, and an empty window reads as zeros
     }
-    firstWindow.assign(WindowBytes, 0);
+    m_firstWindow.assign(WindowBytes, 0);
     std::int32_t sectorsRead = 0;
-    (void)source->ReadSectors(firstWindow.data(),
-                              static_cast<std::int32_t>(WindowBytes / sectorSize), startLba,
-                              geometry.sectorSize,
-                              &sectorsRead);  // what did not come stays zero
+    (void)m_source->ReadSectors(m_firstWindow.data(),
+                                static_cast<std::int32_t>(WindowBytes / m_sectorSize), m_startLba,
+                                geometry.sectorSize,
+                                &sectorsRead);  // what did not come stays zero
 }
 
 bool FatTable::InWindow(std::uint32_t offset) const
 {
-    return offset >= windowStart && offset - windowStart < WindowBytes;
+    return offset >= m_windowStart && offset - m_windowStart < WindowBytes;
 }
 
 bool FatTable::IsEndMark(std::uint32_t entry) const
 {
-    return isFat32 ? (entry & Low28Bits) >= EndMark28 : (entry & 0xFFFF) >= EndMark16;
+    return m_isFat32 ? (entry & Low28Bits) >= EndMark28 : (entry & 0xFFFF) >= EndMark16;
 }
 
 // The window moves as a whole or not at all, so it has to lie in the source as a whole. Its bytes are read when they
 // are asked for.
 ResultCode FatTable::MoveWindow(std::uint32_t offset)
 {
-    const std::uint64_t firstSector = offset / sectorSize;
-    const std::uint64_t sectors = WindowBytes / sectorSize;
-    const std::uint64_t lba = startLba + firstSector;
-    if (lba > source->totalSectors || sectors > source->totalSectors - lba) {
+    const std::uint64_t firstSector = offset / m_sectorSize;
+    const std::uint64_t sectors = WindowBytes / m_sectorSize;
+    const std::uint64_t lba = m_startLba + firstSector;
+    if (lba > m_source->totalSectors || sectors > m_source->totalSectors - lba) {
         return ResultInvalidParameter;
     }
     // Sectors are compared as the volume counts them; those of an image may be smaller.
-    if ((lba + sectors) > source->totalBytes / sectorSize) {
+    if ((lba + sectors) > m_source->totalBytes / m_sectorSize) {
         return ResultReadFault;
     }
-    const std::uint64_t oldStart = windowStart;
-    const bool wasFirst = isFirstWindow;
-    windowStart = firstSector * sectorSize;
-    isFirstWindow = false;
+    const std::uint64_t oldStart = m_windowStart;
+    const bool wasFirst = m_isFirstWindow;
+    m_windowStart = firstSector * m_sectorSize;
+    m_isFirstWindow = false;
     const Page* page = nullptr;
     const ResultCode result = LoadPage(offset, &page);
     if (result != ResultSuccess) {
-        windowStart = oldStart;
-        isFirstWindow = wasFirst;
+        m_windowStart = oldStart;
+        m_isFirstWindow = wasFirst;
     }
     return result;
 }
@@ -73,27 +73,28 @@ ResultCode FatTable::MoveWindow(std::uint32_t offset)
 ResultCode FatTable::LoadPage(std::uint32_t offset, const Page** outPage)
 {
     // A whole number of sectors, so that a page begins at one.
-    const std::uint32_t pageSectors = std::max(1u, PageBytes / sectorSize);
-    const std::uint64_t pageBytes = std::uint64_t{pageSectors} * sectorSize;
+    const std::uint32_t pageSectors = std::max(1u, PageBytes / m_sectorSize);
+    const std::uint64_t pageBytes = std::uint64_t{pageSectors} * m_sectorSize;
     const std::uint64_t number = offset / pageBytes;
-    Page& page = pages[number % pages.size()];
+    Page& page = m_pages[number % m_pages.size()];
     *outPage = &page;
     if (page.position == number * pageBytes) {
         return ResultSuccess;
     }
-    const std::uint64_t lba = startLba + number * pageSectors;
-    const std::uint64_t present = std::min<std::uint64_t>(source->totalSectors - lba, pageSectors);
+    const std::uint64_t lba = m_startLba + number * pageSectors;
+    const std::uint64_t present =
+        std::min<std::uint64_t>(m_source->totalSectors - lba, pageSectors);
     page.position = UINT64_MAX;
-    page.bytes.assign(present * sectorSize, 0);
+    page.bytes.assign(present * m_sectorSize, 0);
     std::int32_t sectorsRead = 0;
     const ResultCode result =
-        source->ReadSectors(page.bytes.data(), static_cast<std::int32_t>(present), lba,
-                            static_cast<std::int32_t>(sectorSize), &sectorsRead);
-    const std::uint64_t wanted = (offset - number * pageBytes) / sectorSize;
+        m_source->ReadSectors(page.bytes.data(), static_cast<std::int32_t>(present), lba,
+                              static_cast<std::int32_t>(m_sectorSize), &sectorsRead);
+    const std::uint64_t wanted = (offset - number * pageBytes) / m_sectorSize;
     if (wanted >= static_cast<std::uint64_t>(sectorsRead)) {
         return result != ResultSuccess ? result : ResultReadFault;
     }
-    page.bytes.resize(static_cast<std::size_t>(sectorsRead) * sectorSize);
+    page.bytes.resize(static_cast<std::size_t>(sectorsRead) * m_sectorSize);
     page.position = number * pageBytes;
     return ResultSuccess;
 }
@@ -105,13 +106,13 @@ ResultCode FatTable::BytesAt(std::uint32_t offset, ByteView* outBytes)
             return result;
         }
     }
-    if (isFirstWindow) {
-        *outBytes = ByteView(firstWindow).Sub(offset);
+    if (m_isFirstWindow) {
+        *outBytes = ByteView(m_firstWindow).Sub(offset);
         return ResultSuccess;
     }
     // Sectors that do not fit the window whole are not read into it.
     const std::uint64_t readable =
-        windowStart + std::uint64_t{WindowBytes / sectorSize} * sectorSize;
+        m_windowStart + std::uint64_t{WindowBytes / m_sectorSize} * m_sectorSize;
     if (offset >= readable) {
         *outBytes = {};
         return ResultSuccess;
@@ -126,7 +127,7 @@ ResultCode FatTable::BytesAt(std::uint32_t offset, ByteView* outBytes)
 
 std::uint32_t FatTable::EntryIn(ByteView bytes, std::size_t offset) const
 {
-    if (isFat32) {
+    if (m_isFat32) {
         return bytes.U32(offset);
     }
     return static_cast<std::uint32_t>(std::int32_t{static_cast<std::int16_t>(bytes.U16(offset))});
@@ -157,7 +158,7 @@ std::uint32_t FatTable::NextCluster(std::uint32_t cluster)
     if (IsEndMark(entry)) {
         return 0;
     }
-    return isFat32 ? entry : entry & 0xFFFF;
+    return m_isFat32 ? entry : entry & 0xFFFF;
 }
 
 void FatTable::ForEachUsedEntry(
@@ -177,7 +178,7 @@ void FatTable::ForEachUsedEntry(
             cluster = (cluster / round + 1) * round;
             continue;
         }
-        const std::uint64_t inSector = (sectorSize - offset % sectorSize) / step;
+        const std::uint64_t inSector = (m_sectorSize - offset % m_sectorSize) / step;
         const std::uint64_t served =
             result == ResultSuccess && !bytes.Empty() ? bytes.Size() / step : inSector;
         const std::uint64_t count = std::min({served, limit - cluster, round - cluster % round});

@@ -27,7 +27,7 @@ public:
     std::uint32_t NextCluster(std::uint32_t cluster);
 
     bool IsEndMark(std::uint32_t entry) const;
-    std::uint32_t EntryBytes() const { return isFat32 ? 4 : 2; }
+    std::uint32_t EntryBytes() const { return m_isFat32 ? 4 : 2; }
 
     // Calls visit(cluster, entry) for the non-zero entries of clusters from first to below limit that can be read,
     // in order, until it returns false. Same entries as ReadFatEntry gives one by one, but in time of what is there.
@@ -54,12 +54,12 @@ private:
     [[nodiscard]] ResultCode BytesAt(std::uint32_t offset, ByteView* outBytes);
     std::uint32_t EntryIn(ByteView bytes, std::size_t offset) const;
 
-    SectorSource* source = nullptr;
-    std::uint64_t startLba = 0;
-    std::uint32_t sectorSize = 512;
-    bool isFat32 = true;
-    std::uint64_t windowStart = 0;  // bytes from the FAT's start
-    bool isFirstWindow = true;      // firstWindow holds it; later ones are read page by page
-    std::vector<std::uint8_t> firstWindow;
-    std::vector<Page> pages;
+    SectorSource* m_source = nullptr;
+    std::uint64_t m_startLba = 0;
+    std::uint32_t m_sectorSize = 512;
+    bool m_isFat32 = true;
+    std::uint64_t m_windowStart = 0;  // bytes from the FAT's start
+    bool m_isFirstWindow = true;      // firstWindow holds it; later ones are read page by page
+    std::vector<std::uint8_t> m_firstWindow;
+    std::vector<Page> m_pages;
 };

@@ -31,36 +31,36 @@ std::uint64_t ClusterSector(const FatVolume& volume, std::uint32_t cluster)
 
 void FatVolumeList::Clear(std::uint64_t targetStart)
 {
-    volumes.clear();
-    base = targetStart;
+    m_volumes.clear();
+    m_base = targetStart;
     for (std::size_t size = 0; size < SizeCount; ++size) {
-        byStart[size].clear();
-        byResidue[size].clear();
+        m_byStart[size].clear();
+        m_byResidue[size].clear();
     }
-    inferredByStart.clear();
+    m_inferredByStart.clear();
 }
 
 void FatVolumeList::AppendBootVolume(const FatVolume& volume)
 {
-    volumes.push_back(volume);
-    Index(volumes.size() - 1);
+    m_volumes.push_back(volume);
+    Index(m_volumes.size() - 1);
 }
 
 void FatVolumeList::Append(const FatVolume& volume)
 {
-    volumes.push_back(volume);
-    Index(volumes.size() - 1);
-    inferredByStart.try_emplace(volume.DataStart, volumes.size() - 1);
+    m_volumes.push_back(volume);
+    Index(m_volumes.size() - 1);
+    m_inferredByStart.try_emplace(volume.DataStart, m_volumes.size() - 1);
 }
 
 void FatVolumeList::Index(std::size_t index)
 {
-    const FatVolume& volume = volumes[index];
+    const FatVolume& volume = m_volumes[index];
     const std::size_t size = SizeIndex(volume.SectorsPerCluster);
-    if (size == SizeCount || !byStart[size].try_emplace(volume.DataStart, index).second) {
+    if (size == SizeCount || !m_byStart[size].try_emplace(volume.DataStart, index).second) {
         return;
     }
-    auto& starts = byResidue[size][volume.DataStart % volume.SectorsPerCluster];
+    auto& starts = m_byResidue[size][volume.DataStart % volume.SectorsPerCluster];
     if (starts.empty() || volume.DataStart < starts.begin()->first) {
         starts.emplace(volume.DataStart, index);
     }
@@ -68,15 +68,15 @@ void FatVolumeList::Index(std::size_t index)
 
 std::optional<std::size_t> FatVolumeList::FindExact(std::size_t size, std::uint32_t dataStart) const
 {
-    const auto found = byStart[size].find(dataStart);
-    return found != byStart[size].end() ? std::optional(found->second) : std::nullopt;
+    const auto found = m_byStart[size].find(dataStart);
+    return found != m_byStart[size].end() ? std::optional(found->second) : std::nullopt;
 }
 
 std::optional<std::size_t> FatVolumeList::FindByCluster(std::uint64_t lba,
                                                         std::uint32_t cluster) const
 {
     // For each cluster size there is one data start that puts the cluster there.
-    const std::uint64_t offset = cluster != 0 ? lba - base : lba - base + FixedRootSectors;
+    const std::uint64_t offset = cluster != 0 ? lba - m_base : lba - m_base + FixedRootSectors;
     if (offset > UINT32_MAX) {
         return std::nullopt;
     }
@@ -96,7 +96,7 @@ const FatVolume* FatVolumeList::FindHolding(std::uint64_t lba, std::uint32_t clu
         // Volumes in which the cluster begins that many sectors in front of lba, and is long enough.
         const std::uint64_t sector = lba - back;
         const std::uint64_t offset =
-            cluster != 0 ? sector - base : sector - base + FixedRootSectors;
+            cluster != 0 ? sector - m_base : sector - m_base + FixedRootSectors;
         if (offset > UINT32_MAX) {
             continue;
         }
@@ -109,18 +109,18 @@ const FatVolume* FatVolumeList::FindHolding(std::uint64_t lba, std::uint32_t clu
             }
         }
     }
-    return first != NoIndex ? &volumes[first] : nullptr;
+    return first != NoIndex ? &m_volumes[first] : nullptr;
 }
 
 const FatVolume* FatVolumeList::FindAligned(std::uint64_t lba, std::uint32_t* outCluster) const
 {
-    const std::uint64_t offset = lba - base;
+    const std::uint64_t offset = lba - m_base;
     std::size_t first = NoIndex;
     for (std::size_t size = 0; size < SizeCount; ++size) {
         const std::uint32_t sectorsPerCluster = LegalClusterSizes[size];
         const auto bucket =
-            byResidue[size].find(static_cast<std::uint32_t>(offset % sectorsPerCluster));
-        if (bucket != byResidue[size].end()) {
+            m_byResidue[size].find(static_cast<std::uint32_t>(offset % sectorsPerCluster));
+        if (bucket != m_byResidue[size].end()) {
             const auto limit =
                 static_cast<std::uint32_t>(std::min<std::uint64_t>(offset, UINT32_MAX));
             const auto behind = bucket->second.upper_bound(limit);
@@ -137,7 +137,7 @@ const FatVolume* FatVolumeList::FindAligned(std::uint64_t lba, std::uint32_t* ou
     if (first == NoIndex) {
         return nullptr;
     }
-    const FatVolume& volume = volumes[first];
+    const FatVolume& volume = m_volumes[first];
     const auto distance = static_cast<std::int64_t>(offset - volume.DataStart);
     *outCluster = static_cast<std::uint32_t>(distance / std::int64_t{volume.SectorsPerCluster} + 2);
     return &volume;
@@ -145,15 +145,15 @@ const FatVolume* FatVolumeList::FindAligned(std::uint64_t lba, std::uint32_t* ou
 
 const FatVolume* FatVolumeList::FindNearest(std::uint64_t lba) const
 {
-    if (volumes.size() <= 1) {
-        return volumes.empty() ? nullptr : &volumes.front();
+    if (m_volumes.size() <= 1) {
+        return m_volumes.empty() ? nullptr : &m_volumes.front();
     }
-    if (lba >= base) {
-        const std::uint64_t offset = std::min<std::uint64_t>(lba - base, UINT32_MAX);
-        const auto behind = inferredByStart.upper_bound(static_cast<std::uint32_t>(offset));
-        if (behind != inferredByStart.begin()) {
-            return &volumes[std::prev(behind)->second];
+    if (lba >= m_base) {
+        const std::uint64_t offset = std::min<std::uint64_t>(lba - m_base, UINT32_MAX);
+        const auto behind = m_inferredByStart.upper_bound(static_cast<std::uint32_t>(offset));
+        if (behind != m_inferredByStart.begin()) {
+            return &m_volumes[std::prev(behind)->second];
         }
     }
-    return &volumes.front();
+    return &m_volumes.front();
 }

@@ -34,9 +34,9 @@ public:
     void AppendBootVolume(const FatVolume& volume);
     void Append(const FatVolume& volume);
 
-    bool Empty() const { return volumes.empty(); }
-    std::size_t Count() const { return volumes.size(); }
-    const FatVolume& At(std::size_t index) const { return volumes[index]; }
+    bool Empty() const { return m_volumes.empty(); }
+    std::size_t Count() const { return m_volumes.size(); }
+    const FatVolume& At(std::size_t index) const { return m_volumes[index]; }
 
     // The index of the first volume in which the cluster lies exactly at lba.
     std::optional<std::size_t> FindByCluster(std::uint64_t lba, std::uint32_t cluster) const;
@@ -53,12 +53,12 @@ private:
     std::optional<std::size_t> FindExact(std::size_t size, std::uint32_t dataStart) const;
     void Index(std::size_t index);
 
-    std::vector<FatVolume> volumes;
-    std::uint64_t base = 0;
+    std::vector<FatVolume> m_volumes;
+    std::uint64_t m_base = 0;
     // By cluster size: DataStart to the first volume with it.
-    std::unordered_map<std::uint32_t, std::size_t> byStart[SizeCount];
+    std::unordered_map<std::uint32_t, std::size_t> m_byStart[SizeCount];
     // By cluster size and DataStart modulo it: DataStart to volume, only those that no earlier one with a lower start
     // makes unreachable. The later the volume, the lower its start.
-    std::unordered_map<std::uint32_t, std::map<std::uint32_t, std::size_t>> byResidue[SizeCount];
-    std::map<std::uint32_t, std::size_t> inferredByStart;  // without the boot volume
+    std::unordered_map<std::uint32_t, std::map<std::uint32_t, std::size_t>> m_byResidue[SizeCount];
+    std::map<std::uint32_t, std::size_t> m_inferredByStart;  // without the boot volume
 };

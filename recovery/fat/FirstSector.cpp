@@ -62,7 +62,7 @@ std::uint32_t HighWordSearch::OfFile(const SectorReader& reader,
     }
     extension = LowerAscii(extension);
     const auto [known, isNew] =
-        answers[volumeTag].try_emplace(std::to_string(lowWord) + '.' + extension);
+        m_answers[volumeTag].try_emplace(std::to_string(lowWord) + '.' + extension);
     Answer& answer = known->second;
     if (!isNew) {
         if (answer.judgedHeads) {
@@ -83,7 +83,7 @@ std::uint32_t HighWordSearch::OfFolder(const SectorReader& reader,
                                        std::uint16_t lowWord,
                                        const ClusterSectorFunction& sectorOf)
 {
-    const auto [known, isNew] = answers[volumeTag].try_emplace(std::to_string(lowWord) + '/');
+    const auto [known, isNew] = m_answers[volumeTag].try_emplace(std::to_string(lowWord) + '/');
     if (isNew) {
         known->second.high =
             FindHighWord(reader, lowWord, sectorOf, [](ByteView sector, std::uint64_t /*lba*/) {

@@ -35,7 +35,7 @@ bool HeadFitsName(const SectorReader& reader, std::string_view name, std::uint64
 class HighWordSearch
 {
 public:
-    void Clear() { answers.clear(); }
+    void Clear() { m_answers.clear(); }
     // volumeTag tells apart the volumes that sectorOf stands for.
     std::uint32_t OfFile(const SectorReader& reader,
                          std::uint64_t volumeTag,
@@ -55,5 +55,5 @@ private:
     };
 
     // By volume, and by low word in front of the extension; "/" stands for folders.
-    std::unordered_map<std::uint64_t, std::unordered_map<std::string, Answer>> answers;
+    std::unordered_map<std::uint64_t, std::unordered_map<std::string, Answer>> m_answers;
 };

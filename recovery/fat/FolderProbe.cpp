@@ -15,27 +15,27 @@ void FolderProbe::Open(SectorSource& folderSource,
                        std::int32_t bytesPerSector,
                        std::uint64_t endLba)
 {
-    source = &folderSource;
-    sectorSize = bytesPerSector;
-    targetEnd = endLba;
+    m_source = &folderSource;
+    m_sectorSize = bytesPerSector;
+    m_targetEnd = endLba;
 }
 
 void FolderProbe::Clear(std::uint32_t rootCluster)
 {
-    root = rootCluster;
-    heads.clear();
-    depths.clear();
+    m_root = rootCluster;
+    m_heads.clear();
+    m_depths.clear();
 }
 
 const FolderProbe::Head& FolderProbe::HeadAt(std::uint64_t lba)
 {
-    const auto [known, isNew] = heads.try_emplace(lba);
+    const auto [known, isNew] = m_heads.try_emplace(lba);
     Head& head = known->second;
     if (isNew) {
         std::array<std::uint8_t, HeadBytes> bytes = {};
         std::int32_t sectorsRead = 0;
-        head.result = source->ReadSectors(bytes.data(), HeadBytes / sectorSize, lba, sectorSize,
-                                          &sectorsRead);
+        head.result = m_source->ReadSectors(bytes.data(), HeadBytes / m_sectorSize, lba,
+                                            m_sectorSize, &sectorsRead);
         const ByteView view(bytes);
         head.isLabel = view.U8(EntryAttributes) == AttributeVolumeLabel;
         head.hasDots = view.U8(0) == '.' && view.Matches(DirEntryBytes, "..");
@@ -49,7 +49,7 @@ ResultCode FolderProbe::FindParentCluster(const FatVolume& volume,
                                           std::uint32_t* outParent)
 {
     const std::uint64_t lba = ClusterSector(volume, cluster);
-    if (!volume.IsKnown() || cluster == 0 || lba > targetEnd) {
+    if (!volume.IsKnown() || cluster == 0 || lba > m_targetEnd) {
         return ResultInvalidParameter;
     }
     const Head& head = HeadAt(lba);
@@ -57,7 +57,7 @@ ResultCode FolderProbe::FindParentCluster(const FatVolume& volume,
         return head.result;
     }
     const bool tells = !head.isLabel && head.hasDots && head.parent != 0;
-    *outParent = tells ? head.parent : root;
+    *outParent = tells ? head.parent : m_root;
     return ResultSuccess;
 }
 
@@ -66,11 +66,11 @@ std::uint32_t FolderProbe::CountDepth(const FatVolume& volume, std::uint32_t clu
     if (!volume.IsKnown() || cluster == 0) {
         return 0;
     }
-    KnownDepths& known = depths[std::uint64_t{volume.SectorsPerCluster} << 32 | volume.DataStart];
+    KnownDepths& known = m_depths[std::uint64_t{volume.SectorsPerCluster} << 32 | volume.DataStart];
     return CountLevels(cluster, known, [&](std::uint32_t current) {
         const Head& head = HeadAt(ClusterSector(volume, current));
         FolderStep step;
-        step.isLevel = head.result == ResultSuccess && !head.isLabel && current != root;
+        step.isLevel = head.result == ResultSuccess && !head.isLabel && current != m_root;
         step.hasParent = head.hasDots && head.parent != 0;
         step.parent = head.parent;
         return step;

@@ -35,11 +35,11 @@ private:
 
     const Head& HeadAt(std::uint64_t lba);
 
-    SectorSource* source = nullptr;
-    std::int32_t sectorSize = 512;
-    std::uint64_t targetEnd = 0;
-    std::uint32_t root = 2;
-    std::unordered_map<std::uint64_t, Head> heads;
+    SectorSource* m_source = nullptr;
+    std::int32_t m_sectorSize = 512;
+    std::uint64_t m_targetEnd = 0;
+    std::uint32_t m_root = 2;
+    std::unordered_map<std::uint64_t, Head> m_heads;
     // By cluster size and data start of the volume.
-    std::unordered_map<std::uint64_t, KnownDepths> depths;
+    std::unordered_map<std::uint64_t, KnownDepths> m_depths;
 };

@@ -12,25 +12,25 @@ constexpr std::uint64_t LargestClusterSectors = 128;
 
 void NameCarryList::Clear()
 {
-    carries.clear();
-    byChecksum.clear();
-    byLba.clear();
+    m_carries.clear();
+    m_byChecksum.clear();
+    m_byLba.clear();
 }
 
 void NameCarryList::Add(NameCarry carry)
 {
-    const std::uint64_t number = nextNumber++;
-    byChecksum[carry.Checksum].insert(number);
+    const std::uint64_t number = m_nextNumber++;
+    m_byChecksum[carry.Checksum].insert(number);
     if (carry.SectorsPerCluster != 0) {
-        byLba.emplace(carry.Lba, number);
+        m_byLba.emplace(carry.Lba, number);
     }
-    carries.emplace(number, std::move(carry));
+    m_carries.emplace(number, std::move(carry));
 }
 
 std::optional<std::uint64_t> NameCarryList::FindByChecksum(std::uint8_t checksum) const
 {
-    const auto found = byChecksum.find(checksum);
-    return found != byChecksum.end() && !found->second.empty()
+    const auto found = m_byChecksum.find(checksum);
+    return found != m_byChecksum.end() && !found->second.empty()
                ? std::optional(*found->second.begin())
                : std::nullopt;
 }
@@ -40,8 +40,9 @@ std::optional<std::uint64_t> NameCarryList::FindByDistance(std::uint64_t lba) co
 {
     std::optional<std::uint64_t> first;
     const std::uint64_t lowest = lba >= LargestClusterSectors ? lba - LargestClusterSectors : 0;
-    for (auto at = byLba.lower_bound({lowest, 0}); at != byLba.end() && at->first <= lba; ++at) {
-        const bool isNear = lba - at->first < carries.at(at->second).SectorsPerCluster;
+    for (auto at = m_byLba.lower_bound({lowest, 0}); at != m_byLba.end() && at->first <= lba;
+         ++at) {
+        const bool isNear = lba - at->first < m_carries.at(at->second).SectorsPerCluster;
         if (isNear && (!first || at->second < *first)) {
             first = at->second;
         }
@@ -62,9 +63,9 @@ std::optional<NameCarry> NameCarryList::Take(ByteView sector, std::uint64_t lba)
     if (!number) {
         return std::nullopt;
     }
-    auto node = carries.extract(*number);
+    auto node = m_carries.extract(*number);
     NameCarry carry = std::move(node.mapped());
-    byChecksum[carry.Checksum].erase(*number);
-    byLba.erase({carry.Lba, *number});
+    m_byChecksum[carry.Checksum].erase(*number);
+    m_byLba.erase({carry.Lba, *number});
     return carry;
 }

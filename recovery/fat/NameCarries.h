@@ -35,8 +35,9 @@ private:
     std::optional<std::uint64_t> FindByChecksum(std::uint8_t checksum) const;
     std::optional<std::uint64_t> FindByDistance(std::uint64_t lba) const;
 
-    std::map<std::uint64_t, NameCarry> carries;  // by number of arrival
-    std::uint64_t nextNumber = 0;
-    std::map<std::uint8_t, std::set<std::uint64_t>> byChecksum;
-    std::set<std::pair<std::uint64_t, std::uint64_t>> byLba;  // Lba and number; those with a volume
+    std::map<std::uint64_t, NameCarry> m_carries;  // by number of arrival
+    std::uint64_t m_nextNumber = 0;
+    std::map<std::uint8_t, std::set<std::uint64_t>> m_byChecksum;
+    std::set<std::pair<std::uint64_t, std::uint64_t>>
+        m_byLba;  // Lba and number; those with a volume
 };

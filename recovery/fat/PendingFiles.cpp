@@ -18,23 +18,23 @@ std::uint64_t PlaceKey(const FileRecord& record, std::uint32_t sectorsPerCluster
 
 void PendingFileList::Clear()
 {
-    files.clear();
-    triedFiles = 0;
-    triedVolumes = 0;
-    for (auto& index : byPlace) {
+    m_files.clear();
+    m_triedFiles = 0;
+    m_triedVolumes = 0;
+    for (auto& index : m_byPlace) {
         index.clear();
     }
 }
 
 void PendingFileList::Add(const FileRecord& record)
 {
-    files.push_back({false, record});
+    m_files.push_back({false, record});
 }
 
 void PendingFileList::MatchNewFiles(const FatVolumeList& volumes, std::vector<Match>& outMatches)
 {
-    for (std::size_t i = triedFiles; i < files.size(); ++i) {
-        const FileRecord& record = files[i].Record;
+    for (std::size_t i = m_triedFiles; i < m_files.size(); ++i) {
+        const FileRecord& record = m_files[i].Record;
         if (const auto volume = volumes.FindByCluster(record.EntrySector, record.RecordNumber)) {
             outMatches.push_back({*volume, i});
         }
@@ -44,7 +44,7 @@ void PendingFileList::MatchNewFiles(const FatVolumeList& volumes, std::vector<Ma
 void PendingFileList::MatchNewVolumes(const FatVolumeList& volumes,
                                       std::vector<Match>& outMatches) const
 {
-    for (std::size_t i = triedVolumes; i < volumes.Count(); ++i) {
+    for (std::size_t i = m_triedVolumes; i < volumes.Count(); ++i) {
         MatchVolume(volumes.At(i), i, outMatches);
     }
 }
@@ -58,7 +58,7 @@ void PendingFileList::MatchVolume(const FatVolume& volume,
     if (size == std::end(LegalClusterSizes)) {
         return;
     }
-    const auto& places = byPlace[size - std::begin(LegalClusterSizes)];
+    const auto& places = m_byPlace[size - std::begin(LegalClusterSizes)];
     // Sums are taken in 32 bits, so the key of a file can lie 2^32 below.
     for (const std::uint64_t carry : {std::uint64_t{0}, std::uint64_t{1} << 32}) {
         const auto found = places.find(volume.Base + volume.DataStart - carry);
@@ -66,8 +66,8 @@ void PendingFileList::MatchVolume(const FatVolume& volume,
             continue;
         }
         for (const std::size_t file : found->second) {
-            const FileRecord& record = files[file].Record;
-            if (!files[file].Done &&
+            const FileRecord& record = m_files[file].Record;
+            if (!m_files[file].Done &&
                 ClusterSector(volume, record.RecordNumber) == record.EntrySector) {
                 outMatches.push_back({number, file});
             }
@@ -77,7 +77,7 @@ void PendingFileList::MatchVolume(const FatVolume& volume,
 
 void PendingFileList::PlaceExact(const FatVolumeList& volumes, const PlaceFunction& place)
 {
-    if (files.empty() || volumes.Empty()) {
+    if (m_files.empty() || volumes.Empty()) {
         return;
     }
     std::vector<Match> matches;
@@ -85,29 +85,29 @@ void PendingFileList::PlaceExact(const FatVolumeList& volumes, const PlaceFuncti
     MatchNewFiles(volumes, matches);
     std::sort(matches.begin(), matches.end());
     for (const Match& match : matches) {
-        PendingFile& file = files[match.file];
+        PendingFile& file = m_files[match.file];
         if (!file.Done) {
             place(file.Record, volumes.At(match.volume));
             file.Done = true;
         }
     }
-    for (; triedFiles < files.size(); ++triedFiles) {
-        if (files[triedFiles].Done) {
+    for (; m_triedFiles < m_files.size(); ++m_triedFiles) {
+        if (m_files[m_triedFiles].Done) {
             continue;
         }
         for (std::size_t size = 0; size < std::size(LegalClusterSizes); ++size) {
-            byPlace[size][PlaceKey(files[triedFiles].Record, LegalClusterSizes[size])].push_back(
-                triedFiles);
+            m_byPlace[size][PlaceKey(m_files[m_triedFiles].Record, LegalClusterSizes[size])]
+                .push_back(m_triedFiles);
         }
     }
-    triedVolumes = volumes.Count();
+    m_triedVolumes = volumes.Count();
 }
 
 void PendingFileList::PlaceRest(
     const std::function<const FatVolume*(std::uint64_t lba)>& findVolume,
     const PlaceFunction& place)
 {
-    for (PendingFile& file : files) {
+    for (PendingFile& file : m_files) {
         const FatVolume* volume = file.Done ? nullptr : findVolume(file.Record.EntrySector);
         if (volume != nullptr) {
             place(file.Record, *volume);

@@ -47,10 +47,10 @@ private:
     void
     MatchVolume(const FatVolume& volume, std::size_t number, std::vector<Match>& outMatches) const;
 
-    std::vector<PendingFile> files;
-    std::size_t triedFiles = 0;  // against all of the tried volumes
-    std::size_t triedVolumes = 0;
+    std::vector<PendingFile> m_files;
+    std::size_t m_triedFiles = 0;  // against all of the tried volumes
+    std::size_t m_triedVolumes = 0;
     // Tried files by the LBA of their entry and their folder's cluster.
     std::unordered_map<std::uint64_t, std::vector<std::size_t>>
-        byPlace[std::size(LegalClusterSizes)];
+        m_byPlace[std::size(LegalClusterSizes)];
 };

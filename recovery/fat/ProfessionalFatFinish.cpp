@@ -4,13 +4,13 @@
 void CProfessionalFatRecovery::StoreFile(const FileRecord& file, const FatVolume& volume)
 {
     const std::uint32_t parent = file.RecordNumber;
-    FileRecord& record = Store->ReserveRecord();
+    FileRecord& record = m_store->ReserveRecord();
     record = file;
-    record.RecordNumber = Store->GetRecordCount();
-    record.ClusterBytes = volume.SectorsPerCluster * static_cast<std::uint32_t>(BytesPerSector);
+    record.RecordNumber = m_store->GetRecordCount();
+    record.ClusterBytes = volume.SectorsPerCluster * static_cast<std::uint32_t>(m_bytesPerSector);
     record.DataStart = volume.DataStart;
     record.PartitionStart = volume.Base;
-    Store->LinkRecord(parent, probe.CountDepth(volume, parent), record.RecordNumber);
+    m_store->LinkRecord(parent, m_probe.CountDepth(volume, parent), record.RecordNumber);
     // Unlike a cluster's place, the sum here has 64 bits: cluster 1 lies out of reach.
     const std::uint64_t dataSector = volume.Base + volume.DataStart;
     const std::uint32_t offset = (record.NodeId - 2) * volume.SectorsPerCluster;
@@ -20,7 +20,7 @@ void CProfessionalFatRecovery::StoreFile(const FileRecord& file, const FatVolume
 
 void CProfessionalFatRecovery::PlacePendingFiles()
 {
-    PendingFiles.PlaceExact(Volumes, [this](const FileRecord& file, const FatVolume& volume) {
+    m_pendingFiles.PlaceExact(m_volumes, [this](const FileRecord& file, const FatVolume& volume) {
         StoreFile(file, volume);
     });
 }
@@ -29,14 +29,15 @@ void CProfessionalFatRecovery::PlacePendingFiles()
 void CProfessionalFatRecovery::RecordKnownFolder(const FolderNode& node)
 {
     const std::uint32_t parent = node.Record.RecordNumber;
-    FileRecord& record = Store->ReserveRecord();
+    FileRecord& record = m_store->ReserveRecord();
     record = node.Record;
-    record.RecordNumber = Store->GetRecordCount();
-    const FatVolume* volume =
-        node.Volume.IsKnown() ? &node.Volume : Volumes.FindHolding(node.Record.EntrySector, parent);
+    record.RecordNumber = m_store->GetRecordCount();
+    const FatVolume* volume = node.Volume.IsKnown()
+                                  ? &node.Volume
+                                  : m_volumes.FindHolding(node.Record.EntrySector, parent);
     if (volume != nullptr) {
-        Store->LinkFolder(parent, probe.CountDepth(*volume, parent), record.RecordNumber,
-                          record.NodeId, record.NameText());
+        m_store->LinkFolder(parent, m_probe.CountDepth(*volume, parent), record.RecordNumber,
+                            record.NodeId, record.NameText());
     }
 }
 
@@ -45,44 +46,44 @@ void CProfessionalFatRecovery::RecordLostFolder(std::uint32_t cluster, const Fol
 {
     const FatVolume* volume = reference.Volume.IsKnown()
                                   ? &reference.Volume
-                                  : Volumes.FindHolding(reference.Lba, cluster);
+                                  : m_volumes.FindHolding(reference.Lba, cluster);
     if (volume == nullptr) {
         return;
     }
-    std::uint32_t parent = RootCluster;
-    (void)probe.FindParentCluster(*volume, cluster, &parent);  // the root where it cannot be told
-    FileRecord& record = Store->ReserveRecord();
+    std::uint32_t parent = m_rootCluster;
+    (void)m_probe.FindParentCluster(*volume, cluster, &parent);  // the root where it cannot be told
+    FileRecord& record = m_store->ReserveRecord();
     record.HeadIntact = 1;
     record.IsFolder = 1;
     record.EngineKind = EngineKindProfessionalFat;
-    record.DriveLetter = DriveLetter;
+    record.DriveLetter = m_driveLetter;
     record.NodeId = cluster;
     record.ClusterBytes = NoClusterBytes;
-    record.RecordNumber = Store->GetRecordCount();
+    record.RecordNumber = m_store->GetRecordCount();
     record.SetName("LostFolder" + std::to_string(static_cast<std::int32_t>(cluster)));
-    Store->LinkFolder(parent, probe.CountDepth(*volume, parent), record.RecordNumber, cluster,
-                      record.NameText());
+    m_store->LinkFolder(parent, m_probe.CountDepth(*volume, parent), record.RecordNumber, cluster,
+                        record.NameText());
 }
 
 void CProfessionalFatRecovery::FinishAnalysis()
 {
     ResolveStoredSectors();
-    for (const auto& [cluster, reference] : ReferencedFolders) {
-        const auto known = Folders.find(cluster);
-        if (known != Folders.end()) {
+    for (const auto& [cluster, reference] : m_referencedFolders) {
+        const auto known = m_folders.find(cluster);
+        if (known != m_folders.end()) {
             RecordKnownFolder(known->second);
         } else {
             RecordLostFolder(cluster, reference);
         }
     }
-    ReferencedFolders.clear();
-    Folders.clear();
-    settled.clear();
-    settledClusters.clear();
+    m_referencedFolders.clear();
+    m_folders.clear();
+    m_settled.clear();
+    m_settledClusters.clear();
     PlacePendingFiles();
-    PendingFiles.PlaceRest(
-        [this](std::uint64_t lba) { return Volumes.FindNearest(lba); },
+    m_pendingFiles.PlaceRest(
+        [this](std::uint64_t lba) { return m_volumes.FindNearest(lba); },
         [this](const FileRecord& file, const FatVolume& volume) { StoreFile(file, volume); });
-    PendingFiles.Clear();
-    NameCarries.Clear();
+    m_pendingFiles.Clear();
+    m_nameCarries.Clear();
 }

@@ -23,11 +23,11 @@ std::vector<std::uint8_t> Joined(const std::vector<std::uint8_t>& front, ByteVie
 ResultCode CProfessionalFatRecovery::PrepareVolume()
 {
     OpenedSource opened;
-    ResultCode result = imagePath.empty() ? OpenDriveSource(DiskNumber, opened)
-                                          : OpenImageSource(imagePath, opened);
+    ResultCode result = m_imagePath.empty() ? OpenDriveSource(m_diskNumber, opened)
+                                            : OpenImageSource(m_imagePath, opened);
     std::array<std::uint8_t, BootBytes> bytes = {};
     if (result == ResultSuccess) {
-        const std::uint64_t position = StartLba * static_cast<std::uint64_t>(BytesPerSector);
+        const std::uint64_t position = m_startLba * static_cast<std::uint64_t>(m_bytesPerSector);
         result = ReadWhole(*opened.reader, position, bytes.data(), BootBytes);
     }
     if (result != ResultSuccess) {
@@ -36,9 +36,9 @@ ResultCode CProfessionalFatRecovery::PrepareVolume()
     FatGeometry geometry;
     const ByteView boot = ByteView(bytes).Sub(0, 512);
     if (IsFatBootSector(boot) && ReadFatGeometry(boot, geometry) == ResultSuccess) {
-        RootCluster = geometry.rootCluster;
-        probe.Clear(RootCluster);
-        Volumes.AppendBootVolume({geometry.sectorsPerCluster, geometry.dataStart, StartLba});
+        m_rootCluster = geometry.rootCluster;
+        m_probe.Clear(m_rootCluster);
+        m_volumes.AppendBootVolume({geometry.sectorsPerCluster, geometry.dataStart, m_startLba});
     }
     return ResultSuccess;
 }
@@ -46,18 +46,18 @@ ResultCode CProfessionalFatRecovery::PrepareVolume()
 void CProfessionalFatRecovery::AddDirectoryStart(ByteView sector, std::uint64_t lba)
 {
     DirectoryPlace place = {lba, FirstClusterOf(sector), {}};
-    auto known = Volumes.FindByCluster(lba, place.cluster);
+    auto known = m_volumes.FindByCluster(lba, place.cluster);
     if (!known) {
         const DirectorySample sample = {place.cluster, lba};
-        if (const auto derived = Samples.DeriveVolume(sample, StartLba)) {
-            Volumes.Append(*derived);
+        if (const auto derived = m_samples.DeriveVolume(sample, m_startLba)) {
+            m_volumes.Append(*derived);
         }
         // The new volume need not hold this directory: the pair that made it was sorted apart.
-        Samples.Append(sample);
-        known = Volumes.FindByCluster(lba, place.cluster);
+        m_samples.Append(sample);
+        known = m_volumes.FindByCluster(lba, place.cluster);
     }
     if (known) {
-        place.volume = Volumes.At(*known);
+        place.volume = m_volumes.At(*known);
         PlacePendingFiles();
     }
     ParseAt(sector, place);
@@ -68,9 +68,9 @@ void CProfessionalFatRecovery::ParseAt(ByteView buffer, const DirectoryPlace& pl
 {
     NameCarry carry = ParseDirectory(buffer, place);
     while (carry.Checksum != 0) {
-        const std::vector<std::uint8_t>* stored = StoredSectors.TakeContinuation(carry);
+        const std::vector<std::uint8_t>* stored = m_storedSectors.TakeContinuation(carry);
         if (stored == nullptr) {
-            NameCarries.Add(std::move(carry));
+            m_nameCarries.Add(std::move(carry));
             return;
         }
         const std::vector<std::uint8_t> joined = Joined(carry.Bytes, ByteView(*stored));
@@ -81,8 +81,8 @@ void CProfessionalFatRecovery::ParseAt(ByteView buffer, const DirectoryPlace& pl
 void CProfessionalFatRecovery::ParseWithContinuations(ByteView buffer, DirectoryPlace place)
 {
     if (!place.volume.IsKnown()) {
-        if (const auto found = Volumes.FindByCluster(place.lba, place.cluster)) {
-            place.volume = Volumes.At(*found);
+        if (const auto found = m_volumes.FindByCluster(place.lba, place.cluster)) {
+            place.volume = m_volumes.At(*found);
         }
     }
     ParseAt(buffer, place);
@@ -96,15 +96,15 @@ void CProfessionalFatRecovery::ParseCarried(const NameCarry& carry, ByteView sec
 
 void CProfessionalFatRecovery::AddDirectorySector(ByteView sector, std::uint64_t lba)
 {
-    if (const auto carry = NameCarries.Take(sector, lba)) {
+    if (const auto carry = m_nameCarries.Take(sector, lba)) {
         ParseCarried(*carry, sector);
         return;
     }
     // A further sector of the cluster that was placed last. The first of the next cluster counts too, and this stands
     // in front of exact alignment; it stays so.
-    if (LastPlaced.volume.IsKnown() &&
-        lba - LastPlaced.lba <= LastPlaced.volume.SectorsPerCluster) {
-        ParseWithContinuations(sector, LastPlaced);
+    if (m_lastPlaced.volume.IsKnown() &&
+        lba - m_lastPlaced.lba <= m_lastPlaced.volume.SectorsPerCluster) {
+        ParseWithContinuations(sector, m_lastPlaced);
         return;
     }
     PlaceSectorByAlignment(sector, lba);
@@ -114,46 +114,46 @@ void CProfessionalFatRecovery::AddDirectorySector(ByteView sector, std::uint64_t
 void CProfessionalFatRecovery::PlaceSectorByAlignment(ByteView sector, std::uint64_t lba)
 {
     std::uint32_t cluster = 0;
-    const FatVolume* volume = Volumes.FindAligned(lba, &cluster);
+    const FatVolume* volume = m_volumes.FindAligned(lba, &cluster);
     if (volume == nullptr) {
-        StoredSectors.Store(lba, sector);
+        m_storedSectors.Store(lba, sector);
         return;
     }
-    LastPlaced = {lba, cluster, *volume};
-    ParseWithContinuations(sector, LastPlaced);
+    m_lastPlaced = {lba, cluster, *volume};
+    ParseWithContinuations(sector, m_lastPlaced);
 }
 
 void CProfessionalFatRecovery::ResolveStoredSectors()
 {
-    LastResolved = {};
-    for (const auto& [lba, stored] : StoredSectors.Sectors()) {
+    m_lastResolved = {};
+    for (const auto& [lba, stored] : m_storedSectors.Sectors()) {
         if (stored.Used) {
             continue;
         }
         const ByteView sector(stored.Buffer);
-        if (const auto carry = NameCarries.Take(sector, lba)) {
+        if (const auto carry = m_nameCarries.Take(sector, lba)) {
             ParseCarried(*carry, sector);
         } else {
             ResolveByVolume(sector, lba);
         }
     }
-    StoredSectors.Clear();
+    m_storedSectors.Clear();
 }
 
 // Without any volume the sector is given up.
 void CProfessionalFatRecovery::ResolveByVolume(ByteView sector, std::uint64_t lba)
 {
     std::uint32_t cluster = 0;
-    if (const FatVolume* aligned = Volumes.FindAligned(lba, &cluster)) {
-        LastResolved = {lba, cluster, *aligned};
+    if (const FatVolume* aligned = m_volumes.FindAligned(lba, &cluster)) {
+        m_lastResolved = {lba, cluster, *aligned};
         ParseWithContinuations(sector, {lba, cluster, {}});
         return;
     }
-    if (LastResolved.volume.IsKnown()) {
-        ParseWithContinuations(sector, {lba, LastResolved.cluster, LastResolved.volume});
+    if (m_lastResolved.volume.IsKnown()) {
+        ParseWithContinuations(sector, {lba, m_lastResolved.cluster, m_lastResolved.volume});
         return;
     }
-    const FatVolume* nearest = Volumes.FindNearest(lba);
+    const FatVolume* nearest = m_volumes.FindNearest(lba);
     if (nearest == nullptr) {
         return;
     }

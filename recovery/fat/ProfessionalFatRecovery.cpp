@@ -8,21 +8,21 @@
 ResultCode CProfessionalFatRecovery::OpenImageFile(const std::filesystem::path& filePath,
                                                    char16_t letter)
 {
-    if (isOpen) {
+    if (m_isOpen) {
         return ResultSuccess;
     }
     OpenedSource opened;
     if (const ResultCode result = OpenImageSource(filePath, opened)) {
         return result;
     }
-    imagePath = filePath;
-    StartLba = 0;
-    SectorCount = opened.sizeBytes / static_cast<std::uint64_t>(BytesPerSector);
-    DriveLetter = letter;
-    isOpen = true;
-    LastResolved = {};
-    LastPlaced = {};
-    return Source.OpenImage(filePath);
+    m_imagePath = filePath;
+    m_startLba = 0;
+    m_sectorCount = opened.sizeBytes / static_cast<std::uint64_t>(m_bytesPerSector);
+    m_driveLetter = letter;
+    m_isOpen = true;
+    m_lastResolved = {};
+    m_lastPlaced = {};
+    return m_source.OpenImage(filePath);
 }
 
 ResultCode CProfessionalFatRecovery::OpenPartition(std::uint32_t diskNumber,
@@ -30,23 +30,23 @@ ResultCode CProfessionalFatRecovery::OpenPartition(std::uint32_t diskNumber,
                                                    std::uint64_t /*sectorCount*/,
                                                    char16_t letter)
 {
-    if (isOpen) {
+    if (m_isOpen) {
         return ResultSuccess;
     }
     OpenedSource opened;
     if (const ResultCode result = OpenDriveSource(diskNumber, opened)) {
         return result;
     }
-    DiskNumber = diskNumber;
-    StartLba = startLba;
-    DriveLetter = letter;
-    BytesPerSector = static_cast<std::int32_t>(opened.sectorSize);
+    m_diskNumber = diskNumber;
+    m_startLba = startLba;
+    m_driveLetter = letter;
+    m_bytesPerSector = static_cast<std::int32_t>(opened.sectorSize);
     // The whole disk's size by its geometry, not the target's, is what clusters are checked against.
-    SectorCount = GeometrySectors(opened.sizeBytes / opened.sectorSize);
-    isOpen = true;
-    LastResolved = {};
-    LastPlaced = {};
-    return Source.OpenDrive(diskNumber);
+    m_sectorCount = GeometrySectors(opened.sizeBytes / opened.sectorSize);
+    m_isOpen = true;
+    m_lastResolved = {};
+    m_lastPlaced = {};
+    return m_source.OpenDrive(diskNumber);
 }
 
 ResultCode CProfessionalFatRecovery::SetCallbacks(ProgressCallback /*scanCallback*/,
@@ -54,30 +54,30 @@ ResultCode CProfessionalFatRecovery::SetCallbacks(ProgressCallback /*scanCallbac
                                                   void* context,
                                                   std::int32_t /*progressRange*/)
 {
-    fileCallback = file;
-    callbackContext = context;
+    m_fileCallback = file;
+    m_callbackContext = context;
     return ResultSuccess;
 }
 
 ResultCode CProfessionalFatRecovery::OpenRecordStore(std::string_view logName)
 {
-    Volumes.Clear(StartLba);
-    Samples.Clear();
-    PendingFiles.Clear();
-    NameCarries.Clear();
-    StoredSectors.Clear();
-    Folders.clear();
-    ReferencedFolders.clear();
-    settled.clear();
-    settledClusters.clear();
-    highWords.Clear();
-    RootCluster = 2;
-    probe.Open(Source, BytesPerSector, StartLba + SectorCount);
-    probe.Clear(RootCluster);
-    Store = std::make_unique<ScanRecordStore>();
-    Store->SetSearchCallback(searchCallback, searchContext);
-    return Store->OpenStore(!logName.empty() ? std::string(logName)
-                                             : ScanRecordStore::MakeName("Pro_Fat_", StartLba));
+    m_volumes.Clear(m_startLba);
+    m_samples.Clear();
+    m_pendingFiles.Clear();
+    m_nameCarries.Clear();
+    m_storedSectors.Clear();
+    m_folders.clear();
+    m_referencedFolders.clear();
+    m_settled.clear();
+    m_settledClusters.clear();
+    m_highWords.Clear();
+    m_rootCluster = 2;
+    m_probe.Open(m_source, m_bytesPerSector, m_startLba + m_sectorCount);
+    m_probe.Clear(m_rootCluster);
+    m_store = std::make_unique<ScanRecordStore>();
+    m_store->SetSearchCallback(m_searchCallback, m_searchContext);
+    return m_store->OpenStore(!logName.empty() ? std::string(logName)
+                                               : ScanRecordStore::MakeName("Pro_Fat_", m_startLba));
 }
 
 ResultCode CProfessionalFatRecovery::Scan(const std::string* /*logName*/)
@@ -89,40 +89,40 @@ ResultCode CProfessionalFatRecovery::ListChildren(const FileRecord* parentRecord
                                                   std::uint32_t depth,
                                                   FileRecordList& outRecords)
 {
-    if (Store == nullptr) {
+    if (m_store == nullptr) {
         return ResultSuccess;
     }
     if (parentRecord == nullptr && depth != 0) {
         return ResultInvalidParameter;
     }
-    (void)Store->FlushStore();  // what could not be written is missing from the list
+    (void)m_store->FlushStore();  // what could not be written is missing from the list
     const std::uint32_t node = parentRecord != nullptr ? parentRecord->NodeId : 0;
-    return Store->ListChildren(ScanRecordStore::MakeKey(depth, node), outRecords);
+    return m_store->ListChildren(ScanRecordStore::MakeKey(depth, node), outRecords);
 }
 
 ResultCode CProfessionalFatRecovery::CountChildren(const FileRecord* parentRecord,
                                                    std::uint32_t depth,
                                                    std::uint32_t& outCount)
 {
-    if (Store == nullptr) {
+    if (m_store == nullptr) {
         return ResultSuccess;
     }
     if (parentRecord == nullptr && depth != 0) {
         return ResultInvalidParameter;
     }
-    (void)Store->FlushStore();  // as above
+    (void)m_store->FlushStore();  // as above
     const std::uint32_t node = parentRecord != nullptr ? parentRecord->NodeId : 0;
-    return Store->CountChildren(ScanRecordStore::MakeKey(depth, node), outCount);
+    return m_store->CountChildren(ScanRecordStore::MakeKey(depth, node), outCount);
 }
 
 std::uint64_t CProfessionalFatRecovery::GetRecordCount() const
 {
-    return Store != nullptr ? Store->GetRecordCount() : 0;
+    return m_store != nullptr ? m_store->GetRecordCount() : 0;
 }
 
 ResultCode CProfessionalFatRecovery::GetRecordPath(const FileRecord* record, std::string& outPath)
 {
-    return Store != nullptr ? Store->GetRecordPath(record, outPath) : ResultInvalidParameter;
+    return m_store != nullptr ? m_store->GetRecordPath(record, outPath) : ResultInvalidParameter;
 }
 
 ResultCode CProfessionalFatRecovery::RestoreRecord(const FileRecord* record,
@@ -132,10 +132,10 @@ ResultCode CProfessionalFatRecovery::RestoreRecord(const FileRecord* record,
     if (record == nullptr) {
         return ResultInvalidParameter;
     }
-    const ClusterReader reader = {Source, BytesPerSector,
+    const ClusterReader reader = {m_source, m_bytesPerSector,
                                   [](std::uint32_t cluster) { return cluster + 1; }};
     const auto restoreFile = [&](const FileRecord& file, const std::filesystem::path& path) {
-        return RestoreClusters(reader, file, path, fileCallback, callbackContext);
+        return RestoreClusters(reader, file, path, m_fileCallback, m_callbackContext);
     };
     if (record->IsFolder != 0) {
         return RestoreFolderTree(*this, *record, destPath, baseDepth, restoreFile);
@@ -155,19 +155,19 @@ std::int32_t CProfessionalFatRecovery::NextFreeRange(std::uint64_t& /*inOutSecto
 ResultCode CProfessionalFatRecovery::SetSearchCallback(SearchProgressCallback callback,
                                                        void* context)
 {
-    searchCallback = callback;
-    searchContext = context;
-    if (Store == nullptr) {
+    m_searchCallback = callback;
+    m_searchContext = context;
+    if (m_store == nullptr) {
         return ResultInvalidParameter;
     }
-    Store->SetSearchCallback(callback, context);
+    m_store->SetSearchCallback(callback, context);
     return ResultSuccess;
 }
 
 std::int32_t CProfessionalFatRecovery::SearchRecords(std::string_view extensionPattern,
                                                      FileRecordList& outRecords)
 {
-    return Store != nullptr ? Store->SearchRecords(extensionPattern, outRecords) : 0;
+    return m_store != nullptr ? m_store->SearchRecords(extensionPattern, outRecords) : 0;
 }
 
 ResultCode CProfessionalFatRecovery::BuildUsedClusterMap()
@@ -185,7 +185,7 @@ ResultCode CProfessionalFatRecovery::ReadRecordData(const FileRecord* record,
     if (record == nullptr) {
         return ResultInvalidParameter;
     }
-    const ClusterReader reader = {Source, BytesPerSector,
+    const ClusterReader reader = {m_source, m_bytesPerSector,
                                   [](std::uint32_t cluster) { return cluster + 1; }};
     return PreviewClusters(reader, *record,
                            {tempPathInOut, buffer, inOutSize, progressFn, context});
@@ -193,7 +193,7 @@ ResultCode CProfessionalFatRecovery::ReadRecordData(const FileRecord* record,
 
 void CProfessionalFatRecovery::FlushStore()
 {
-    if (Store != nullptr) {
-        (void)Store->FlushStore();  // what could not be written is not found
+    if (m_store != nullptr) {
+        (void)m_store->FlushStore();  // what could not be written is not found
     }
 }

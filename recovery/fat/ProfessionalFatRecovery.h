@@ -134,35 +134,36 @@ private:
     void RecordKnownFolder(const FolderNode& node);
     void RecordLostFolder(std::uint32_t cluster, const FolderRef& reference);
 
-    bool isOpen = false;
-    std::uint32_t DiskNumber = 0;
-    std::filesystem::path imagePath;  // empty for a drive
-    std::uint64_t StartLba = 0;
-    std::uint64_t SectorCount = 0;
-    char16_t DriveLetter = 0;
-    std::int32_t BytesPerSector = 512;
-    SectorSource Source;
-    std::unique_ptr<ScanRecordStore> Store;
-    std::uint32_t RootCluster = 2;  // of the boot volume; 0 on FAT12 and FAT16
+    bool m_isOpen = false;
+    std::uint32_t m_diskNumber = 0;
+    std::filesystem::path m_imagePath;  // empty for a drive
+    std::uint64_t m_startLba = 0;
+    std::uint64_t m_sectorCount = 0;
+    char16_t m_driveLetter = 0;
+    std::int32_t m_bytesPerSector = 512;
+    SectorSource m_source;
+    std::unique_ptr<ScanRecordStore> m_store;
+    std::uint32_t m_rootCluster = 2;  // of the boot volume; 0 on FAT12 and FAT16
 
-    FatVolumeList Volumes;
-    DirectorySampleList Samples;
-    PendingFileList PendingFiles;
-    NameCarryList NameCarries;
-    StoredSectorMap StoredSectors;
-    std::map<std::uint32_t, FolderNode> Folders;  // by their own cluster; the last entry stands
-    std::map<std::uint32_t, FolderRef> ReferencedFolders;  // by cluster; the first reference stays
-    DirectoryPlace LastPlaced;                             // by alignment during the pass
-    DirectoryPlace LastResolved;                           // while stored sectors are resolved
-    FolderProbe probe;
-    HighWordSearch highWords;
+    FatVolumeList m_volumes;
+    DirectorySampleList m_samples;
+    PendingFileList m_pendingFiles;
+    NameCarryList m_nameCarries;
+    StoredSectorMap m_storedSectors;
+    std::map<std::uint32_t, FolderNode> m_folders;  // by their own cluster; the last entry stands
+    std::map<std::uint32_t, FolderRef>
+        m_referencedFolders;        // by cluster; the first reference stays
+    DirectoryPlace m_lastPlaced;    // by alignment during the pass
+    DirectoryPlace m_lastResolved;  // while stored sectors are resolved
+    FolderProbe m_probe;
+    HighWordSearch m_highWords;
     // Folders from which a climb would only meet folders that are referenced already, with the cluster size and data
     // start that it comes with.
-    std::set<std::pair<std::uint32_t, std::uint64_t>> settled;
-    std::set<std::uint32_t> settledClusters;
+    std::set<std::pair<std::uint32_t, std::uint64_t>> m_settled;
+    std::set<std::uint32_t> m_settledClusters;
 
-    FileProgressCallback fileCallback = nullptr;
-    void* callbackContext = nullptr;
-    SearchProgressCallback searchCallback = nullptr;
-    void* searchContext = nullptr;
+    FileProgressCallback m_fileCallback = nullptr;
+    void* m_callbackContext = nullptr;
+    SearchProgressCallback m_searchCallback = nullptr;
+    void* m_searchContext = nullptr;
 };

@@ -29,13 +29,13 @@ std::uint64_t VolumeTag(const FatVolume& volume)
 
 SectorReader CProfessionalFatRecovery::FirstSectors()
 {
-    return {Source, BytesPerSector, StartLba + SectorCount};
+    return {m_source, m_bytesPerSector, m_startLba + m_sectorCount};
 }
 
 std::uint32_t CProfessionalFatRecovery::HighWordOfFolder(std::uint16_t lowWord,
                                                          const FatVolume& volume)
 {
-    return highWords.OfFolder(
+    return m_highWords.OfFolder(
         FirstSectors(), VolumeTag(volume), lowWord,
         [&volume](std::uint32_t cluster) { return ClusterSector(volume, cluster); });
 }
@@ -59,7 +59,8 @@ std::uint32_t CProfessionalFatRecovery::FirstClusterOfFile(ByteView entry,
         const auto sectorOf = [&volume](std::uint32_t cluster) {
             return ClusterSector(volume, cluster);
         };
-        return highWords.OfFile(FirstSectors(), VolumeTag(volume), lowWord, name, sectorOf) << 16 |
+        return m_highWords.OfFile(FirstSectors(), VolumeTag(volume), lowWord, name, sectorOf)
+                   << 16 |
                lowWord;
     }
     return FirstClusterOf(entry);
@@ -68,8 +69,8 @@ std::uint32_t CProfessionalFatRecovery::FirstClusterOfFile(ByteView entry,
 bool CProfessionalFatRecovery::ReadSector(std::uint64_t lba, std::vector<std::uint8_t>& outSector)
 {
     std::int32_t sectorsRead = 0;
-    outSector.resize(static_cast<std::size_t>(BytesPerSector));
-    return Source.ReadSectors(outSector.data(), 1, lba, BytesPerSector, &sectorsRead) ==
+    outSector.resize(static_cast<std::size_t>(m_bytesPerSector));
+    return m_source.ReadSectors(outSector.data(), 1, lba, m_bytesPerSector, &sectorsRead) ==
            ResultSuccess;
 }
 
@@ -80,7 +81,7 @@ CProfessionalFatRecovery::IdentifyDirectory(ByteView buffer, const DirectoryPlac
     DirectoryPlace place = given;
     const FatVolume& volume = given.volume;
     if (buffer.U8(EntryAttributes) == AttributeVolumeLabel) {
-        place.cluster = RootCluster;
+        place.cluster = m_rootCluster;
         if (volume.IsKnown()) {
             place.lba = volume.Base + volume.DataStart;
         }
@@ -135,7 +136,7 @@ bool CProfessionalFatRecovery::IdentifyBySubFolder(ByteView entry, DirectoryPlac
     }
     const std::uint64_t lba = ClusterSector(place.volume, cluster);
     std::vector<std::uint8_t> sector;
-    if (lba > StartLba + SectorCount || !ReadSector(lba, sector)) {
+    if (lba > m_startLba + m_sectorCount || !ReadSector(lba, sector)) {
         return true;
     }
     if (!StartsWithDotEntries(ByteView(sector))) {
@@ -213,7 +214,7 @@ void CProfessionalFatRecovery::TakeFolder(ByteView entry, Parse& parse)
     node.Record.SetName(name);
     SetTimes(entry, node.Record);
     node.Record.EngineKind = EngineKindProfessionalFat;
-    node.Record.DriveLetter = DriveLetter;
+    node.Record.DriveLetter = m_driveLetter;
     node.Record.IsFolder = 1;
     node.Record.NodeId = FirstClusterOfFolder(entry, parse.place.volume);
     node.Record.EntrySector = parse.place.lba;
@@ -225,7 +226,7 @@ void CProfessionalFatRecovery::TakeFolder(ByteView entry, Parse& parse)
 
 void CProfessionalFatRecovery::SetFolder(std::uint32_t cluster, const FolderNode& node)
 {
-    const auto [known, isNew] = Folders.try_emplace(cluster, node);
+    const auto [known, isNew] = m_folders.try_emplace(cluster, node);
     if (!isNew) {
         const bool sameWay = known->second.Record.RecordNumber == node.Record.RecordNumber &&
                              known->second.Volume == node.Volume;
@@ -235,9 +236,9 @@ void CProfessionalFatRecovery::SetFolder(std::uint32_t cluster, const FolderNode
         }
     }
     // The way up from here has changed, and with it that from every folder below.
-    if (settledClusters.contains(cluster)) {
-        settled.clear();
-        settledClusters.clear();
+    if (m_settledClusters.contains(cluster)) {
+        m_settled.clear();
+        m_settledClusters.clear();
     }
 }
 
@@ -252,7 +253,7 @@ void CProfessionalFatRecovery::TakeFile(ByteView entry, Parse& parse)
     file.SetName(name);
     SetTimes(entry, file);
     file.EngineKind = EngineKindProfessionalFat;
-    file.DriveLetter = DriveLetter;
+    file.DriveLetter = m_driveLetter;
     file.NodeId = FirstClusterOfFile(entry, name, parse.place.volume);
     file.FileSize = entry.U32(EntrySize);
     file.EntrySector = parse.place.lba;
@@ -260,7 +261,7 @@ void CProfessionalFatRecovery::TakeFile(ByteView entry, Parse& parse)
     if (parse.place.volume.IsKnown()) {
         StoreFile(file, parse.place.volume);
     } else {
-        PendingFiles.Add(file);
+        m_pendingFiles.Add(file);
     }
     ClimbFrom(parse);
 }
@@ -273,19 +274,19 @@ void CProfessionalFatRecovery::ClimbFrom(const Parse& parse)
     std::uint64_t lba = parse.place.lba;
     std::unordered_set<std::uint32_t> visited;
     std::vector<std::pair<std::uint32_t, std::uint64_t>> passed;
-    while (cluster > RootCluster && visited.insert(cluster).second) {
+    while (cluster > m_rootCluster && visited.insert(cluster).second) {
         const std::pair<std::uint32_t, std::uint64_t> here = {cluster, VolumeTag(volume)};
-        if (settled.contains(here)) {
+        if (m_settled.contains(here)) {
             break;
         }
         passed.push_back(here);
-        ReferencedFolders.try_emplace(cluster, FolderRef{volume, lba});
-        const auto folder = Folders.find(cluster);
-        std::uint32_t parent = RootCluster;
-        if (folder != Folders.end()) {
+        m_referencedFolders.try_emplace(cluster, FolderRef{volume, lba});
+        const auto folder = m_folders.find(cluster);
+        std::uint32_t parent = m_rootCluster;
+        if (folder != m_folders.end()) {
             parent = folder->second.Record.RecordNumber;
             lba = folder->second.Record.EntrySector;
-        } else if (probe.FindParentCluster(volume, cluster, &parent) == ResultSuccess) {
+        } else if (m_probe.FindParentCluster(volume, cluster, &parent) == ResultSuccess) {
             lba = ClusterSector(volume, parse.given);
         } else {
             break;
@@ -293,11 +294,11 @@ void CProfessionalFatRecovery::ClimbFrom(const Parse& parse)
         if (parent == cluster) {
             break;
         }
-        volume = folder != Folders.end() ? folder->second.Volume : volume;
+        volume = folder != m_folders.end() ? folder->second.Volume : volume;
         cluster = parent;
     }
     for (const auto& here : passed) {
-        settled.insert(here);
-        settledClusters.insert(here.first);
+        m_settled.insert(here);
+        m_settledClusters.insert(here.first);
     }
 }

@@ -6,22 +6,22 @@
 
 void StoredSectorMap::Clear()
 {
-    sectors.clear();
-    pieces.clear();
-    shortEntries.clear();
+    m_sectors.clear();
+    m_pieces.clear();
+    m_shortEntries.clear();
 }
 
 std::set<std::uint64_t>* StoredSectorMap::IndexOf(ByteView sector)
 {
     if (sector.U8(EntryAttributes) == AttributeLongName) {
-        return &pieces[sector.U8(13)];
+        return &m_pieces[sector.U8(13)];
     }
-    return sector.U8(0) != DeletedMark ? &shortEntries[ShortNameChecksum(sector)] : nullptr;
+    return sector.U8(0) != DeletedMark ? &m_shortEntries[ShortNameChecksum(sector)] : nullptr;
 }
 
 void StoredSectorMap::Store(std::uint64_t lba, ByteView sector)
 {
-    StoredSector& stored = sectors[lba];
+    StoredSector& stored = m_sectors[lba];
     if (!stored.Buffer.empty()) {
         if (std::set<std::uint64_t>* old = IndexOf(ByteView(stored.Buffer))) {
             old->erase(lba);
@@ -37,8 +37,8 @@ void StoredSectorMap::Store(std::uint64_t lba, ByteView sector)
 // A piece fits by its checksum; with a known volume it also has to lie in the carry's cluster.
 std::optional<std::uint64_t> StoredSectorMap::FindPiece(const NameCarry& carry) const
 {
-    const auto found = pieces.find(carry.Checksum);
-    if (found == pieces.end() || found->second.empty()) {
+    const auto found = m_pieces.find(carry.Checksum);
+    if (found == m_pieces.end() || found->second.empty()) {
         return std::nullopt;
     }
     if (carry.SectorsPerCluster == 0) {
@@ -54,14 +54,14 @@ std::optional<std::uint64_t> StoredSectorMap::FindPiece(const NameCarry& carry) 
 const std::vector<std::uint8_t>* StoredSectorMap::TakeContinuation(const NameCarry& carry)
 {
     std::optional<std::uint64_t> lba = FindPiece(carry);
-    const auto entries = shortEntries.find(carry.Checksum);
-    if (entries != shortEntries.end() && !entries->second.empty()) {
+    const auto entries = m_shortEntries.find(carry.Checksum);
+    if (entries != m_shortEntries.end() && !entries->second.empty()) {
         lba = std::min(lba.value_or(UINT64_MAX), *entries->second.begin());
     }
     if (!lba) {
         return nullptr;
     }
-    StoredSector& stored = sectors.at(*lba);
+    StoredSector& stored = m_sectors.at(*lba);
     stored.Used = true;
     if (std::set<std::uint64_t>* index = IndexOf(ByteView(stored.Buffer))) {
         index->erase(*lba);

@@ -29,7 +29,7 @@ public:
     // when there is none. Valid until Clear.
     const std::vector<std::uint8_t>* TakeContinuation(const NameCarry& carry);
 
-    const Map& Sectors() const { return sectors; }
+    const Map& Sectors() const { return m_sectors; }
 
 private:
     using ByChecksum = std::map<std::uint8_t, std::set<std::uint64_t>>;
@@ -38,7 +38,7 @@ private:
     std::set<std::uint64_t>* IndexOf(ByteView sector);
     std::optional<std::uint64_t> FindPiece(const NameCarry& carry) const;
 
-    Map sectors;
-    ByChecksum pieces;
-    ByChecksum shortEntries;
+    Map m_sectors;
+    ByChecksum m_pieces;
+    ByChecksum m_shortEntries;
 };

@@ -11,8 +11,8 @@ constexpr std::uint64_t WordBits = 64;
 
 void UsedClusterMap::Mark(std::uint64_t bit)
 {
-    if (bit < keptBits) {
-        words[bit / WordBits] |= std::uint64_t{1} << bit % WordBits;
+    if (bit < m_keptBits) {
+        m_words[bit / WordBits] |= std::uint64_t{1} << bit % WordBits;
     }
 }
 
@@ -20,19 +20,19 @@ void UsedClusterMap::Build(FatTable& table,
                            const FatGeometry& geometry,
                            std::uint64_t partitionSectors)
 {
-    sectorCount = partitionSectors;
-    dataStart = geometry.dataStart;
-    sectorsPerCluster = geometry.sectorsPerCluster;
+    m_sectorCount = partitionSectors;
+    m_dataStart = geometry.dataStart;
+    m_sectorsPerCluster = geometry.sectorsPerCluster;
     // In 32 bits: without a 32-bit total this is nearly 2^32 / sectorsPerCluster, and what lies behind the FAT is read
     // as entries too.
-    std::uint32_t clusters = (geometry.totalSectors32 - dataStart) / sectorsPerCluster;
-    if (geometry.totalSectors32 % sectorsPerCluster != 0) {
+    std::uint32_t clusters = (geometry.totalSectors32 - m_dataStart) / m_sectorsPerCluster;
+    if (geometry.totalSectors32 % m_sectorsPerCluster != 0) {
         ++clusters;
     }
     const std::uint64_t mapBytes = clusters >> 3;
-    mapBits = mapBytes * 8;
-    keptBits = std::min(mapBits, sectorCount / sectorsPerCluster + 1);
-    words.assign((keptBits + WordBits - 1) / WordBits, 0);
+    m_mapBits = mapBytes * 8;
+    m_keptBits = std::min(m_mapBits, m_sectorCount / m_sectorsPerCluster + 1);
+    m_words.assign((m_keptBits + WordBits - 1) / WordBits, 0);
     table.ForEachUsedEntry(2, clusters, [&](std::uint32_t cluster, std::uint32_t entry) {
         Mark(std::uint64_t{cluster} - 2);
         if (table.IsEndMark(entry)) {
@@ -51,41 +51,41 @@ void UsedClusterMap::Build(FatTable& table,
 std::uint64_t UsedClusterMap::FindBit(std::uint64_t from, bool marked) const
 {
     const std::uint64_t flip = marked ? 0 : ~std::uint64_t{0};
-    for (std::uint64_t word = from / WordBits; word < words.size(); ++word) {
-        std::uint64_t bits = words[word] ^ flip;
+    for (std::uint64_t word = from / WordBits; word < m_words.size(); ++word) {
+        std::uint64_t bits = m_words[word] ^ flip;
         if (word == from / WordBits) {
             bits &= ~std::uint64_t{0} << from % WordBits;
         }
         if (bits != 0) {
             const std::uint64_t found =
                 word * WordBits + static_cast<std::uint64_t>(std::countr_zero(bits));
-            return found < keptBits ? found : mapBits;
+            return found < m_keptBits ? found : m_mapBits;
         }
     }
-    return mapBits;
+    return m_mapBits;
 }
 
 void UsedClusterMap::NextFreeRange(std::uint64_t& inOutSector, std::uint64_t& outLength) const
 {
     outLength = 0;
-    if (inOutSector > sectorCount) {
-        inOutSector = sectorCount;
+    if (inOutSector > m_sectorCount) {
+        inOutSector = m_sectorCount;
         return;
     }
     if (inOutSector != 0) {
         inOutSector -=
-            dataStart;  // in front of the data area this wraps to a place that nothing reaches
+            m_dataStart;  // in front of the data area this wraps to a place that nothing reaches
     }
-    const std::uint64_t position = inOutSector / sectorsPerCluster;
-    if (position < mapBits) {
+    const std::uint64_t position = inOutSector / m_sectorsPerCluster;
+    if (position < m_mapBits) {
         const std::uint64_t free = FindBit(position, false);
-        if (free < mapBits) {
-            inOutSector += (free - position) * sectorsPerCluster;
-            outLength = (FindBit(free, true) - free) * sectorsPerCluster;
+        if (free < m_mapBits) {
+            inOutSector += (free - position) * m_sectorsPerCluster;
+            outLength = (FindBit(free, true) - free) * m_sectorsPerCluster;
         }
     }
-    if (inOutSector > sectorCount || outLength > sectorCount - inOutSector) {
-        outLength = inOutSector < sectorCount ? sectorCount - inOutSector : 0;
+    if (inOutSector > m_sectorCount || outLength > m_sectorCount - inOutSector) {
+        outLength = inOutSector < m_sectorCount ? m_sectorCount - inOutSector : 0;
     }
-    inOutSector += dataStart;
+    inOutSector += m_dataStart;
 }

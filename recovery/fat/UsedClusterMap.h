@@ -25,10 +25,10 @@ private:
     // The first bit from here on that is (or is not) marked; the map's end when there is none.
     std::uint64_t FindBit(std::uint64_t from, bool marked) const;
 
-    std::vector<std::uint64_t> words;
-    std::uint64_t keptBits = 0;  // in words
-    std::uint64_t mapBits = 0;   // of the map as a whole; a multiple of 8
-    std::uint64_t sectorCount = 0;
-    std::uint32_t dataStart = 0;
-    std::uint32_t sectorsPerCluster = 1;
+    std::vector<std::uint64_t> m_words;
+    std::uint64_t m_keptBits = 0;  // in words
+    std::uint64_t m_mapBits = 0;   // of the map as a whole; a multiple of 8
+    std::uint64_t m_sectorCount = 0;
+    std::uint32_t m_dataStart = 0;
+    std::uint32_t m_sectorsPerCluster = 1;
 };

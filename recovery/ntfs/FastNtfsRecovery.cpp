@@ -19,14 +19,14 @@ ResultCode CFastNtfsRecovery::ReadBoot(const OpenedSource& opened, std::uint64_t
             ReadWhole(*opened.reader, startLba * opened.sectorSize, boot.data(), BootBytes)) {
         return result;
     }
-    Volume.PartitionStart = startLba;
-    return ReadNtfsVolume(ByteView(boot), Volume);
+    m_volume.PartitionStart = startLba;
+    return ReadNtfsVolume(ByteView(boot), m_volume);
 }
 
 void CFastNtfsRecovery::FinishOpen()
 {
-    Readers.Bind();
-    isOpen = true;
+    m_readers.Bind();
+    m_isOpen = true;
 }
 
 ResultCode CFastNtfsRecovery::OpenPartition(std::uint32_t diskNumber,
@@ -34,18 +34,18 @@ ResultCode CFastNtfsRecovery::OpenPartition(std::uint32_t diskNumber,
                                             std::uint64_t sectorCount,
                                             char16_t driveLetter)
 {
-    if (isOpen) {
+    if (m_isOpen) {
         return ResultSuccess;
     }
     OpenedSource opened;
     if (const ResultCode result = OpenDriveSource(diskNumber, opened)) {
         return result;
     }
-    Volume.SectorCount = sectorCount;
-    Origin.DriveLetter = driveLetter;
+    m_volume.SectorCount = sectorCount;
+    m_origin.DriveLetter = driveLetter;
     ResultCode result = ReadBoot(opened, startLba);
     if (result == ResultSuccess) {
-        result = Source.OpenDrive(diskNumber);
+        result = m_source.OpenDrive(diskNumber);
     }
     if (result == ResultSuccess) {
         FinishOpen();
@@ -56,7 +56,7 @@ ResultCode CFastNtfsRecovery::OpenPartition(std::uint32_t diskNumber,
 ResultCode CFastNtfsRecovery::OpenImageFile(const std::filesystem::path& filePath,
                                             char16_t driveLetter)
 {
-    if (isOpen) {
+    if (m_isOpen) {
         return ResultSuccess;
     }
     OpenedSource opened;
@@ -64,11 +64,11 @@ ResultCode CFastNtfsRecovery::OpenImageFile(const std::filesystem::path& filePat
         return result;
     }
     // In sectors of 512 whatever the volume has.
-    Volume.SectorCount = opened.sizeBytes / ImageSectorSize;
-    Origin.DriveLetter = driveLetter;
+    m_volume.SectorCount = opened.sizeBytes / ImageSectorSize;
+    m_origin.DriveLetter = driveLetter;
     ResultCode result = ReadBoot(opened, 0);
     if (result == ResultSuccess) {
-        result = Source.OpenImage(filePath);
+        result = m_source.OpenImage(filePath);
     }
     if (result == ResultSuccess) {
         FinishOpen();
@@ -81,10 +81,10 @@ ResultCode CFastNtfsRecovery::SetCallbacks(ProgressCallback scanCallback,
                                            void* context,
                                            std::int32_t progressRange)
 {
-    ScanCallback = scanCallback;
-    FileCallback = fileCallback;
-    CallbackContext = context;
-    ProgressRange = progressRange;
+    m_scanCallback = scanCallback;
+    m_fileCallback = fileCallback;
+    m_callbackContext = context;
+    m_progressRange = progressRange;
     return ResultSuccess;
 }
 
@@ -108,11 +108,11 @@ ResultCode CFastNtfsRecovery::ListChildren(const FileRecord* parentRecord,
     if (const ResultCode result = KeyOf(parentRecord, depth, &key)) {
         return result;
     }
-    if (Store == nullptr) {
+    if (m_store == nullptr) {
         return ResultSuccess;
     }
-    (void)Store->FlushStore();  // what could not be written is missing from the list
-    return Store->ListChildren(key, outRecords);
+    (void)m_store->FlushStore();  // what could not be written is missing from the list
+    return m_store->ListChildren(key, outRecords);
 }
 
 ResultCode CFastNtfsRecovery::CountChildren(const FileRecord* parentRecord,
@@ -123,44 +123,44 @@ ResultCode CFastNtfsRecovery::CountChildren(const FileRecord* parentRecord,
     if (const ResultCode result = KeyOf(parentRecord, depth, &key)) {
         return result;
     }
-    if (Store == nullptr) {
+    if (m_store == nullptr) {
         outCount = 0;
         return ResultSuccess;
     }
-    (void)Store->FlushStore();  // as above
-    return Store->CountChildren(key, outCount);
+    (void)m_store->FlushStore();  // as above
+    return m_store->CountChildren(key, outCount);
 }
 
 std::uint64_t CFastNtfsRecovery::GetRecordCount() const
 {
-    return Store != nullptr ? Store->GetRecordCount() : 0;
+    return m_store != nullptr ? m_store->GetRecordCount() : 0;
 }
 
 ResultCode CFastNtfsRecovery::GetRecordPath(const FileRecord* record, std::string& outPath)
 {
-    return Store != nullptr ? Store->GetRecordPath(record, outPath) : ResultInvalidParameter;
+    return m_store != nullptr ? m_store->GetRecordPath(record, outPath) : ResultInvalidParameter;
 }
 
 std::int32_t CFastNtfsRecovery::NextFreeRange(std::uint64_t& inOutSector, std::uint64_t& outLength)
 {
-    UsedClusters.NextFreeRange(Volume, inOutSector, outLength);
+    m_usedClusters.NextFreeRange(m_volume, inOutSector, outLength);
     return 1;
 }
 
 ResultCode CFastNtfsRecovery::BuildUsedClusterMap()
 {
-    if (!isOpen) {
+    if (!m_isOpen) {
         return ResultInvalidHandle;
     }
-    return UsedClusters.Build(Readers, Volume, Source);
+    return m_usedClusters.Build(m_readers, m_volume, m_source);
 }
 
 ResultCode CFastNtfsRecovery::SetSearchCallback(SearchProgressCallback callback, void* context)
 {
-    SearchCallback = callback;
-    SearchContext = context;
-    if (Store != nullptr) {
-        Store->SetSearchCallback(callback, context);
+    m_searchCallback = callback;
+    m_searchContext = context;
+    if (m_store != nullptr) {
+        m_store->SetSearchCallback(callback, context);
     }
     return ResultSuccess;
 }
@@ -168,18 +168,18 @@ ResultCode CFastNtfsRecovery::SetSearchCallback(SearchProgressCallback callback,
 std::int32_t CFastNtfsRecovery::SearchRecords(std::string_view extensionPattern,
                                               FileRecordList& outRecords)
 {
-    return Store != nullptr ? Store->SearchRecords(extensionPattern, outRecords) : 0;
+    return m_store != nullptr ? m_store->SearchRecords(extensionPattern, outRecords) : 0;
 }
 
 NtfsDataReader CFastNtfsRecovery::DataReader()
 {
-    return {Source, Volume.BytesPerSector,
+    return {m_source, m_volume.BytesPerSector,
             [this](const FileRecord& record, std::span<std::uint8_t> buffer) {
                 std::uint32_t size = 0;
-                return Readers.ReadResidentData(record.EntrySector, buffer, size);
+                return m_readers.ReadResidentData(record.EntrySector, buffer, size);
             },
             [this](const FileRecord& record, RunList& outRuns) {
-                return Readers.ReadAttributeRuns(record.EntrySector, AttributeData, outRuns);
+                return m_readers.ReadAttributeRuns(record.EntrySector, AttributeData, outRuns);
             }};
 }
 
@@ -192,7 +192,7 @@ ResultCode CFastNtfsRecovery::RestoreRecord(const FileRecord* record,
     }
     const NtfsDataReader reader = DataReader();
     const auto restoreFile = [&](const FileRecord& file, const std::filesystem::path& path) {
-        return RestoreNtfsFile(reader, file, path, FileCallback, CallbackContext);
+        return RestoreNtfsFile(reader, file, path, m_fileCallback, m_callbackContext);
     };
     if (record->IsFolder != 0) {
         return RestoreFolderTree(*this, *record, destPath, baseDepth, restoreFile);
@@ -220,10 +220,11 @@ ResultCode CFastNtfsRecovery::ReadRecordData(const FileRecord* record,
 std::optional<std::uint64_t> CFastNtfsRecovery::FirstDataSector(const FileRecord& record)
 {
     RunList runs;
-    if (Readers.ReadAttributeRuns(record.EntrySector, AttributeData, runs) != ResultSuccess ||
+    if (m_readers.ReadAttributeRuns(record.EntrySector, AttributeData, runs) != ResultSuccess ||
         runs.empty()) {
         return std::nullopt;
     }
     const auto lcn = static_cast<std::uint64_t>(runs.front().Offset);
-    return SectorOfCluster(lcn, record.ClusterBytes, Volume.BytesPerSector) + record.PartitionStart;
+    return SectorOfCluster(lcn, record.ClusterBytes, m_volume.BytesPerSector) +
+           record.PartitionStart;
 }

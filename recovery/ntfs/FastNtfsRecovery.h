@@ -87,20 +87,20 @@ private:
     bool CheckFileHead(const FileRecord& record, const RecordInHand& inHand);
     bool CheckFirstSector(const FileRecord& record, const RunList& runs);
 
-    NtfsVolume Volume;
-    NtfsRecordOrigin Origin;
-    bool isOpen = false;
-    SectorSource Source;
-    NtfsReaders Readers{Source, Volume};
-    NtfsAncestors Ancestors{Readers};
-    NtfsClusterMap UsedClusters;
-    std::vector<std::uint8_t> ChunkBuffer;
-    std::unique_ptr<ScanRecordStore> Store;
+    NtfsVolume m_volume;
+    NtfsRecordOrigin m_origin;
+    bool m_isOpen = false;
+    SectorSource m_source;
+    NtfsReaders m_readers{m_source, m_volume};
+    NtfsAncestors m_ancestors{m_readers};
+    NtfsClusterMap m_usedClusters;
+    std::vector<std::uint8_t> m_chunkBuffer;
+    std::unique_ptr<ScanRecordStore> m_store;
 
-    std::int32_t ProgressRange = 100;
-    ProgressCallback ScanCallback = nullptr;
-    FileProgressCallback FileCallback = nullptr;
-    void* CallbackContext = nullptr;
-    SearchProgressCallback SearchCallback = nullptr;
-    void* SearchContext = nullptr;
+    std::int32_t m_progressRange = 100;
+    ProgressCallback m_scanCallback = nullptr;
+    FileProgressCallback m_fileCallback = nullptr;
+    void* m_callbackContext = nullptr;
+    SearchProgressCallback m_searchCallback = nullptr;
+    void* m_searchContext = nullptr;
 };

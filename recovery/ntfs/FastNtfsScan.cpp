@@ -39,35 +39,35 @@ struct CFastNtfsRecovery::ScanClock
 
 ResultCode CFastNtfsRecovery::Scan(const std::string* logName)
 {
-    Ancestors.Clear();
-    Store = std::make_unique<ScanRecordStore>();
-    Store->SetSearchCallback(SearchCallback, SearchContext);
+    m_ancestors.Clear();
+    m_store = std::make_unique<ScanRecordStore>();
+    m_store->SetSearchCallback(m_searchCallback, m_searchContext);
     if (logName != nullptr) {
-        return Store->OpenStore(*logName);
+        return m_store->OpenStore(*logName);
     }
     // The search tells that nothing was kept.
-    (void)Store->OpenStore(ScanRecordStore::MakeName("Fast_", Volume.PartitionStart));
+    (void)m_store->OpenStore(ScanRecordStore::MakeName("Fast_", m_volume.PartitionStart));
     const ResultCode result = ScanMft();
-    (void)Store->FlushStore();  // what could not be written is not found
+    (void)m_store->FlushStore();  // what could not be written is not found
     return result;
 }
 
 ResultCode CFastNtfsRecovery::Report(std::int32_t progress, std::int32_t secondsLeft) const
 {
-    return ScanCallback != nullptr
-               ? ScanCallback(CallbackContext, progress, ProgressRange, secondsLeft, 0, 0, 0, 0)
-               : ResultSuccess;
+    return m_scanCallback != nullptr ? m_scanCallback(m_callbackContext, progress, m_progressRange,
+                                                      secondsLeft, 0, 0, 0, 0)
+                                     : ResultSuccess;
 }
 
 ResultCode CFastNtfsRecovery::ScanMft()
 {
     ScanClock clock;
-    for (const NtfsRun& run : Readers.MftRuns()) {
-        clock.total += run.Length * Volume.SectorsPerCluster;
+    for (const NtfsRun& run : m_readers.MftRuns()) {
+        clock.total += run.Length * m_volume.SectorsPerCluster;
     }
-    std::uint64_t lba = Volume.PartitionStart;
-    for (const NtfsRun& run : Readers.MftRuns()) {
-        lba += static_cast<std::uint64_t>(run.Offset) * Volume.SectorsPerCluster;
+    std::uint64_t lba = m_volume.PartitionStart;
+    for (const NtfsRun& run : m_readers.MftRuns()) {
+        lba += static_cast<std::uint64_t>(run.Offset) * m_volume.SectorsPerCluster;
         if (const ResultCode result = ScanRun(run, lba, clock)) {
             return result;
         }
@@ -78,8 +78,8 @@ ResultCode CFastNtfsRecovery::ScanMft()
 
 ResultCode CFastNtfsRecovery::ScanRun(const NtfsRun& run, std::uint64_t lba, ScanClock& clock)
 {
-    const std::uint64_t chunkSectors = RecordsPerChunk * Volume.SectorsPerRecord;
-    const std::uint64_t runSectors = run.Length * Volume.SectorsPerCluster;
+    const std::uint64_t chunkSectors = RecordsPerChunk * m_volume.SectorsPerRecord;
+    const std::uint64_t runSectors = run.Length * m_volume.SectorsPerCluster;
     for (std::uint64_t at = 0; at < runSectors;) {
         const std::uint64_t count = std::min(chunkSectors, runSectors - at);
         if (const ResultCode result = ScanMftChunk(lba + at, count)) {
@@ -87,8 +87,8 @@ ResultCode CFastNtfsRecovery::ScanRun(const NtfsRun& run, std::uint64_t lba, Sca
         }
         at += count;
         clock.done += count;
-        if (ProgressRange == FullRange) {
-            clock.Estimate(Volume.BytesPerSector);
+        if (m_progressRange == FullRange) {
+            clock.Estimate(m_volume.BytesPerSector);
         }
         const auto percent = static_cast<std::int32_t>(clock.done * 100 / clock.total);
         if (const ResultCode result = Report(percent, clock.secondsLeft)) {
@@ -100,20 +100,20 @@ ResultCode CFastNtfsRecovery::ScanRun(const NtfsRun& run, std::uint64_t lba, Sca
 
 ResultCode CFastNtfsRecovery::ScanMftChunk(std::uint64_t firstSector, std::uint64_t sectors)
 {
-    ChunkBuffer.resize(RecordsPerChunk * Volume.RecordSize);
+    m_chunkBuffer.resize(RecordsPerChunk * m_volume.RecordSize);
     std::int32_t sectorsRead = 0;
-    if (const ResultCode result =
-            Source.ReadSectors(ChunkBuffer.data(), static_cast<std::int32_t>(sectors), firstSector,
-                               static_cast<std::int32_t>(Volume.BytesPerSector), &sectorsRead)) {
+    if (const ResultCode result = m_source.ReadSectors(
+            m_chunkBuffer.data(), static_cast<std::int32_t>(sectors), firstSector,
+            static_cast<std::int32_t>(m_volume.BytesPerSector), &sectorsRead)) {
         return result;
     }
     const auto brought = static_cast<std::size_t>(sectorsRead);
-    const auto chunk = std::span(ChunkBuffer).first(brought * Volume.BytesPerSector);
-    for (std::size_t i = 0; i < brought / Volume.SectorsPerRecord; ++i) {
+    const auto chunk = std::span(m_chunkBuffer).first(brought * m_volume.BytesPerSector);
+    for (std::size_t i = 0; i < brought / m_volume.SectorsPerRecord; ++i) {
         RecordInHand inHand;
         // A walk may stray into the records behind, which are not repaired yet, up to the end of the chunk.
-        inHand.bytes = chunk.subspan(i * Volume.RecordSize);
-        inHand.sector = firstSector + i * Volume.SectorsPerRecord;
+        inHand.bytes = chunk.subspan(i * m_volume.RecordSize);
+        inHand.sector = firstSector + i * m_volume.SectorsPerRecord;
         (void)ProcessRecord(inHand);  // garbage in a record must not end a scan
     }
     return ResultSuccess;
@@ -123,13 +123,13 @@ ResultCode CFastNtfsRecovery::ScanMftChunk(std::uint64_t firstSector, std::uint6
 void CFastNtfsRecovery::ScanFolders()
 {
     RecordBuffer buffer;
-    for (std::size_t i = 0; i < Ancestors.FolderList.size(); ++i) {
+    for (std::size_t i = 0; i < m_ancestors.FolderList.size(); ++i) {
         RecordInHand inHand;
         inHand.bytes = buffer.bytes;
         inHand.folderPass = true;
-        inHand.wantedNumber = Ancestors.FolderList[i];
-        (void)Readers.ReadFileRecord(inHand.wantedNumber, buffer);  // unreadable is lost
-        (void)ProcessRecord(inHand);                                // as above
+        inHand.wantedNumber = m_ancestors.FolderList[i];
+        (void)m_readers.ReadFileRecord(inHand.wantedNumber, buffer);  // unreadable is lost
+        (void)ProcessRecord(inHand);                                  // as above
     }
 }
 
@@ -144,11 +144,11 @@ ResultCode CFastNtfsRecovery::ProcessRecord(const RecordInHand& inHand)
     const bool lost = inHand.folderPass && (flags & RecordIsFolder) == 0;
     if (!HasFileMagic(record)) {
         if (lost) {
-            MakeLostFolder(*Store, Origin, inHand.wantedNumber, NoClusterBytes);
+            MakeLostFolder(*m_store, m_origin, inHand.wantedNumber, NoClusterBytes);
         }
         return ResultNoFileRecord;
     }
-    (void)Readers.Codec.ApplyFixups(inHand.bytes);  // cannot fail behind the magic
+    (void)m_readers.Codec.ApplyFixups(inHand.bytes);  // cannot fail behind the magic
     FileRecord* current = nullptr;
     AttributeWalk walk(record, BytesInUseOf(record), RecordScanRules);
     while (walk.Next()) {
@@ -166,7 +166,7 @@ ResultCode CFastNtfsRecovery::ProcessRecord(const RecordInHand& inHand)
             continue;
         }
         if (lost) {
-            MakeLostFolder(*Store, Origin, RecordNumberOf(record), NoClusterBytes);
+            MakeLostFolder(*m_store, m_origin, RecordNumberOf(record), NoClusterBytes);
             break;
         }
         if (!attribute.Covers(0, FileNameHeadBytes)) {
@@ -204,18 +204,18 @@ bool CFastNtfsRecovery::TakeFileName(const RecordInHand& inHand,
 // indexed under that name.
 FileRecord& CFastNtfsRecovery::MakeRecord(const RecordInHand& inHand, ByteView attribute)
 {
-    FileRecord& record = MakeRecordFromFileName(*Store, Origin, attribute, inHand.folderPass);
-    record.ClusterBytes = Volume.ClusterBytes();
+    FileRecord& record = MakeRecordFromFileName(*m_store, m_origin, attribute, inHand.folderPass);
+    record.ClusterBytes = m_volume.ClusterBytes();
     record.NodeId = RecordNumberOf(ByteView(inHand.bytes));
     // By the number inside the record, not by where it was read.
-    record.EntrySector = Readers.RecordNumberToSector(record.NodeId);
-    record.PartitionStart = Volume.PartitionStart;
+    record.EntrySector = m_readers.RecordNumberToSector(record.NodeId);
+    record.PartitionStart = m_volume.PartitionStart;
     const std::uint32_t parent = ParentOfFileName(attribute);
-    const std::uint32_t depth = Ancestors.Resolve(parent);
+    const std::uint32_t depth = m_ancestors.Resolve(parent);
     if (inHand.folderPass) {
-        Store->LinkFolder(parent, depth, record.RecordNumber, record.NodeId, record.NameText());
+        m_store->LinkFolder(parent, depth, record.RecordNumber, record.NodeId, record.NameText());
     } else {
-        Store->LinkRecord(parent, depth, record.RecordNumber);
+        m_store->LinkRecord(parent, depth, record.RecordNumber);
         record.HeadIntact = CheckFileHead(record, inHand) ? 1 : 0;
     }
     return record;
@@ -230,29 +230,29 @@ bool CFastNtfsRecovery::CheckFileHead(const FileRecord& record, const RecordInHa
     // What a read of the record would bring is in hand already, unless the record says that it stands elsewhere, or the
     // read would go beyond the chunk.
     if (inHand.sector == record.EntrySector && inHand.bytes.size() >= RecordReadBytes &&
-        RecordReadBytes % Volume.BytesPerSector == 0) {
+        RecordReadBytes % m_volume.BytesPerSector == 0) {
         bytes = ByteView(inHand.bytes.first(RecordReadBytes));
     } else {
-        readResult = Readers.ReadRecordAt(record.EntrySector, buffer);
+        readResult = m_readers.ReadRecordAt(record.EntrySector, buffer);
         bytes = buffer.View();
         if (!HasFileMagic(bytes)) {
             return true;
         }
-        (void)Readers.Codec.ApplyFixups(buffer.bytes);  // cannot fail behind the magic
+        (void)m_readers.Codec.ApplyFixups(buffer.bytes);  // cannot fail behind the magic
     }
     ByteView value;
-    const ResultCode found = FindResidentData(bytes, Volume.RecordSize, RecordReadBytes, value);
+    const ResultCode found = FindResidentData(bytes, m_volume.RecordSize, RecordReadBytes, value);
     if (found == ResultSuccess) {
         std::string extension;
         return !value.Empty() &&
                (ExtensionOf(record.NameText(), extension) != ResultSuccess ||
-                VerifyExtensionAtSector(value, extension, Source,
-                                        static_cast<std::int32_t>(Volume.BytesPerSector),
+                VerifyExtensionAtSector(value, extension, m_source,
+                                        static_cast<std::int32_t>(m_volume.BytesPerSector),
                                         record.EntrySector));
     }
     RunList runs;
     if (found != ResultDataNotResident || readResult != ResultSuccess ||
-        Readers.FindAttributeRuns(bytes, AttributeData, runs) != ResultSuccess || runs.empty()) {
+        m_readers.FindAttributeRuns(bytes, AttributeData, runs) != ResultSuccess || runs.empty()) {
         return true;
     }
     return CheckFirstSector(record, runs);
@@ -262,16 +262,16 @@ bool CFastNtfsRecovery::CheckFirstSector(const FileRecord& record, const RunList
 {
     const auto lcn = static_cast<std::uint64_t>(runs.front().Offset);
     const std::uint64_t lba =
-        SectorOfCluster(lcn, record.ClusterBytes, Volume.BytesPerSector) + record.PartitionStart;
+        SectorOfCluster(lcn, record.ClusterBytes, m_volume.BytesPerSector) + record.PartitionStart;
     std::string extension;
     if (lba == 0 || ExtensionOf(record.NameText(), extension) != ResultSuccess) {
         return true;
     }
-    const auto sectorSize = static_cast<std::int32_t>(Volume.BytesPerSector);
-    std::vector<std::uint8_t> sector(Volume.BytesPerSector);
+    const auto sectorSize = static_cast<std::int32_t>(m_volume.BytesPerSector);
+    std::vector<std::uint8_t> sector(m_volume.BytesPerSector);
     std::int32_t sectorsRead = 0;
-    if (Source.ReadSectors(sector.data(), 1, lba, sectorSize, &sectorsRead) != ResultSuccess) {
+    if (m_source.ReadSectors(sector.data(), 1, lba, sectorSize, &sectorsRead) != ResultSuccess) {
         return true;
     }
-    return VerifyExtensionAtSector(ByteView(sector), extension, Source, sectorSize, lba);
+    return VerifyExtensionAtSector(ByteView(sector), extension, m_source, sectorSize, lba);
 }

@@ -1,16 +1,16 @@
 #include "recovery/ntfs/NtfsAncestors.h"
 
-NtfsAncestors::NtfsAncestors(NtfsReaders& ntfsReaders) : readers(ntfsReaders) {}
+NtfsAncestors::NtfsAncestors(NtfsReaders& ntfsReaders) : m_readers(ntfsReaders) {}
 
 void NtfsAncestors::Clear()
 {
     FolderList.clear();
-    depths.clear();
+    m_depths.clear();
 }
 
 std::uint32_t NtfsAncestors::Resolve(std::uint32_t recordNumber)
 {
-    return CountLevels(recordNumber, depths, [this](std::uint32_t number) {
+    return CountLevels(recordNumber, m_depths, [this](std::uint32_t number) {
         FolderStep step;
         if (number != RootRecordNumber) {
             FolderList.push_back(number);
@@ -24,12 +24,12 @@ std::uint32_t NtfsAncestors::Resolve(std::uint32_t recordNumber)
 NtfsAncestors::Parent NtfsAncestors::ReadParent(std::uint32_t recordNumber)
 {
     RecordBuffer buffer;
-    (void)readers.ReadFileRecord(recordNumber, buffer);  // what did not arrive breaks the chain
+    (void)m_readers.ReadFileRecord(recordNumber, buffer);  // what did not arrive breaks the chain
     const ByteView record = buffer.View();
     if (!HasFileMagic(record)) {
         return {};
     }
-    (void)readers.Codec.ApplyFixups(buffer.bytes);  // cannot fail behind the magic
+    (void)m_readers.Codec.ApplyFixups(buffer.bytes);  // cannot fail behind the magic
     if ((FlagsOf(record) & RecordIsFolder) == 0) {
         return {};
     }

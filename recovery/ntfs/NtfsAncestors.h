@@ -33,7 +33,7 @@ private:
 
     Parent ReadParent(std::uint32_t recordNumber);
 
-    NtfsReaders& readers;
+    NtfsReaders& m_readers;
     // A folder's depth depends on the volume alone, also in and in front of a ring of folders.
-    KnownDepths depths;
+    KnownDepths m_depths;
 };

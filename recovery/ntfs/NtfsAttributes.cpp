@@ -11,26 +11,31 @@ constexpr std::uint32_t AttributeLimit = 4096;
 AttributeWalk::AttributeWalk(ByteView buffer,
                              std::uint64_t positionLimit,
                              const AttributeRules& walkRules)
-    : record(buffer), limit(positionLimit), rules(walkRules), position(FirstAttributeOf(buffer))
+    : m_record(buffer),
+      m_limit(positionLimit),
+      m_rules(walkRules),
+      m_position(FirstAttributeOf(buffer))
 {
 }
 
 bool AttributeWalk::Next()
 {
-    position += length;
-    if (position < 0 || static_cast<std::uint64_t>(position) >= limit) {
+    m_position += m_length;
+    if (m_position < 0 || static_cast<std::uint64_t>(m_position) >= m_limit) {
         return false;
     }
-    const auto at = static_cast<std::size_t>(position);
-    if (!record.Covers(at, HeaderBytes) || (rules.shortLengths && ++shown >= AttributeLimit)) {
+    const auto at = static_cast<std::size_t>(m_position);
+    if (!m_record.Covers(at, HeaderBytes) ||
+        (m_rules.shortLengths && ++m_shown >= AttributeLimit)) {
         return false;
     }
-    type = record.U32(at);
-    if (type == AttributeEnd || (type >= rules.firstFillType && type <= rules.lastFillType) ||
-        (type == 0 && rules.zeroTypeEnds)) {
+    m_type = m_record.U32(at);
+    if (m_type == AttributeEnd ||
+        (m_type >= m_rules.firstFillType && m_type <= m_rules.lastFillType) ||
+        (m_type == 0 && m_rules.zeroTypeEnds)) {
         return false;
     }
-    length = rules.shortLengths ? std::int64_t{static_cast<std::int16_t>(record.U16(at + 4))}
-                                : std::int64_t{record.U32(at + 4)};
-    return length != 0;
+    m_length = m_rules.shortLengths ? std::int64_t{static_cast<std::int16_t>(m_record.U16(at + 4))}
+                                    : std::int64_t{m_record.U32(at + 4)};
+    return m_length != 0;
 }

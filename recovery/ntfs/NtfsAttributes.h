@@ -77,17 +77,17 @@ public:
     // Steps to the next attribute, at first to the first one. False at the end.
     bool Next();
 
-    std::uint32_t Type() const { return type; }
-    std::int64_t Length() const { return length; }
+    std::uint32_t Type() const { return m_type; }
+    std::int64_t Length() const { return m_length; }
     // From the attribute to the end of the buffer.
-    ByteView Attribute() const { return record.Sub(static_cast<std::size_t>(position)); }
+    ByteView Attribute() const { return m_record.Sub(static_cast<std::size_t>(m_position)); }
 
 private:
-    ByteView record;
-    std::uint64_t limit;
-    AttributeRules rules;
-    std::int64_t position;
-    std::int64_t length = 0;
-    std::uint32_t type = 0;
-    std::uint32_t shown = 0;
+    ByteView m_record;
+    std::uint64_t m_limit;
+    AttributeRules m_rules;
+    std::int64_t m_position;
+    std::int64_t m_length = 0;
+    std::uint32_t m_type = 0;
+    std::uint32_t m_shown = 0;
 };

@@ -32,13 +32,13 @@ NtfsClusterMap::Build(NtfsReaders& readers, const NtfsVolume& volume, SectorSour
     for (const NtfsRun& run : runs) {
         sectors += run.Length * volume.SectorsPerCluster;
     }
-    Bitmap.clear();
-    BitmapSize = 0;
+    m_bitmap.clear();
+    m_bitmapSize = 0;
     if (sectors > source.totalSectors * ImageSectorSize / volume.BytesPerSector) {
         return ResultOutOfMemory;
     }
-    BitmapSize = std::min({realSize, sectors * volume.BytesPerSector, LargestBitmap});
-    Bitmap.assign((BitmapSize + WordBytes - 1) / WordBytes, 0);
+    m_bitmapSize = std::min({realSize, sectors * volume.BytesPerSector, LargestBitmap});
+    m_bitmap.assign((m_bitmapSize + WordBytes - 1) / WordBytes, 0);
     Fill(runs, volume, source);
     return ResultSuccess;
 }
@@ -52,14 +52,15 @@ void NtfsClusterMap::Fill(const RunList& runs, const NtfsVolume& volume, SectorS
         sector += static_cast<std::uint64_t>(run.Offset) * volume.SectorsPerCluster;
         NtfsRunBytes bytes(source, sector, run.Length * volume.SectorsPerCluster,
                            volume.BytesPerSector);
-        while (filled < BitmapSize) {
+        while (filled < m_bitmapSize) {
             const ByteView piece = bytes.NextPiece();
             if (piece.Empty()) {
                 break;
             }
-            const std::uint64_t count = std::min<std::uint64_t>(piece.Size(), BitmapSize - filled);
+            const std::uint64_t count =
+                std::min<std::uint64_t>(piece.Size(), m_bitmapSize - filled);
             // Pieces are whole sectors and begin at a word.
-            std::memcpy(Bitmap.data() + filled / WordBytes, piece.Data(), count);
+            std::memcpy(m_bitmap.data() + filled / WordBytes, piece.Data(), count);
             filled += count;
         }
     }
@@ -68,8 +69,8 @@ void NtfsClusterMap::Fill(const RunList& runs, const NtfsVolume& volume, SectorS
 std::uint64_t NtfsClusterMap::FindBit(std::uint64_t from, bool set) const
 {
     const std::uint64_t flip = set ? 0 : ~std::uint64_t{0};
-    for (std::uint64_t word = from / WordBits; word < Bitmap.size(); ++word) {
-        std::uint64_t bits = Bitmap[word] ^ flip;
+    for (std::uint64_t word = from / WordBits; word < m_bitmap.size(); ++word) {
+        std::uint64_t bits = m_bitmap[word] ^ flip;
         if (word == from / WordBits) {
             bits &= ~std::uint64_t{0} << from % WordBits;
         }

@@ -24,8 +24,8 @@ private:
     void Fill(const RunList& runs, const NtfsVolume& volume, SectorSource& source);
     // The first bit from here on that is (or is not) set; the map's end when there is none.
     std::uint64_t FindBit(std::uint64_t from, bool set) const;
-    std::uint64_t Bits() const { return BitmapSize * 8; }
+    std::uint64_t Bits() const { return m_bitmapSize * 8; }
 
-    std::uint64_t BitmapSize = 0;       // bytes
-    std::vector<std::uint64_t> Bitmap;  // little-endian: bit i of word w is cluster 64 w + i
+    std::uint64_t m_bitmapSize = 0;       // bytes
+    std::vector<std::uint64_t> m_bitmap;  // little-endian: bit i of word w is cluster 64 w + i
 };

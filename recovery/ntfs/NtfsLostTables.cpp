@@ -40,13 +40,13 @@ std::uint64_t NtfsLostTable::SectorOf(std::uint32_t recordNumber,
 
 void NtfsLostTables::Clear()
 {
-    tables.clear();
-    given.clear();
+    m_tables.clear();
+    m_given.clear();
 }
 
 void NtfsLostTables::Enter(std::uint64_t mftLba, const RunList& runs)
 {
-    tables[mftLba] = std::make_shared<const RunList>(runs);
+    m_tables[mftLba] = std::make_shared<const RunList>(runs);
 }
 
 // Position and sector run on from table to table, so that only the first gets an honest test. It stays so.
@@ -57,7 +57,7 @@ bool NtfsLostTables::FindMftOfRecord(std::uint64_t sectorInTable,
 {
     std::uint64_t position = 0;
     std::uint64_t sector = 0;
-    for (const auto& [key, runs] : tables) {
+    for (const auto& [key, runs] : m_tables) {
         for (const NtfsRun& run : *runs) {
             if (position > sectorInTable) {
                 return false;  // it never gets smaller
@@ -84,8 +84,8 @@ void NtfsLostTables::GiveId(NtfsLostTable& table, const RunList* shared)
 {
     const auto offset = static_cast<std::uint64_t>(table.runs->back().Offset);
     const Key key = {table.volumeStart, table.sectorsPerCluster, offset, shared};
-    table.id = given.size();
-    table = given.try_emplace(key, table).first->second;
+    table.id = m_given.size();
+    table = m_given.try_emplace(key, table).first->second;
 }
 
 NtfsLostTable NtfsLostTables::ResolveVolumeStart(std::uint64_t lba,
@@ -102,7 +102,7 @@ NtfsLostTable NtfsLostTables::ResolveVolumeStart(std::uint64_t lba,
     const RunList* shared = nullptr;
     RunList runs;
     if (FindMftOfRecord(sectorInTable, lba, sectorsPerCluster, &key)) {
-        const std::shared_ptr<const RunList>& found = tables.at(key);
+        const std::shared_ptr<const RunList>& found = m_tables.at(key);
         shared = found.get();
         if (key != 0) {
             const std::uint64_t inFront =

@@ -47,7 +47,7 @@ private:
                          std::uint64_t* outKey) const;
     void GiveId(NtfsLostTable& table, const RunList* shared);
 
-    std::map<std::uint64_t, std::shared_ptr<const RunList>> tables;
+    std::map<std::uint64_t, std::shared_ptr<const RunList>> m_tables;
     // Tables given out, so that equal ones share their runs and their id.
-    std::map<Key, NtfsLostTable> given;
+    std::map<Key, NtfsLostTable> m_given;
 };

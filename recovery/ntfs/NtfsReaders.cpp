@@ -26,22 +26,23 @@ std::uint64_t NtfsMftMap::SectorOf(std::uint64_t recordNumber,
                                    std::uint64_t volumeStart,
                                    std::uint64_t noMatch)
 {
-    if (stretches.size() > Runs.size()) {
-        stretches.clear();
+    if (m_stretches.size() > Runs.size()) {
+        m_stretches.clear();
     }
-    while (stretches.size() < Runs.size()) {
-        const NtfsRun& run = Runs[stretches.size()];
-        Stretch stretch = stretches.empty() ? Stretch() : stretches.back();
+    while (m_stretches.size() < Runs.size()) {
+        const NtfsRun& run = Runs[m_stretches.size()];
+        Stretch stretch = m_stretches.empty() ? Stretch() : m_stretches.back();
         stretch.begin = stretch.end;
         stretch.end += run.Length * volume.SectorsPerCluster;
         stretch.sector += static_cast<std::uint64_t>(run.Offset) * volume.SectorsPerCluster;
-        stretches.push_back(stretch);
+        m_stretches.push_back(stretch);
     }
     const std::uint64_t wanted = recordNumber * volume.SectorsPerRecord;
     const auto found =
-        std::lower_bound(stretches.begin(), stretches.end(), wanted,
+        std::lower_bound(m_stretches.begin(), m_stretches.end(), wanted,
                          [](const Stretch& stretch, std::uint64_t s) { return stretch.end < s; });
-    return found != stretches.end() ? wanted - found->begin + found->sector + volumeStart : noMatch;
+    return found != m_stretches.end() ? wanted - found->begin + found->sector + volumeStart
+                                      : noMatch;
 }
 
 ResultCode
@@ -73,31 +74,31 @@ FindResidentData(ByteView record, std::uint32_t recordSize, std::uint64_t limit,
 }
 
 NtfsReaders::NtfsReaders(SectorSource& sectorSource, const NtfsVolume& ntfsVolume)
-    : source(sectorSource), volume(ntfsVolume)
+    : m_source(sectorSource), m_volume(ntfsVolume)
 {
 }
 
 void NtfsReaders::Bind()
 {
-    (void)Codec.SetSectorSize(volume.BytesPerSector);
-    mft.Runs.clear();
+    (void)Codec.SetSectorSize(m_volume.BytesPerSector);
+    m_mft.Runs.clear();
     // A table without runs makes an empty scan. While they load, the list itself resolves record numbers.
-    (void)ReadAttributeRuns(volume.MftStartSector, AttributeData, mft.Runs);
+    (void)ReadAttributeRuns(m_volume.MftStartSector, AttributeData, m_mft.Runs);
 }
 
 std::uint64_t NtfsReaders::RecordNumberToSector(std::uint32_t recordNumber)
 {
-    return mft.SectorOf(recordNumber, volume, volume.PartitionStart, volume.PartitionStart);
+    return m_mft.SectorOf(recordNumber, m_volume, m_volume.PartitionStart, m_volume.PartitionStart);
 }
 
 ResultCode NtfsReaders::ReadRecordAt(std::uint64_t sector, RecordBuffer& outBuffer)
 {
     outBuffer.bytes.fill(0);
-    const auto sectorSize = static_cast<std::int32_t>(volume.BytesPerSector);
+    const auto sectorSize = static_cast<std::int32_t>(m_volume.BytesPerSector);
     std::int32_t sectorsRead = 0;
-    return source.ReadSectors(outBuffer.bytes.data(),
-                              static_cast<std::int32_t>(RecordReadBytes) / sectorSize, sector,
-                              sectorSize, &sectorsRead);
+    return m_source.ReadSectors(outBuffer.bytes.data(),
+                                static_cast<std::int32_t>(RecordReadBytes) / sectorSize, sector,
+                                sectorSize, &sectorsRead);
 }
 
 ResultCode NtfsReaders::ReadFileRecord(std::uint32_t recordNumber, RecordBuffer& outBuffer)
@@ -194,12 +195,12 @@ void NtfsReaders::FollowList(ByteView listAttribute, RunList& outRuns, std::uint
     ListTarget target;
     NtfsMftMap table;
     if (!FirstTargetOf(listAttribute, target) ||
-        ReadRunsNested(volume.MftStartSector, AttributeData, table.Runs, nesting + 1) !=
+        ReadRunsNested(m_volume.MftStartSector, AttributeData, table.Runs, nesting + 1) !=
             ResultSuccess) {
         return;
     }
     // The volume's start is not added here, so that behind sector 0 the lookup goes astray. It stays so.
-    const std::uint64_t sector = table.SectorOf(target.recordNumber, volume, 0, 0);
+    const std::uint64_t sector = table.SectorOf(target.recordNumber, m_volume, 0, 0);
     (void)ReadRunsNested(sector, target.attributeType, outRuns,
                          nesting + 1);  // what fails behind a list leaves the runs short
 }
@@ -227,12 +228,12 @@ void NtfsReaders::FollowNonResidentList(ByteView listAttribute, RunList& outRuns
     RunList listRuns;
     Codec.DecodeRunList(listAttribute, listRuns);
     std::uint32_t looked = 0;
-    std::uint64_t sector = volume.PartitionStart;
+    std::uint64_t sector = m_volume.PartitionStart;
     for (const NtfsRun& run : listRuns) {
-        const std::uint64_t sectors = run.Length * volume.SectorsPerCluster;
-        sector += static_cast<std::uint64_t>(run.Offset) * volume.SectorsPerCluster;
-        NtfsRunBytes bytes(source, sector, sectors, volume.BytesPerSector);
-        for (std::uint64_t at = 0; at < sectors * volume.BytesPerSector;) {
+        const std::uint64_t sectors = run.Length * m_volume.SectorsPerCluster;
+        sector += static_cast<std::uint64_t>(run.Offset) * m_volume.SectorsPerCluster;
+        NtfsRunBytes bytes(m_source, sector, sectors, m_volume.BytesPerSector);
+        for (std::uint64_t at = 0; at < sectors * m_volume.BytesPerSector;) {
             if (++looked > LongestAttributeList) {
                 return;
             }
@@ -284,7 +285,7 @@ ResultCode NtfsReaders::ReadResidentData(std::uint64_t recordSector,
     (void)Codec.ApplyFixups(record.bytes);  // cannot fail behind the magic
     ByteView value;
     const ResultCode result =
-        FindResidentData(record.View(), volume.RecordSize, RecordReadBytes, value);
+        FindResidentData(record.View(), m_volume.RecordSize, RecordReadBytes, value);
     if (result == ResultSuccess) {
         outSize = static_cast<std::uint32_t>(value.Size());
         std::memcpy(buffer.data(), value.Data(), std::min(value.Size(), buffer.size()));

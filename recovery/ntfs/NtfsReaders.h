@@ -42,7 +42,7 @@ private:
         std::uint64_t sector = 0;  // in the volume
     };
 
-    std::vector<Stretch> stretches;  // of the first of the runs
+    std::vector<Stretch> m_stretches;  // of the first of the runs
 };
 
 // The data attribute of a repaired record: 0 and the value with its padding, ResultDataNotResident when it lies in runs
@@ -62,7 +62,7 @@ public:
     void Bind();
 
     std::uint64_t RecordNumberToSector(std::uint32_t recordNumber);
-    const RunList& MftRuns() const { return mft.Runs; }
+    const RunList& MftRuns() const { return m_mft.Runs; }
 
     // Reads 8192 bytes from a sector; what does not arrive is 0. The record is not tested.
     [[nodiscard]] ResultCode ReadRecordAt(std::uint64_t sector, RecordBuffer& outBuffer);
@@ -108,7 +108,7 @@ private:
     void FollowNonResidentList(ByteView listAttribute, RunList& outRuns);
     [[nodiscard]] ResultCode AppendListedRuns(std::uint32_t recordNumber, RunList& outRuns);
 
-    SectorSource& source;
-    const NtfsVolume& volume;
-    NtfsMftMap mft;
+    SectorSource& m_source;
+    const NtfsVolume& m_volume;
+    NtfsMftMap m_mft;
 };

@@ -26,10 +26,10 @@ public:
 private:
     bool Append();
 
-    SectorSource& source;
-    std::uint64_t nextSector;
-    std::uint64_t sectorsLeft;
-    std::uint32_t sectorSize;
-    std::uint64_t begin = 0;  // of what is held, in the run
-    std::vector<std::uint8_t> held;
+    SectorSource& m_source;
+    std::uint64_t m_nextSector;
+    std::uint64_t m_sectorsLeft;
+    std::uint32_t m_sectorSize;
+    std::uint64_t m_begin = 0;  // of what is held, in the run
+    std::vector<std::uint8_t> m_held;
 };

@@ -17,7 +17,7 @@ constexpr std::uint32_t MftRecordNumber = 0;
 ResultCode CProfessionalNtfsRecovery::AddFileRecord(std::span<std::uint8_t> buffer,
                                                     std::uint64_t lba)
 {
-    if ((FlagsOf(ByteView(buffer)) & RecordIsFolder) != 0 || Store == nullptr) {
+    if ((FlagsOf(ByteView(buffer)) & RecordIsFolder) != 0 || m_store == nullptr) {
         return ResultSuccess;
     }
     return ProcessRecord({buffer, lba, false, 0});
@@ -27,9 +27,9 @@ ResultCode CProfessionalNtfsRecovery::AddFileRecord(std::span<std::uint8_t> buff
 ResultCode CProfessionalNtfsRecovery::FinishAnalysis()
 {
     ResultCode result = ResultSuccess;
-    for (std::size_t i = 0; i < FolderWorkList.size(); ++i) {
-        const FolderWork work = FolderWorkList[i];
-        const std::uint64_t lba = work.table.SectorOf(work.recordNumber, SectorsPerRecord);
+    for (std::size_t i = 0; i < m_folderWorkList.size(); ++i) {
+        const FolderWork work = m_folderWorkList[i];
+        const std::uint64_t lba = work.table.SectorOf(work.recordNumber, m_sectorsPerRecord);
         RecordBuffer buffer;
         if (const ResultCode read = ReadRecordAt(lba, buffer)) {
             return read;  // the folders behind it get no record
@@ -42,19 +42,19 @@ ResultCode CProfessionalNtfsRecovery::FinishAnalysis()
 ResultCode CProfessionalNtfsRecovery::ProcessRecord(const RecordInHand& inHand)
 {
     const ByteView record{inHand.bytes};
-    const std::uint32_t clusterBytes = SectorsPerCluster * BytesPerSector;
+    const std::uint32_t clusterBytes = m_sectorsPerCluster * m_bytesPerSector;
     // The folder's old record was reused or wiped.
     const bool lost = inHand.folderPass && (FlagsOf(record) & RecordIsFolder) == 0;
     if (!HasFileMagic(record)) {
         if (lost) {
-            MakeLostFolder(*Store, Origin, inHand.wantedNumber, clusterBytes);
+            MakeLostFolder(*m_store, m_origin, inHand.wantedNumber, clusterBytes);
         }
         return ResultNoFileRecord;
     }
-    (void)Codec.ApplyFixups(inHand.bytes);  // cannot fail behind the magic
+    (void)m_codec.ApplyFixups(inHand.bytes);  // cannot fail behind the magic
     const std::uint32_t used = BytesInUseOf(record);
     const std::uint32_t first = FirstAttributeOf(record);
-    if (used > RecordSize || first > RecordSize || used < first) {
+    if (used > m_recordSize || first > m_recordSize || used < first) {
         return ResultInvalidParameter;
     }
     FileRecord* current = nullptr;
@@ -74,7 +74,7 @@ ResultCode CProfessionalNtfsRecovery::ProcessRecord(const RecordInHand& inHand)
         if (lost) {
             const std::uint32_t number =
                 inHand.wantedNumber != 0 ? inHand.wantedNumber : RecordNumberOf(record);
-            MakeLostFolder(*Store, Origin, number, clusterBytes);
+            MakeLostFolder(*m_store, m_origin, number, clusterBytes);
             break;
         }
         if (!attribute.Covers(0, FileNameHeadBytes) || !TakeFileName(inHand, attribute, current)) {
@@ -115,7 +115,7 @@ void CProfessionalNtfsRecovery::TakeSystemName(const RecordInHand& inHand, ByteV
     if (EqualIgnoringAsciiCase(NameOfFileName(attribute), "$MFT")) {
         RunList runs;
         (void)ReadRunsAt(inHand.lba, runs);  // without runs the table is entered all the same
-        Mfts.Enter(inHand.lba, runs);
+        m_mfts.Enter(inHand.lba, runs);
     }
 }
 
@@ -123,20 +123,20 @@ void CProfessionalNtfsRecovery::TakeSystemName(const RecordInHand& inHand, ByteV
 FileRecord& CProfessionalNtfsRecovery::MakeRecord(const RecordInHand& inHand, ByteView attribute)
 {
     const ByteView bytes{inHand.bytes};
-    FileRecord& record = MakeRecordFromFileName(*Store, Origin, attribute, inHand.folderPass);
+    FileRecord& record = MakeRecordFromFileName(*m_store, m_origin, attribute, inHand.folderPass);
     EstimateClusterSize(bytes);
-    record.ClusterBytes = SectorsPerCluster * BytesPerSector;
+    record.ClusterBytes = m_sectorsPerCluster * m_bytesPerSector;
     record.NodeId = RecordNumberOf(bytes);
     record.EntrySector = inHand.lba;
-    const NtfsLostTable table = Mfts.ResolveVolumeStart(inHand.lba, record.NodeId, SectorsPerRecord,
-                                                        SectorsPerCluster, StartLba);
+    const NtfsLostTable table = m_mfts.ResolveVolumeStart(
+        inHand.lba, record.NodeId, m_sectorsPerRecord, m_sectorsPerCluster, m_startLba);
     record.PartitionStart = table.volumeStart;
     const std::uint32_t parent = ParentOfFileName(attribute);
     const std::uint32_t depth = ResolveAncestors(parent, table);
     if (inHand.folderPass) {
-        Store->LinkFolder(parent, depth, record.RecordNumber, record.NodeId, record.NameText());
+        m_store->LinkFolder(parent, depth, record.RecordNumber, record.NodeId, record.NameText());
     } else {
-        Store->LinkRecord(parent, depth, record.RecordNumber);
+        m_store->LinkRecord(parent, depth, record.RecordNumber);
         record.HeadIntact = CheckFileHead(record) ? 1 : 0;
     }
     return record;
@@ -146,19 +146,19 @@ FileRecord& CProfessionalNtfsRecovery::MakeRecord(const RecordInHand& inHand, By
 // strange value, and the next good file puts it right.
 void CProfessionalNtfsRecovery::EstimateClusterSize(ByteView record)
 {
-    if (FirstAttributeOf(record) >= RecordSize) {
+    if (FirstAttributeOf(record) >= m_recordSize) {
         return;
     }
     std::uint64_t allocated = 0;
     RunList runs;
-    AttributeWalk walk(record, RecordSize, ResidentReaderRules);
+    AttributeWalk walk(record, m_recordSize, ResidentReaderRules);
     while (walk.Next() && walk.Type() != AttributeAttributeList) {
         if (walk.Type() == AttributeData) {
             const ByteView attribute = walk.Attribute();
             if (attribute.U8(AttributeNonResident) != 0 &&
                 attribute.Covers(AttributeAllocatedSize, sizeof(std::uint64_t))) {
                 allocated = attribute.U64(AttributeAllocatedSize);
-                Codec.DecodeRunList(attribute, runs);
+                m_codec.DecodeRunList(attribute, runs);
             }
             break;
         }
@@ -171,9 +171,9 @@ void CProfessionalNtfsRecovery::EstimateClusterSize(ByteView record)
         return;
     }
     // Cut to 32 bits before it is tested: 2^32 is no size.
-    const auto estimate = static_cast<std::uint32_t>(allocated / BytesPerSector / clusters);
+    const auto estimate = static_cast<std::uint32_t>(allocated / m_bytesPerSector / clusters);
     if (estimate != 0) {
-        SectorsPerCluster = estimate;
+        m_sectorsPerCluster = estimate;
     }
 }
 
@@ -182,17 +182,17 @@ void CProfessionalNtfsRecovery::EstimateClusterSize(ByteView record)
 std::uint32_t CProfessionalNtfsRecovery::ResolveAncestors(std::uint32_t recordNumber,
                                                           const NtfsLostTable& table)
 {
-    return CountLevels(recordNumber, depths[table.id], [&](std::uint32_t number) {
+    return CountLevels(recordNumber, m_depths[table.id], [&](std::uint32_t number) {
         FolderStep step;
         if (number == RootRecordNumber) {
             return step;
         }
         step.isLevel = true;
-        if (listed.insert(number).second) {
-            FolderWorkList.push_back({number, table});
+        if (m_listed.insert(number).second) {
+            m_folderWorkList.push_back({number, table});
         }
         // Another number there shows that the table's runs do not fit.
-        const FolderHead& head = HeadAt(table.SectorOf(number, SectorsPerRecord));
+        const FolderHead& head = HeadAt(table.SectorOf(number, m_sectorsPerRecord));
         step.hasParent = head.isFolder && head.number == number && head.hasParent;
         step.parent = head.parent;
         return step;
@@ -201,7 +201,7 @@ std::uint32_t CProfessionalNtfsRecovery::ResolveAncestors(std::uint32_t recordNu
 
 const CProfessionalNtfsRecovery::FolderHead& CProfessionalNtfsRecovery::HeadAt(std::uint64_t lba)
 {
-    const auto [known, isNew] = heads.try_emplace(lba);
+    const auto [known, isNew] = m_heads.try_emplace(lba);
     FolderHead& head = known->second;
     RecordBuffer buffer;
     if (!isNew || ReadRepairedRecord(lba, buffer) != ResultSuccess) {
@@ -210,7 +210,7 @@ const CProfessionalNtfsRecovery::FolderHead& CProfessionalNtfsRecovery::HeadAt(s
     const ByteView record = buffer.View();
     const std::uint32_t used = BytesInUseOf(record);
     const std::uint32_t first = FirstAttributeOf(record);
-    if ((FlagsOf(record) & RecordIsFolder) == 0 || first >= RecordSize || used >= RecordSize ||
+    if ((FlagsOf(record) & RecordIsFolder) == 0 || first >= m_recordSize || used >= m_recordSize ||
         used < first) {
         return head;
     }
@@ -232,17 +232,18 @@ bool CProfessionalNtfsRecovery::CheckFileHead(const FileRecord& record)
 {
     RecordBuffer buffer;
     if (ReadRepairedRecord(record.EntrySector, buffer) != ResultSuccess ||
-        FirstAttributeOf(buffer.View()) >= RecordSize) {
+        FirstAttributeOf(buffer.View()) >= m_recordSize) {
         return true;
     }
     ByteView value;
-    const ResultCode found = FindResidentData(buffer.View(), RecordSize, RecordSize, value);
+    const ResultCode found = FindResidentData(buffer.View(), m_recordSize, m_recordSize, value);
     if (found == ResultSuccess) {
         std::string extension;
-        return !value.Empty() && (ExtensionOf(record.NameText(), extension) != ResultSuccess ||
-                                  VerifyExtensionAtSector(value, extension, Source,
-                                                          static_cast<std::int32_t>(BytesPerSector),
-                                                          record.EntrySector));
+        return !value.Empty() &&
+               (ExtensionOf(record.NameText(), extension) != ResultSuccess ||
+                VerifyExtensionAtSector(value, extension, m_source,
+                                        static_cast<std::int32_t>(m_bytesPerSector),
+                                        record.EntrySector));
     }
     RunList runs;
     if (found != ResultDataNotResident || ReadRunsAt(record.EntrySector, runs) != ResultSuccess ||
@@ -256,16 +257,16 @@ bool CProfessionalNtfsRecovery::CheckFirstSector(const FileRecord& record, const
 {
     const auto lcn = static_cast<std::uint64_t>(runs.front().Offset);
     const std::uint64_t lba =
-        SectorOfCluster(lcn, record.ClusterBytes, BytesPerSector) + record.PartitionStart;
+        SectorOfCluster(lcn, record.ClusterBytes, m_bytesPerSector) + record.PartitionStart;
     std::string extension;
     if (lba == 0 || ExtensionOf(record.NameText(), extension) != ResultSuccess) {
         return true;
     }
-    const auto sectorSize = static_cast<std::int32_t>(BytesPerSector);
-    std::vector<std::uint8_t> sector(BytesPerSector);
+    const auto sectorSize = static_cast<std::int32_t>(m_bytesPerSector);
+    std::vector<std::uint8_t> sector(m_bytesPerSector);
     std::int32_t sectorsRead = 0;
-    if (Source.ReadSectors(sector.data(), 1, lba, sectorSize, &sectorsRead) != ResultSuccess) {
+    if (m_source.ReadSectors(sector.data(), 1, lba, sectorSize, &sectorsRead) != ResultSuccess) {
         return true;
     }
-    return VerifyExtensionAtSector(ByteView(sector), extension, Source, sectorSize, lba);
+    return VerifyExtensionAtSector(ByteView(sector), extension, m_source, sectorSize, lba);
 }

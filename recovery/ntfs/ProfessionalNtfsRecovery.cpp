@@ -18,23 +18,23 @@ ResultCode CProfessionalNtfsRecovery::OpenAt(const OpenedSource& opened,
                                              std::uint64_t startLba,
                                              std::uint64_t sectorCount)
 {
-    StartLba = startLba;
-    SectorsPerRecord = BytesPerSector == 512 ? 2 : 1;
-    RecordSize = SectorsPerRecord * BytesPerSector;
-    SectorsPerCluster = DefaultSectorsPerCluster(sectorCount, BytesPerSector);
-    (void)Codec.SetSectorSize(BytesPerSector);
+    m_startLba = startLba;
+    m_sectorsPerRecord = m_bytesPerSector == 512 ? 2 : 1;
+    m_recordSize = m_sectorsPerRecord * m_bytesPerSector;
+    m_sectorsPerCluster = DefaultSectorsPerCluster(sectorCount, m_bytesPerSector);
+    (void)m_codec.SetSectorSize(m_bytesPerSector);
     std::array<std::uint8_t, BootBytes> bytes = {};
     if (const ResultCode result =
-            ReadWhole(*opened.reader, StartLba * BytesPerSector, bytes.data(), BootBytes)) {
+            ReadWhole(*opened.reader, m_startLba * m_bytesPerSector, bytes.data(), BootBytes)) {
         return result;
     }
-    Mfts.Clear();
+    m_mfts.Clear();
     const ByteView boot = ByteView(std::span<const std::uint8_t>(bytes)).Sub(0, 512);
     if (IsNtfsBootSector(boot)) {
-        const std::uint64_t mftLba = boot.U64(48) * boot.U8(13) + StartLba;
+        const std::uint64_t mftLba = boot.U64(48) * boot.U8(13) + m_startLba;
         RunList runs;
         (void)ReadRunsAt(mftLba, runs);  // without runs the table is entered all the same
-        Mfts.Enter(mftLba, runs);
+        m_mfts.Enter(mftLba, runs);
     }
     return ResultSuccess;
 }
@@ -42,17 +42,17 @@ ResultCode CProfessionalNtfsRecovery::OpenAt(const OpenedSource& opened,
 ResultCode CProfessionalNtfsRecovery::OpenImageFile(const std::filesystem::path& filePath,
                                                     char16_t driveLetter)
 {
-    if (isOpen) {
+    if (m_isOpen) {
         return ResultSuccess;
     }
     OpenedSource opened;
     if (const ResultCode result = OpenImageSource(filePath, opened)) {
         return result;
     }
-    isOpen = true;
-    Origin.DriveLetter = driveLetter;
-    const ResultCode result = Source.OpenImage(filePath);
-    const ResultCode booted = OpenAt(opened, 0, opened.sizeBytes / BytesPerSector);
+    m_isOpen = true;
+    m_origin.DriveLetter = driveLetter;
+    const ResultCode result = m_source.OpenImage(filePath);
+    const ResultCode booted = OpenAt(opened, 0, opened.sizeBytes / m_bytesPerSector);
     return booted != ResultSuccess ? booted : result;
 }
 
@@ -61,17 +61,17 @@ ResultCode CProfessionalNtfsRecovery::OpenPartition(std::uint32_t diskNumber,
                                                     std::uint64_t sectorCount,
                                                     char16_t driveLetter)
 {
-    if (isOpen) {
+    if (m_isOpen) {
         return ResultSuccess;
     }
     OpenedSource opened;
     if (const ResultCode result = OpenDriveSource(diskNumber, opened)) {
         return result;
     }
-    isOpen = true;
-    Origin.DriveLetter = driveLetter;
-    BytesPerSector = opened.sectorSize != 0 ? opened.sectorSize : 512;
-    const ResultCode result = Source.OpenDrive(diskNumber);
+    m_isOpen = true;
+    m_origin.DriveLetter = driveLetter;
+    m_bytesPerSector = opened.sectorSize != 0 ? opened.sectorSize : 512;
+    const ResultCode result = m_source.OpenDrive(diskNumber);
     const ResultCode booted = OpenAt(opened, startLba, sectorCount);
     return booted != ResultSuccess ? booted : result;
 }
@@ -81,30 +81,31 @@ ResultCode CProfessionalNtfsRecovery::SetCallbacks(ProgressCallback /*scanCallba
                                                    void* context,
                                                    std::int32_t /*progressRange*/)
 {
-    FileCallback = fileCallback;
-    CallbackContext = context;
+    m_fileCallback = fileCallback;
+    m_callbackContext = context;
     return ResultSuccess;
 }
 
 ResultCode CProfessionalNtfsRecovery::OpenRecordStore(std::string_view logName)
 {
-    FolderWorkList.clear();
-    listed.clear();
-    depths.clear();
-    Store = std::make_unique<ScanRecordStore>();
-    Store->SetSearchCallback(SearchCallback, SearchContext);
-    return Store->OpenStore(!logName.empty() ? std::string(logName)
-                                             : ScanRecordStore::MakeName("Pro_Ntfs_", StartLba));
+    m_folderWorkList.clear();
+    m_listed.clear();
+    m_depths.clear();
+    m_store = std::make_unique<ScanRecordStore>();
+    m_store->SetSearchCallback(m_searchCallback, m_searchContext);
+    return m_store->OpenStore(!logName.empty()
+                                  ? std::string(logName)
+                                  : ScanRecordStore::MakeName("Pro_Ntfs_", m_startLba));
 }
 
 ResultCode CProfessionalNtfsRecovery::ReadRecordAt(std::uint64_t lba, RecordBuffer& outBuffer)
 {
     outBuffer.bytes.fill(0);
-    const auto sectorSize = static_cast<std::int32_t>(BytesPerSector);
+    const auto sectorSize = static_cast<std::int32_t>(m_bytesPerSector);
     std::int32_t sectorsRead = 0;
-    return Source.ReadSectors(outBuffer.bytes.data(),
-                              static_cast<std::int32_t>(RecordReadBytes) / sectorSize, lba,
-                              sectorSize, &sectorsRead);
+    return m_source.ReadSectors(outBuffer.bytes.data(),
+                                static_cast<std::int32_t>(RecordReadBytes) / sectorSize, lba,
+                                sectorSize, &sectorsRead);
 }
 
 ResultCode CProfessionalNtfsRecovery::ReadRepairedRecord(std::uint64_t lba, RecordBuffer& outBuffer)
@@ -112,7 +113,8 @@ ResultCode CProfessionalNtfsRecovery::ReadRepairedRecord(std::uint64_t lba, Reco
     if (const ResultCode result = ReadRecordAt(lba, outBuffer)) {
         return result;
     }
-    return HasFileMagic(outBuffer.View()) ? Codec.ApplyFixups(outBuffer.bytes) : ResultNoFileRecord;
+    return HasFileMagic(outBuffer.View()) ? m_codec.ApplyFixups(outBuffer.bytes)
+                                          : ResultNoFileRecord;
 }
 
 // The runs of the data attribute of the record at lba. Attribute lists are not followed.
@@ -122,13 +124,13 @@ ResultCode CProfessionalNtfsRecovery::ReadRunsAt(std::uint64_t lba, RunList& out
     if (const ResultCode result = ReadRepairedRecord(lba, buffer)) {
         return result;
     }
-    AttributeWalk walk(buffer.View(), RecordSize, RunReaderRules);
+    AttributeWalk walk(buffer.View(), m_recordSize, RunReaderRules);
     while (walk.Next()) {
         if (walk.Type() == AttributeAttributeList) {
             return ResultInvalidParameter;
         }
         if (walk.Type() == AttributeData) {
-            Codec.DecodeRunList(walk.Attribute(), outRuns);
+            m_codec.DecodeRunList(walk.Attribute(), outRuns);
             return ResultSuccess;
         }
     }
@@ -141,13 +143,13 @@ ResultCode CProfessionalNtfsRecovery::ReadRecordRuns(const FileRecord& record, R
     if (const ResultCode result = ReadRepairedRecord(record.EntrySector, buffer)) {
         return result;
     }
-    if (FirstAttributeOf(buffer.View()) >= RecordSize) {
+    if (FirstAttributeOf(buffer.View()) >= m_recordSize) {
         return ResultInvalidParameter;
     }
-    AttributeWalk walk(buffer.View(), RecordSize, ResidentReaderRules);
+    AttributeWalk walk(buffer.View(), m_recordSize, ResidentReaderRules);
     while (walk.Next() && walk.Type() != AttributeAttributeList) {
         if (walk.Type() == AttributeData) {
-            Codec.DecodeRunList(walk.Attribute(), outRuns);
+            m_codec.DecodeRunList(walk.Attribute(), outRuns);
             return ResultSuccess;
         }
     }
@@ -161,11 +163,11 @@ ResultCode CProfessionalNtfsRecovery::ReadResidentData(const FileRecord& record,
     if (const ResultCode result = ReadRepairedRecord(record.EntrySector, bytes)) {
         return result;
     }
-    if (FirstAttributeOf(bytes.View()) >= RecordSize) {
+    if (FirstAttributeOf(bytes.View()) >= m_recordSize) {
         return ResultInvalidParameter;
     }
     ByteView value;
-    const ResultCode result = FindResidentData(bytes.View(), RecordSize, RecordSize, value);
+    const ResultCode result = FindResidentData(bytes.View(), m_recordSize, m_recordSize, value);
     if (result == ResultSuccess && !value.Empty()) {
         std::memcpy(buffer.data(), value.Data(), std::min(value.Size(), buffer.size()));
     }
@@ -179,7 +181,7 @@ std::optional<std::uint64_t> CProfessionalNtfsRecovery::FirstDataSector(const Fi
         return std::nullopt;
     }
     const auto lcn = static_cast<std::uint64_t>(runs.front().Offset);
-    return SectorOfCluster(lcn, record.ClusterBytes, BytesPerSector) + record.PartitionStart;
+    return SectorOfCluster(lcn, record.ClusterBytes, m_bytesPerSector) + record.PartitionStart;
 }
 
 ResultCode CProfessionalNtfsRecovery::Scan(const std::string* /*logName*/)
@@ -191,15 +193,15 @@ ResultCode CProfessionalNtfsRecovery::ListChildren(const FileRecord* parentRecor
                                                    std::uint32_t depth,
                                                    FileRecordList& outRecords)
 {
-    if (Store == nullptr) {
+    if (m_store == nullptr) {
         return ResultSuccess;
     }
     if (parentRecord == nullptr && depth != 0) {
         return ResultInvalidParameter;
     }
-    (void)Store->FlushStore();  // what could not be written is missing from the list
+    (void)m_store->FlushStore();  // what could not be written is missing from the list
     const std::uint32_t node = parentRecord != nullptr ? parentRecord->NodeId : 0;
-    return Store->ListChildren(ScanRecordStore::MakeKey(depth, node), outRecords);
+    return m_store->ListChildren(ScanRecordStore::MakeKey(depth, node), outRecords);
 }
 
 // Unlike the listing, the count takes the root for a parent without a number.
@@ -207,26 +209,26 @@ ResultCode CProfessionalNtfsRecovery::CountChildren(const FileRecord* parentReco
                                                     std::uint32_t depth,
                                                     std::uint32_t& outCount)
 {
-    if (Store == nullptr) {
+    if (m_store == nullptr) {
         return ResultSuccess;
     }
     if (parentRecord == nullptr && depth != 0) {
         return ResultInvalidParameter;
     }
-    (void)Store->FlushStore();  // as above
+    (void)m_store->FlushStore();  // as above
     const std::uint32_t node = parentRecord != nullptr ? parentRecord->NodeId : 0;
     const std::uint32_t folder = node != 0 ? node : RootRecordNumber;
-    return Store->CountChildren(ScanRecordStore::MakeKey(depth, folder), outCount);
+    return m_store->CountChildren(ScanRecordStore::MakeKey(depth, folder), outCount);
 }
 
 std::uint64_t CProfessionalNtfsRecovery::GetRecordCount() const
 {
-    return Store != nullptr ? Store->GetRecordCount() : 0;
+    return m_store != nullptr ? m_store->GetRecordCount() : 0;
 }
 
 ResultCode CProfessionalNtfsRecovery::GetRecordPath(const FileRecord* record, std::string& outPath)
 {
-    return Store != nullptr ? Store->GetRecordPath(record, outPath) : ResultInvalidParameter;
+    return m_store != nullptr ? m_store->GetRecordPath(record, outPath) : ResultInvalidParameter;
 }
 
 ResultCode CProfessionalNtfsRecovery::RestoreRecord(const FileRecord* record,
@@ -237,13 +239,13 @@ ResultCode CProfessionalNtfsRecovery::RestoreRecord(const FileRecord* record,
         return ResultInvalidParameter;
     }
     const NtfsDataReader reader = {
-        Source, BytesPerSector,
+        m_source, m_bytesPerSector,
         [this](const FileRecord& file, std::span<std::uint8_t> buffer) {
             return ReadResidentData(file, buffer);
         },
         [this](const FileRecord& file, RunList& outRuns) { return ReadRecordRuns(file, outRuns); }};
     const auto restoreFile = [&](const FileRecord& file, const std::filesystem::path& path) {
-        return RestoreNtfsFile(reader, file, path, FileCallback, CallbackContext);
+        return RestoreNtfsFile(reader, file, path, m_fileCallback, m_callbackContext);
     };
     if (record->IsFolder != 0) {
         return RestoreFolderTree(*this, *record, destPath, baseDepth, restoreFile);
@@ -263,19 +265,19 @@ std::int32_t CProfessionalNtfsRecovery::NextFreeRange(std::uint64_t& /*inOutSect
 ResultCode CProfessionalNtfsRecovery::SetSearchCallback(SearchProgressCallback callback,
                                                         void* context)
 {
-    SearchCallback = callback;
-    SearchContext = context;
-    if (Store == nullptr) {
+    m_searchCallback = callback;
+    m_searchContext = context;
+    if (m_store == nullptr) {
         return ResultInvalidParameter;
     }
-    Store->SetSearchCallback(callback, context);
+    m_store->SetSearchCallback(callback, context);
     return ResultSuccess;
 }
 
 std::int32_t CProfessionalNtfsRecovery::SearchRecords(std::string_view extensionPattern,
                                                       FileRecordList& outRecords)
 {
-    return Store != nullptr ? Store->SearchRecords(extensionPattern, outRecords) : 0;
+    return m_store != nullptr ? m_store->SearchRecords(extensionPattern, outRecords) : 0;
 }
 
 ResultCode CProfessionalNtfsRecovery::BuildUsedClusterMap()
@@ -294,7 +296,7 @@ ResultCode CProfessionalNtfsRecovery::ReadRecordData(const FileRecord* record,
         return ResultInvalidParameter;
     }
     const NtfsDataReader reader = {
-        Source, BytesPerSector,
+        m_source, m_bytesPerSector,
         [this](const FileRecord& file, std::span<std::uint8_t> bytes) {
             return ReadResidentData(file, bytes);
         },
@@ -305,7 +307,7 @@ ResultCode CProfessionalNtfsRecovery::ReadRecordData(const FileRecord* record,
 
 void CProfessionalNtfsRecovery::FlushStore()
 {
-    if (Store != nullptr) {
-        (void)Store->FlushStore();  // what could not be written is not found
+    if (m_store != nullptr) {
+        (void)m_store->FlushStore();  // what could not be written is not found
     }
 }

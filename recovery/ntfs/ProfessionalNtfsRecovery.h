@@ -116,25 +116,25 @@ private:
     bool CheckFileHead(const FileRecord& record);
     bool CheckFirstSector(const FileRecord& record, const RunList& runs);
 
-    bool isOpen = false;
-    std::uint64_t StartLba = 0;
-    std::uint32_t BytesPerSector = 512;
-    std::uint32_t RecordSize = 1024;
-    std::uint32_t SectorsPerRecord = 2;
-    std::uint32_t SectorsPerCluster = 8;  // the running estimate
-    NtfsRecordOrigin Origin{0, EngineKindProfessionalNtfs};
-    SectorSource Source;
-    NtfsRecordCodec Codec;
-    std::unique_ptr<ScanRecordStore> Store;
-    NtfsLostTables Mfts;
-    std::vector<FolderWork> FolderWorkList;  // no two with the same number, in order of first use
-    std::unordered_set<std::uint32_t> listed;
-    std::unordered_map<std::uint64_t, FolderHead> heads;  // by LBA
+    bool m_isOpen = false;
+    std::uint64_t m_startLba = 0;
+    std::uint32_t m_bytesPerSector = 512;
+    std::uint32_t m_recordSize = 1024;
+    std::uint32_t m_sectorsPerRecord = 2;
+    std::uint32_t m_sectorsPerCluster = 8;  // the running estimate
+    NtfsRecordOrigin m_origin{0, EngineKindProfessionalNtfs};
+    SectorSource m_source;
+    NtfsRecordCodec m_codec;
+    std::unique_ptr<ScanRecordStore> m_store;
+    NtfsLostTables m_mfts;
+    std::vector<FolderWork> m_folderWorkList;  // no two with the same number, in order of first use
+    std::unordered_set<std::uint32_t> m_listed;
+    std::unordered_map<std::uint64_t, FolderHead> m_heads;  // by LBA
     // Depths of folders, by the table that they were looked up in.
-    std::unordered_map<std::uint64_t, KnownDepths> depths;
+    std::unordered_map<std::uint64_t, KnownDepths> m_depths;
 
-    FileProgressCallback FileCallback = nullptr;
-    void* CallbackContext = nullptr;
-    SearchProgressCallback SearchCallback = nullptr;
-    void* SearchContext = nullptr;
+    FileProgressCallback m_fileCallback = nullptr;
+    void* m_callbackContext = nullptr;
+    SearchProgressCallback m_searchCallback = nullptr;
+    void* m_searchContext = nullptr;
 };

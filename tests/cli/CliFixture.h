@@ -32,9 +32,9 @@ protected:
         if (const std::string missing = FatCard::MissingTools(); !missing.empty()) {
             GTEST_SKIP() << missing;
         }
-        card.emplace(folder / "card.img", FatOptions());
-        card->MakeFolder("Lake");
-        card->MakeFolder("Old");
+        m_card.emplace(m_folder / "card.img", FatOptions());
+        m_card->MakeFolder("Lake");
+        m_card->MakeFolder("Old");
         // Living files stay between the deleted ones and must not come back.
         Add("living.png", MakePng(40, 30, 1));
         Add("first picture.jpg", MakeJpeg(800, 600, 2));
@@ -47,18 +47,18 @@ protected:
         for (const char* name :
              {"first picture.jpg", "Lake/second picture.png", "Lake/first picture.jpg",
               "some notes.txt", "no extension", "some data.xyz"}) {
-            card->Delete(name);
+            m_card->Delete(name);
         }
-        card->DeleteTree("Old");
+        m_card->DeleteTree("Old");
     }
 
     void Add(const std::string& path, const ByteVector& bytes)
     {
-        card->Put(path, bytes);
-        originals[path] = bytes;
+        m_card->Put(path, bytes);
+        m_originals[path] = bytes;
     }
 
-    std::string Card() const { return card->ImagePath().string(); }
+    std::string Card() const { return m_card->ImagePath().string(); }
 
     // The quick scan: what it finds on the card is known to the file.
     Outcome Run(std::vector<std::string> arguments, bool terminal = false) const
@@ -75,7 +75,7 @@ protected:
                        bool terminal = false,
                        std::istream* answers = nullptr) const
     {
-        arguments.insert(arguments.end(), {"--data-dir", (folder / "data").string()});
+        arguments.insert(arguments.end(), {"--data-dir", (m_folder / "data").string()});
         std::ostringstream out;
         std::ostringstream err;
         CommandStreams streams{out, err, terminal, answers};
@@ -105,8 +105,8 @@ protected:
         return files;
     }
 
-    DataFolder data;
-    TempFolder folder;
-    std::optional<FatCard> card;
-    std::map<std::string, ByteVector> originals;
+    DataFolder m_data;
+    TempFolder m_folder;
+    std::optional<FatCard> m_card;
+    std::map<std::string, ByteVector> m_originals;
 };

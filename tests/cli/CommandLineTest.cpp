@@ -11,10 +11,10 @@ using CommandLineTest = CliFixture;
 
 TEST_F(CommandLineTest, EveryRefusalHasItsStatusAndSaysWhatToDo)
 {
-    WriteFileBytes(folder / "short", ByteVector(16383));
-    WriteFileBytes(folder / "noise", RandomBytes(1 << 20, 9));
-    WriteFileBytes(folder / "file", {});
-    const std::string out = (folder / "out").string();
+    WriteFileBytes(m_folder / "short", ByteVector(16383));
+    WriteFileBytes(m_folder / "noise", RandomBytes(1 << 20, 9));
+    WriteFileBytes(m_folder / "file", {});
+    const std::string out = (m_folder / "out").string();
     struct RefusalCase
     {
         std::vector<std::string> arguments;
@@ -35,13 +35,13 @@ TEST_F(CommandLineTest, EveryRefusalHasItsStatusAndSaysWhatToDo)
         {{"image", Card(), "new.img"}, 2, "can be scanned as it is"},
         {{"image", "/dev/null", "new.img"}, 3, "neither a file nor a block device"},
         {{"scan", out + "/nothing"}, 3, "there is no such file"},
-        {{"scan", (folder / "short").string()}, 3, "shorter than 16 KB"},
-        {{"scan", (folder / "noise").string()}, 3, "no file system"},
-        {{"scan", folder.Path().string()}, 3, "neither a file nor a block device"},
+        {{"scan", (m_folder / "short").string()}, 3, "shorter than 16 KB"},
+        {{"scan", (m_folder / "noise").string()}, 3, "no file system"},
+        {{"scan", m_folder.Path().string()}, 3, "neither a file nor a block device"},
         {{"scan", "/dev/null"}, 3, "neither a file nor a block device"},
-        {{"recover", Card(), (folder / "file").string()}, 2, "Choose another folder"},
-        {{"recover", Card(), (folder / "file/below").string()}, 2, "Choose another folder"},
-        {{"recover", (folder / "noise").string(), out}, 3, "no file system"},
+        {{"recover", Card(), (m_folder / "file").string()}, 2, "Choose another folder"},
+        {{"recover", Card(), (m_folder / "file/below").string()}, 2, "Choose another folder"},
+        {{"recover", (m_folder / "noise").string(), out}, 3, "no file system"},
     };
     for (const RefusalCase& row : cases) {
         const Outcome outcome = Run(row.arguments);
@@ -59,7 +59,7 @@ TEST_F(CommandLineTest, TwoScansDoNotShareADataFolder)
 {
     EXPECT_EQ(Run({"scan", Card()}).status, 0);
     FileHandle lock;
-    ASSERT_EQ(lock.OpenForReading(folder / "data/OrvantaLumivault/in-use.lock"), ResultSuccess);
+    ASSERT_EQ(lock.OpenForReading(m_folder / "data/OrvantaLumivault/in-use.lock"), ResultSuccess);
     ASSERT_TRUE(lock.TryLock());
     const Outcome outcome = Run({"scan", Card()});
     EXPECT_EQ(outcome.status, 2);
@@ -81,14 +81,14 @@ TEST_F(CommandLineTest, ListsInJsonWithPathStoreAndTimes)
     }
     const Json::Value& file = byPath["Lake\\second picture.png"];
     ASSERT_TRUE(file.isObject()) << outcome.out;
-    EXPECT_EQ(file["size"].asUInt64(), originals["Lake/second picture.png"].size());
+    EXPECT_EQ(file["size"].asUInt64(), m_originals["Lake/second picture.png"].size());
     EXPECT_EQ(file["engine"].asString(), "fast-fat");
     EXPECT_TRUE(file["headIntact"].asBool());
     EXPECT_TRUE(file["restoredTo"].isNull());
     EXPECT_EQ(file["written"].asString().size(), 19u);
     // The store's name and the record number lead to the record itself.
     const ByteVector store =
-        ReadFileBytes(folder / "data/OrvantaLumivault/ScanLog/1" / file["store"].asString());
+        ReadFileBytes(m_folder / "data/OrvantaLumivault/ScanLog/1" / file["store"].asString());
     const std::size_t place = (file["record"].asUInt() - 1) * std::size_t{346};
     ASSERT_LE(place + 346, store.size());
     const std::string_view name = "second picture.png";
@@ -119,7 +119,7 @@ TEST_F(CommandLineTest, TypesTakeExtensionsExactlyAndFamiliesByTheCatalogue)
 TEST_F(CommandLineTest, AListWithoutJsonIsOneLineAFileAndSafeForATerminal)
 {
     // A long name whose letters become an escape sequence and a C1 control, as a hostile card may hold.
-    const ImageFile image(card->ImagePath());
+    const ImageFile image(m_card->ImagePath());
     ByteVector bytes = image.Read(0, image.SizeBytes());
     const ByteVector pattern = Bytes("'p' 00 'i' 00 'c' 00");  // of "first picture.jpg"
     const auto at = std::search(bytes.begin(), bytes.end(), pattern.begin(), pattern.end());
@@ -160,7 +160,7 @@ TEST_F(CommandLineTest, HelpVersionAndTargetsSucceed)
 TEST_F(CommandLineTest, TheProgramGivesTheStatusToTheShell)
 {
     const std::filesystem::path program = LUMIVAULT_CLI;
-    const std::string dataFolder = (folder / "data").string();
+    const std::string dataFolder = (m_folder / "data").string();
     EXPECT_EQ(RunCommand({program.string(), "scan", Card(), "--data-dir", dataFolder}).exitStatus,
               0);
     EXPECT_EQ(

@@ -24,10 +24,10 @@ TEST_F(DeepCommandTest, DeepIsTheDefaultAndEveryFileSaysWhichDepthFoundIt)
     }
     EXPECT_EQ(engines["fast-fat"], 7);
     EXPECT_GE(engines["deep-fat"] + engines["carved"], 1);
-    const Outcome recovered = RunAsGiven({"recover", Card(), (folder / "out").string()});
+    const Outcome recovered = RunAsGiven({"recover", Card(), (m_folder / "out").string()});
     EXPECT_EQ(recovered.status, 0) << recovered.err;
-    const auto files = FilesBelow(folder / "out");
-    EXPECT_EQ(files.at("photo/first picture.jpg"), originals.at("first picture.jpg"));
+    const auto files = FilesBelow(m_folder / "out");
+    EXPECT_EQ(files.at("photo/first picture.jpg"), m_originals.at("first picture.jpg"));
 }
 
 TEST_F(DeepCommandTest, AWholeScanDoesWithoutTheFileSystem)
@@ -66,7 +66,7 @@ TEST_F(DeepCommandTest, ForgettingRemovesTheRecords)
     EXPECT_EQ(RunAsGiven({"forget", "12345"}).status, 2);
     EXPECT_EQ(RunAsGiven({"forget"}).status, 2);
     EXPECT_EQ(Scans().size(), 1u);
-    const std::filesystem::path log = folder / "data/OrvantaLumivault/ScanLog" / number;
+    const std::filesystem::path log = m_folder / "data/OrvantaLumivault/ScanLog" / number;
     EXPECT_TRUE(std::filesystem::exists(log));
     EXPECT_EQ(RunAsGiven({"forget", number}).status, 0);
     EXPECT_FALSE(std::filesystem::exists(log));
@@ -77,11 +77,11 @@ TEST_F(DeepCommandTest, ForgettingRemovesTheRecords)
 TEST_F(DeepCommandTest, AKilledScanLeavesALogThatTheNextStartReads)
 {
     // Large enough that a scan is under way when the signal comes, at another moment each time.
-    const ImageFile disk(folder / "disk.img", 600 * 1024 * 1024);
+    const ImageFile disk(m_folder / "disk.img", 600 * 1024 * 1024);
     disk.Put(1000, MakeJpeg(64, 48, 1));
     for (const int milliseconds : {2, 5, 10, 20, 40, 80}) {
         ChildProcess scan({LUMIVAULT_CLI, "scan", disk.Path().string(), "--new", "--data-dir",
-                           (folder / "data").string()});
+                           (m_folder / "data").string()});
         std::this_thread::sleep_for(std::chrono::milliseconds(milliseconds));
         scan.Signal(SIGKILL);
         (void)scan.Wait();

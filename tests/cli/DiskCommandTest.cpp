@@ -42,7 +42,7 @@ protected:
 
     std::string Hash() const
     {
-        return std::filesystem::exists(disk) ? MustRun({"sha256sum", disk}) : std::string();
+        return std::filesystem::exists(m_disk) ? MustRun({"sha256sum", m_disk}) : std::string();
     }
 
     // The rows of one device.
@@ -68,32 +68,32 @@ protected:
     // A disk with two partitions, both FAT; pictures of the second are deleted.
     void MakeTwoPartitions()
     {
-        const ImageFile image(disk, 100 * MiB);
-        MakeTable(disk,
+        const ImageFile image(m_disk, 100 * MiB);
+        MakeTable(m_disk,
                   "label: dos\nstart=2048, size=81920, type=c\nstart=90000, size=81920, type=c\n");
         FatOptions options;
         options.volumeBytes = 40 * MiB;
         for (const std::uint64_t start : {std::uint64_t{2048}, std::uint64_t{90000}}) {
             options.startByte = 0;
             options.extra = {"-n", start == 2048 ? "FIRST" : "SECOND"};
-            const FatCard volume(folder / "volume", options);
+            const FatCard volume(m_folder / "volume", options);
             volume.Put(start == 2048 ? "other.png" : "kept.png", MakePng(30, 30, start));
-            volume.Put("lost picture.jpg", start == 2048 ? firstLost : secondLost);
+            volume.Put("lost picture.jpg", start == 2048 ? m_firstLost : m_secondLost);
             volume.Delete("lost picture.jpg");
-            image.PutAt(start * 512, ReadFileBytes(folder / "volume"));
-            std::filesystem::remove(folder / "volume");
+            image.PutAt(start * 512, ReadFileBytes(m_folder / "volume"));
+            std::filesystem::remove(m_folder / "volume");
         }
     }
 
-    const ByteVector firstLost = MakeJpeg(640, 480, 2);
-    const ByteVector secondLost = MakeJpeg(640, 480, 4);
-    const std::filesystem::path disk = folder / "disk.img";
+    const ByteVector m_firstLost = MakeJpeg(640, 480, 2);
+    const ByteVector m_secondLost = MakeJpeg(640, 480, 4);
+    const std::filesystem::path m_disk = m_folder / "disk.img";
 };
 
 TEST_F(DiskCommandTest, TheListIsRightWithAndWithoutPartitionNodes)
 {
     MakeTwoPartitions();
-    LoopDevice loop(disk);
+    LoopDevice loop(m_disk);
     std::vector<Json::Value> rows = Targets(loop.Node());
     ASSERT_EQ(rows.size(), 3u);
     EXPECT_EQ(rows[0]["kind"], "partition");
@@ -120,13 +120,13 @@ TEST_F(DiskCommandTest, TheListIsRightWithAndWithoutPartitionNodes)
 
 TEST_F(DiskCommandTest, DisksOfLargeSectorsAreCountedInTheirOwn)
 {
-    const ImageFile image(disk, 320 * MiB);
-    const LoopDevice loop(disk, 4096);
+    const ImageFile image(m_disk, 320 * MiB);
+    const LoopDevice loop(m_disk, 4096);
     MakeTable(loop.Node(), "label: gpt\nstart=256, size=2560\nstart=4000, size=71680\n");
     FatOptions options;
     options.volumeBytes = 280 * MiB;
     options.sectorSize = 4096;
-    const FatCard volume(folder / "volume", options);
+    const FatCard volume(m_folder / "volume", options);
     const ByteVector lost = MakeJpeg(640, 480, 1);
     volume.Put("lost.jpg", lost);
     volume.Delete("lost.jpg");
@@ -137,10 +137,11 @@ TEST_F(DiskCommandTest, DisksOfLargeSectorsAreCountedInTheirOwn)
     EXPECT_EQ(rows[1]["sectorSize"].asUInt(), 4096u);
     EXPECT_EQ(rows[1]["fileSystem"], "FAT32");
     for (const char* depth : {"--fast", "--new"}) {
-        std::filesystem::remove_all(folder / "out");
-        const Outcome outcome = Run({"recover", Number(rows[1]), (folder / "out").string(), depth});
+        std::filesystem::remove_all(m_folder / "out");
+        const Outcome outcome =
+            Run({"recover", Number(rows[1]), (m_folder / "out").string(), depth});
         EXPECT_EQ(outcome.status, 0) << outcome.err;
-        const auto files = FilesBelow(folder / "out");
+        const auto files = FilesBelow(m_folder / "out");
         EXPECT_TRUE(std::any_of(files.begin(), files.end(), [&lost](const auto& file) {
             return file.second == lost;
         })) << depth;
@@ -150,24 +151,24 @@ TEST_F(DiskCommandTest, DisksOfLargeSectorsAreCountedInTheirOwn)
 TEST_F(DiskCommandTest, ADeletedFileComesBackFromThePartitionAndFromItsImage)
 {
     MakeTwoPartitions();
-    LoopDevice loop(disk);
+    LoopDevice loop(m_disk);
     loop.AddPartitionNodes();
     const std::string number = Number(Targets(loop.Node()).at(1));
-    const std::string image = (folder / "copy.img").string();
+    const std::string image = (m_folder / "copy.img").string();
     const Outcome made = Run({"image", number, image});
     EXPECT_EQ(made.status, 0) << made.err;
     EXPECT_NE(made.out.find("81920 sectors (40.0 MB) copied"), std::string::npos) << made.out;
     ASSERT_EQ(std::filesystem::file_size(image), 40 * MiB);
-    EXPECT_EQ(Run({"image", loop.Node(), (folder / "whole.img").string()}).status, 0);
-    EXPECT_EQ(ReadFileBytes(folder / "whole.img"), ReadFileBytes(disk));
+    EXPECT_EQ(Run({"image", loop.Node(), (m_folder / "whole.img").string()}).status, 0);
+    EXPECT_EQ(ReadFileBytes(m_folder / "whole.img"), ReadFileBytes(m_disk));
     for (const std::string& source : {number, loop.PartitionNode(2).string(), image}) {
-        std::filesystem::remove_all(folder / "out");
+        std::filesystem::remove_all(m_folder / "out");
         const Outcome outcome =
-            Run({"recover", source, (folder / "out").string(), "--fast", "--types", "all"});
+            Run({"recover", source, (m_folder / "out").string(), "--fast", "--types", "all"});
         EXPECT_EQ(outcome.status, 0) << outcome.err;
-        const auto files = FilesBelow(folder / "out");
+        const auto files = FilesBelow(m_folder / "out");
         ASSERT_EQ(files.size(), 1u) << source << ": only what is on the second partition";
-        EXPECT_EQ(files.at("photo/lost picture.jpg"), secondLost) << source;
+        EXPECT_EQ(files.at("photo/lost picture.jpg"), m_secondLost) << source;
     }
     // A scan of a partition is gone on with as long as it is the same: the log knows it by disk and place.
     EXPECT_EQ(Run({"scan", number}).status, 0);
@@ -175,10 +176,10 @@ TEST_F(DiskCommandTest, ADeletedFileComesBackFromThePartitionAndFromItsImage)
     EXPECT_NE(again.err.find("Taking the results of an earlier scan"), std::string::npos)
         << again.err;
     // In a scan of the whole disk both are found by their content, whose end is not always known.
-    std::filesystem::remove_all(folder / "out");
-    EXPECT_EQ(Run({"recover", loop.Node(), (folder / "out").string()}).status, 0);
-    const auto files = FilesBelow(folder / "out");
-    for (const ByteVector& lost : {firstLost, secondLost}) {
+    std::filesystem::remove_all(m_folder / "out");
+    EXPECT_EQ(Run({"recover", loop.Node(), (m_folder / "out").string()}).status, 0);
+    const auto files = FilesBelow(m_folder / "out");
+    for (const ByteVector& lost : {m_firstLost, m_secondLost}) {
         EXPECT_TRUE(std::any_of(files.begin(), files.end(), [&lost](const auto& file) {
             return file.second.size() >= lost.size() &&
                    std::equal(lost.begin(), lost.end(), file.second.begin());
@@ -191,8 +192,8 @@ TEST_F(DiskCommandTest, OfAMountedVolumeADeletionAMomentAgoIsSeen)
     if (const std::string missing = MissingTool({"ntfs-3g", "mkntfs", "mount"}); !missing.empty()) {
         GTEST_SKIP() << missing;
     }
-    const ImageFile image(disk, 64 * MiB);
-    const LoopDevice loop(disk);
+    const ImageFile image(m_disk, 64 * MiB);
+    const LoopDevice loop(m_disk);
     MustRun(
         {"mkntfs", "-F", "-Q", "-q", "-s", "512", "-p", "0", "-H", "255", "-S", "63", loop.Node()});
     const auto find = [this, &loop](const std::string& name) {
@@ -202,12 +203,12 @@ TEST_F(DiskCommandTest, OfAMountedVolumeADeletionAMomentAgoIsSeen)
     };
     std::optional<Mount> mount;
     try {
-        mount.emplace(std::vector<std::string>{"ntfs-3g", loop.Node()}, folder / "mounted");
+        mount.emplace(std::vector<std::string>{"ntfs-3g", loop.Node()}, m_folder / "mounted");
     } catch (const std::exception& error) {
         GTEST_SKIP() << error.what();
     }
-    EXPECT_EQ(Targets(loop.Node()).at(0)["mountPoint"], (folder / "mounted").string());
-    EXPECT_EQ(GetFileSystemName(folder / "mounted/new/folder"), "NTFS");
+    EXPECT_EQ(Targets(loop.Node()).at(0)["mountPoint"], (m_folder / "mounted").string());
+    EXPECT_EQ(GetFileSystemName(m_folder / "mounted/new/folder"), "NTFS");
     for (int i = 0; i < 5; ++i) {
         const std::string name = "picture" + std::to_string(i) + ".jpg";
         WriteFileBytes(mount->Folder() / name, MakeJpeg(640, 480, static_cast<std::uint64_t>(i)));
@@ -222,33 +223,33 @@ TEST_F(DiskCommandTest, NothingIsWrittenOntoTheSource)
     if (const std::string missing = MissingTool({"mkfs.ext4", "mount"}); !missing.empty()) {
         GTEST_SKIP() << missing;
     }
-    const ImageFile image(disk, 120 * MiB);
-    MakeTable(disk,
+    const ImageFile image(m_disk, 120 * MiB);
+    MakeTable(m_disk,
               "label: dos\nstart=2048, size=122880, type=83\nstart=126976, size=81920, type=c\n");
     FatOptions fat;
     fat.volumeBytes = 40 * MiB;
-    const FatCard volume(folder / "volume", fat);
+    const FatCard volume(m_folder / "volume", fat);
     volume.Put("lost picture.jpg", MakeJpeg(320, 200, 1));
     volume.Delete("lost picture.jpg");
     image.PutAt(126976 * 512, ReadFileBytes(volume.ImagePath()));
-    LoopDevice loop(disk);
+    LoopDevice loop(m_disk);
     loop.AddPartitionNodes();
     MustRun({"mkfs.ext4", "-q", loop.PartitionNode(1)});
-    const Mount mount({"mount", "-o", "noatime", loop.PartitionNode(1)}, folder / "ext");
-    std::filesystem::create_directory(folder / "ext/sub");
-    const Mount bound({"mount", "--bind", folder / "ext/sub"}, folder / "bound");
+    const Mount mount({"mount", "-o", "noatime", loop.PartitionNode(1)}, m_folder / "ext");
+    std::filesystem::create_directory(m_folder / "ext/sub");
+    const Mount bound({"mount", "--bind", m_folder / "ext/sub"}, m_folder / "bound");
     // A drive whose bytes lie in a file on the source.
-    const ImageFile inner(folder / "ext/inner.img", 30 * MiB);
+    const ImageFile inner(m_folder / "ext/inner.img", 30 * MiB);
     MustRun({"mkfs.ext4", "-q", inner.Path()});
     const LoopDevice innerLoop(inner.Path());
-    const Mount innerMount({"mount", "-o", "noatime", innerLoop.Node()}, folder / "inner");
+    const Mount innerMount({"mount", "-o", "noatime", innerLoop.Node()}, m_folder / "inner");
     MustRun({"sync"});
 
     const std::string whole = loop.Node();
     const std::string ext = loop.PartitionNode(1);
     const std::string other = loop.PartitionNode(2);
-    const auto places = {folder / "ext", folder / "ext/not/yet", folder / "bound",
-                         folder / "inner"};
+    const auto places = {m_folder / "ext", m_folder / "ext/not/yet", m_folder / "bound",
+                         m_folder / "inner"};
     for (const std::filesystem::path& place : places) {
         for (const std::string& source : {whole, ext}) {
             const Outcome refused =
@@ -259,7 +260,7 @@ TEST_F(DiskCommandTest, NothingIsWrittenOntoTheSource)
         }
     }
     for (const std::filesystem::path& place :
-         {folder / "ext", folder / "bound", folder / "inner"}) {
+         {m_folder / "ext", m_folder / "bound", m_folder / "inner"}) {
         const Outcome refused =
             RunOnMounted({"image", ext, (place / "new.img").string(), "--force"});
         EXPECT_EQ(refused.status, 2) << place;
@@ -267,43 +268,43 @@ TEST_F(DiskCommandTest, NothingIsWrittenOntoTheSource)
         EXPECT_FALSE(std::filesystem::exists(place / "new.img"));
     }
     // The file that is shown as the disk is the disk.
-    EXPECT_EQ(RunOnMounted({"image", whole, disk.string(), "--force"}).status, 2);
+    EXPECT_EQ(RunOnMounted({"image", whole, m_disk.string(), "--force"}).status, 2);
     EXPECT_EQ(RunOnMounted({"image", innerLoop.Node(), inner.Path().string(), "--force"}).status,
               2);
     // What is no plain file is never written to.
     EXPECT_EQ(RunOnMounted({"image", other, "/dev/null", "--force"}).status, 2);
     EXPECT_EQ(RunOnMounted({"image", other, innerLoop.Node().string(), "--force"}).status, 2);
     // Too little room, by one byte's worth: the source must be smaller than what is free.
-    const Outcome full = RunOnMounted({"image", other, (folder / "inner/new.img").string()});
+    const Outcome full = RunOnMounted({"image", other, (m_folder / "inner/new.img").string()});
     EXPECT_EQ(full.status, 2);
 
     // Another partition of the same disk is another place.
     const Outcome allowed =
-        RunOnMounted({"recover", other, (folder / "ext/out").string(), "--fast"});
+        RunOnMounted({"recover", other, (m_folder / "ext/out").string(), "--fast"});
     EXPECT_EQ(allowed.status, 0) << allowed.err;
-    EXPECT_EQ(ReadFileBytes(folder / "ext/out/photo/lost picture.jpg"), MakeJpeg(320, 200, 1));
+    EXPECT_EQ(ReadFileBytes(m_folder / "ext/out/photo/lost picture.jpg"), MakeJpeg(320, 200, 1));
 }
 
 TEST_F(DiskCommandTest, AnImageEndsAtTheFirstBadSectorAndAsksBeforeItOverwrites)
 {
-    const ImageFile image(disk, 10 * MiB);
+    const ImageFile image(m_disk, 10 * MiB);
     image.PutAt(0, RandomBytes(10 * MiB, 3));
-    const LoopDevice loop(disk);
-    const std::string file = (folder / "copy.img").string();
-    const ByteVector whole = ReadFileBytes(disk);
+    const LoopDevice loop(m_disk);
+    const std::string file = (m_folder / "copy.img").string();
+    const ByteVector whole = ReadFileBytes(m_disk);
     EXPECT_EQ(Run({"image", loop.Node(), file}).status, 0);
     EXPECT_EQ(Run({"image", loop.Node(), file}).status, 2) << "it exists";
     EXPECT_EQ(Run({"image", loop.Node(), file}, "n\n").status, 2);
     EXPECT_EQ(Run({"image", loop.Node(), file}, "y\n").status, 0);
-    EXPECT_EQ(Run({"image", loop.Node(), (folder / "no/folder.img").string()}).status, 2);
+    EXPECT_EQ(Run({"image", loop.Node(), (m_folder / "no/folder.img").string()}).status, 2);
 
     image.Truncate(5 * MiB);
-    const Outcome broken = Run({"image", loop.Node(), (folder / "part.img").string()});
+    const Outcome broken = Run({"image", loop.Node(), (m_folder / "part.img").string()});
     EXPECT_EQ(broken.status, 3);
     EXPECT_NE(broken.err.find("could not be read at sector 10240"), std::string::npos)
         << broken.err;
     EXPECT_NE(broken.err.find("that were read before stand in"), std::string::npos) << broken.err;
-    const ByteVector part = ReadFileBytes(folder / "part.img");
+    const ByteVector part = ReadFileBytes(m_folder / "part.img");
     EXPECT_EQ(part.size(), 5 * MiB);
     EXPECT_TRUE(std::equal(part.begin(), part.end(), whole.begin()));
     // Over the longer one: its tail is told of.

@@ -24,22 +24,22 @@ protected:
     void MountHereAs(const std::string& type)
     {
         FileIdentity here;
-        ASSERT_EQ(IdentifyPath(folder.Path(), here), ResultSuccess);
-        system.AddMount(std::to_string(here.mountId) + " 1 0:77 / / rw - " + type + " none rw");
+        ASSERT_EQ(IdentifyPath(m_folder.Path(), here), ResultSuccess);
+        m_system.AddMount(std::to_string(here.mountId) + " 1 0:77 / / rw - " + type + " none rw");
     }
 
-    MadeUpSystem system;
+    MadeUpSystem m_system;
 };
 
 TEST_F(MadeUpDiskTest, ATargetIsTakenByNumberByNodeAndThroughItsImage)
 {
     MountHereAs("tmpfs");
-    system.AddDisk("sda", "8:0", 100 * MiB, {{"removable", "1"}});
-    const ImageFile disk(system.Node("sda"));
+    m_system.AddDisk("sda", "8:0", 100 * MiB, {{"removable", "1"}});
+    const ImageFile disk(m_system.Node("sda"));
     MakeTable(disk.Path(), "label: dos\nstart=40000, size=131072, type=c\n");
-    disk.PutAt(40000 * 512, ReadFileBytes(card->ImagePath()));
-    system.AddPartition("sda", 1, "8:1", 40000, 131072);
-    WriteFileBytes(system.Node("sda1"), Bytes("00"));
+    disk.PutAt(40000 * 512, ReadFileBytes(m_card->ImagePath()));
+    m_system.AddPartition("sda", 1, "8:1", 40000, 131072);
+    WriteFileBytes(m_system.Node("sda1"), Bytes("00"));
     const ByteVector before = ReadFileBytes(disk.Path());
 
     const Json::Value document = Parse(RunAsGiven({"targets", "--json"}).out);
@@ -50,32 +50,32 @@ TEST_F(MadeUpDiskTest, ATargetIsTakenByNumberByNodeAndThroughItsImage)
         EXPECT_EQ(row["number"].asUInt(), i + 1);
         EXPECT_EQ(row["kind"], kinds[i]);
         EXPECT_EQ(row["disk"].asUInt(), 0u);
-        EXPECT_EQ(row["device"], system.Node("sda").string());
+        EXPECT_EQ(row["device"], m_system.Node("sda").string());
         EXPECT_EQ(row["removable"], true);
         EXPECT_EQ(row["readable"], true);
         EXPECT_EQ(row.size(), 14u);
     }
-    const std::string image = (folder / "copy.img").string();
+    const std::string image = (m_folder / "copy.img").string();
     EXPECT_EQ(RunAsGiven({"image", "#2", image}).status, 0);
-    EXPECT_EQ(ReadFileBytes(image), ReadFileBytes(card->ImagePath()));
-    for (const std::string& source : {std::string("#2"), system.Node("sda1").string(), image}) {
-        std::filesystem::remove_all(folder / "out");
-        const Outcome outcome = Run({"recover", source, (folder / "out").string()});
+    EXPECT_EQ(ReadFileBytes(image), ReadFileBytes(m_card->ImagePath()));
+    for (const std::string& source : {std::string("#2"), m_system.Node("sda1").string(), image}) {
+        std::filesystem::remove_all(m_folder / "out");
+        const Outcome outcome = Run({"recover", source, (m_folder / "out").string()});
         EXPECT_EQ(outcome.status, 0) << outcome.err;
-        EXPECT_EQ(FilesBelow(folder / "out").at("photo/second picture.png"),
-                  originals.at("Lake/second picture.png"))
+        EXPECT_EQ(FilesBelow(m_folder / "out").at("photo/second picture.png"),
+                  m_originals.at("Lake/second picture.png"))
             << source;
     }
-    EXPECT_EQ(RunAsGiven({"image", "#1", (folder / "gap.img").string()}).status, 0);
-    EXPECT_EQ(std::filesystem::file_size(folder / "gap.img"), (40000u - 63) * 512);
+    EXPECT_EQ(RunAsGiven({"image", "#1", (m_folder / "gap.img").string()}).status, 0);
+    EXPECT_EQ(std::filesystem::file_size(m_folder / "gap.img"), (40000u - 63) * 512);
     EXPECT_EQ(ReadFileBytes(disk.Path()), before);
 }
 
 TEST_F(MadeUpDiskTest, AnImageIsRefusedWhereItHasNoRoom)
 {
     // FAT32 is among those that hold 2 GB; what is above 4 GB is told so.
-    system.AddDisk("sda", "8:0", 2048 * MiB + 512);
-    system.AddDisk("sdb", "8:16", 4096 * MiB + 512);
+    m_system.AddDisk("sda", "8:0", 2048 * MiB + 512);
+    m_system.AddDisk("sdb", "8:16", 4096 * MiB + 512);
     struct LimitCase
     {
         std::string type;
@@ -85,21 +85,22 @@ TEST_F(MadeUpDiskTest, AnImageIsRefusedWhereItHasNoRoom)
     for (const LimitCase& row : {LimitCase{"vfat", "sda", "2 GB that an image"},
                                  LimitCase{"vfat", "sdb", "4 GB that a file"},
                                  LimitCase{"exfat", "sdb", "2 GB that an image"}}) {
-        std::filesystem::remove(system.Folder() / "proc/self/mountinfo");
+        std::filesystem::remove(m_system.Folder() / "proc/self/mountinfo");
         MountHereAs(row.type);
-        const std::string file = (folder / "new.img").string();
-        const Outcome unsure = RunAsGiven({"image", system.Node(row.disk), file});
+        const std::string file = (m_folder / "new.img").string();
+        const Outcome unsure = RunAsGiven({"image", m_system.Node(row.disk), file});
         EXPECT_EQ(unsure.status, 2);
         EXPECT_NE(unsure.err.find("does not tell whether"), std::string::npos) << unsure.err;
-        const Outcome refused = RunAsGiven({"image", system.Node(row.disk), file, "--force"});
+        const Outcome refused = RunAsGiven({"image", m_system.Node(row.disk), file, "--force"});
         EXPECT_EQ(refused.status, 2);
         EXPECT_NE(refused.err.find(row.says), std::string::npos) << refused.err;
         EXPECT_FALSE(std::filesystem::exists(file));
     }
-    std::filesystem::remove(system.Folder() / "proc/self/mountinfo");
+    std::filesystem::remove(m_system.Folder() / "proc/self/mountinfo");
     MountHereAs("tmpfs");
-    system.AddDisk("sdc", "8:32", std::uint64_t{1} << 42);
-    const Outcome full = RunAsGiven({"image", system.Node("sdc"), (folder / "new.img").string()});
+    m_system.AddDisk("sdc", "8:32", std::uint64_t{1} << 42);
+    const Outcome full =
+        RunAsGiven({"image", m_system.Node("sdc"), (m_folder / "new.img").string()});
     EXPECT_EQ(full.status, 2);
     EXPECT_NE(full.err.find("needs more than"), std::string::npos) << full.err;
 }
@@ -107,36 +108,37 @@ TEST_F(MadeUpDiskTest, AnImageIsRefusedWhereItHasNoRoom)
 TEST_F(MadeUpDiskTest, ARefusalNamesWhatIsWrong)
 {
     MountHereAs("tmpfs");
-    system.AddDisk("sda", "8:0", 3072, {{"queue/logical_block_size", "4096"}});
+    m_system.AddDisk("sda", "8:0", 3072, {{"queue/logical_block_size", "4096"}});
     const Outcome tiny =
-        RunAsGiven({"image", system.Node("sda"), (folder / "new.img").string(), "--force"});
+        RunAsGiven({"image", m_system.Node("sda"), (m_folder / "new.img").string(), "--force"});
     EXPECT_EQ(tiny.status, 3);
     EXPECT_NE(tiny.err.find("less than one sector"), std::string::npos) << tiny.err;
-    EXPECT_FALSE(std::filesystem::exists(folder / "new.img"));
+    EXPECT_FALSE(std::filesystem::exists(m_folder / "new.img"));
 
-    system.AddDisk("sdb", "8:16", MiB);
+    m_system.AddDisk("sdb", "8:16", MiB);
     const std::string longName(300, 'x');
-    const Outcome named = RunAsGiven({"image", system.Node("sdb"), (folder / longName).string()});
+    const Outcome named =
+        RunAsGiven({"image", m_system.Node("sdb"), (m_folder / longName).string()});
     EXPECT_EQ(named.status, 3);
     EXPECT_NE(named.err.find(longName + ": The name or path is too long."), std::string::npos)
         << named.err;
-    EXPECT_EQ(named.err.find(system.Node("sdb").string()), std::string::npos) << named.err;
+    EXPECT_EQ(named.err.find(m_system.Node("sdb").string()), std::string::npos) << named.err;
 }
 
 TEST_F(MadeUpDiskTest, WhatTheSystemDoesNotTellIsAsked)
 {
-    system.AddDisk("sda", "8:0", 64 * MiB);
-    ImageFile(system.Node("sda")).PutAt(0, ReadFileBytes(card->ImagePath()));
+    m_system.AddDisk("sda", "8:0", 64 * MiB);
+    ImageFile(m_system.Node("sda")).PutAt(0, ReadFileBytes(m_card->ImagePath()));
     const auto recover = [this](const char* answer) {
         std::istringstream answers(answer);
-        return RunAsGiven({"recover", system.Node("sda"), (folder / "out").string(), "--fast"},
+        return RunAsGiven({"recover", m_system.Node("sda"), (m_folder / "out").string(), "--fast"},
                           false, *answer != '\0' ? &answers : nullptr);
     };
     EXPECT_EQ(recover("").status, 2);
     EXPECT_EQ(recover("n\n").status, 2);
-    EXPECT_FALSE(std::filesystem::exists(folder / "out"));
+    EXPECT_FALSE(std::filesystem::exists(m_folder / "out"));
     EXPECT_EQ(recover("y\n").status, 0);
-    EXPECT_TRUE(std::filesystem::exists(folder / "out/photo/second picture.png"));
+    EXPECT_TRUE(std::filesystem::exists(m_folder / "out/photo/second picture.png"));
 }
 
 TEST_F(MadeUpDiskTest, AListThatIsEmptyOrCannotBeHadIsSaid)
@@ -144,12 +146,12 @@ TEST_F(MadeUpDiskTest, AListThatIsEmptyOrCannotBeHadIsSaid)
     const Outcome none = RunAsGiven({"targets"});
     EXPECT_EQ(none.status, 0);
     EXPECT_NE(none.err.find("No disks were found"), std::string::npos);
-    std::filesystem::remove_all(system.Folder() / "sys");
+    std::filesystem::remove_all(m_system.Folder() / "sys");
     const Outcome broken = RunAsGiven({"targets", "--json"});
     EXPECT_EQ(broken.status, 3);
     EXPECT_EQ(broken.out, "");
-    system.AddDisk("sda", "8:0", 64 * MiB);
-    system.Lock("sda");
+    m_system.AddDisk("sda", "8:0", 64 * MiB);
+    m_system.Lock("sda");
     const Outcome locked = RunAsGiven({"targets"});
     EXPECT_NE(locked.out.find("not readable by you"), std::string::npos) << locked.out;
 }

@@ -15,14 +15,14 @@ namespace {
 class FilesTest : public testing::Test
 {
 protected:
-    TempFolder folder;
+    TempFolder m_folder;
 };
 
 TEST_F(FilesTest, SourcesAreOpenedForReadingAlone)
 {
-    WriteFileBytes(folder / "source", Bytes("01 02 03 04"));
+    WriteFileBytes(m_folder / "source", Bytes("01 02 03 04"));
     FileHandle file;
-    ASSERT_EQ(file.OpenForReading(folder / "source"), ResultSuccess);
+    ASSERT_EQ(file.OpenForReading(m_folder / "source"), ResultSuccess);
     EXPECT_NE(file.WriteAt(0, "x", 1), ResultSuccess);
     ByteVector buffer(8);
     std::size_t got = 99;
@@ -41,39 +41,39 @@ TEST_F(FilesTest, SourcesAreOpenedForReadingAlone)
 
 TEST_F(FilesTest, OpeningTellsWhatIsMissing)
 {
-    WriteFileBytes(folder / "file", {});
+    WriteFileBytes(m_folder / "file", {});
     FileHandle file;
-    EXPECT_EQ(file.OpenForReading(folder / "none"), ResultFileNotFound);
-    EXPECT_EQ(file.OpenForReading(folder / "none/none"), ResultPathNotFound);
-    EXPECT_EQ(file.OpenForReading(folder / "file/none"), ResultPathNotFound);
+    EXPECT_EQ(file.OpenForReading(m_folder / "none"), ResultFileNotFound);
+    EXPECT_EQ(file.OpenForReading(m_folder / "none/none"), ResultPathNotFound);
+    EXPECT_EQ(file.OpenForReading(m_folder / "file/none"), ResultPathNotFound);
     EXPECT_FALSE(file.IsOpen());
     // A pipe nobody writes to must not be waited for.
-    ASSERT_EQ(::mkfifo((folder / "pipe").c_str(), 0600), 0);
-    EXPECT_EQ(file.OpenForReading(folder / "pipe"), ResultSuccess);
+    ASSERT_EQ(::mkfifo((m_folder / "pipe").c_str(), 0600), 0);
+    EXPECT_EQ(file.OpenForReading(m_folder / "pipe"), ResultSuccess);
 }
 
 TEST_F(FilesTest, WritingNeverGoesThroughALink)
 {
-    WriteFileBytes(folder / "precious", Bytes("'keep'"));
-    std::filesystem::create_symlink(folder / "precious", folder / "link");
+    WriteFileBytes(m_folder / "precious", Bytes("'keep'"));
+    std::filesystem::create_symlink(m_folder / "precious", m_folder / "link");
     FileHandle file;
-    EXPECT_NE(file.OpenOrCreate(folder / "link"), ResultSuccess);
-    ASSERT_EQ(file.OpenOrCreate(folder / "new"), ResultSuccess);
+    EXPECT_NE(file.OpenOrCreate(m_folder / "link"), ResultSuccess);
+    ASSERT_EQ(file.OpenOrCreate(m_folder / "new"), ResultSuccess);
     std::size_t written = 0;
     EXPECT_EQ(file.WriteAt(3, "abc", 3, &written), ResultSuccess);
     EXPECT_EQ(written, 3u);
-    EXPECT_EQ(ReadFileBytes(folder / "new"), Bytes("00*3 'abc'"));
-    EXPECT_EQ(ReadFileBytes(folder / "precious"), Bytes("'keep'"));
+    EXPECT_EQ(ReadFileBytes(m_folder / "new"), Bytes("00*3 'abc'"));
+    EXPECT_EQ(ReadFileBytes(m_folder / "precious"), Bytes("'keep'"));
     struct stat status = {};
-    ASSERT_EQ(::stat((folder / "new").c_str(), &status), 0);
+    ASSERT_EQ(::stat((m_folder / "new").c_str(), &status), 0);
     EXPECT_EQ(status.st_mode & 077, 0u) << "restored files are private";
 }
 
 TEST_F(FilesTest, AMovedHandleClosesOnce)
 {
-    WriteFileBytes(folder / "file", Bytes("01"));
+    WriteFileBytes(m_folder / "file", Bytes("01"));
     FileHandle first;
-    ASSERT_EQ(first.OpenForReading(folder / "file"), ResultSuccess);
+    ASSERT_EQ(first.OpenForReading(m_folder / "file"), ResultSuccess);
     const int descriptor = first.Descriptor();
     {
         const FileHandle second = std::move(first);
@@ -85,45 +85,45 @@ TEST_F(FilesTest, AMovedHandleClosesOnce)
 
 TEST_F(FilesTest, MakingFoldersTellsThereAlreadyFromInTheWay)
 {
-    WriteFileBytes(folder / "file", {});
-    EXPECT_EQ(MakeFolderWithParents(folder / "a/b/c"), ResultSuccess);
-    EXPECT_EQ(MakeFolderWithParents(folder / "a/b/c/"), ResultAlreadyExists);
-    EXPECT_EQ(MakeFolderWithParents(folder / "file"), ResultFileExists);
-    EXPECT_FALSE(FolderIsThere(MakeFolderWithParents(folder / "file/x")));
-    EXPECT_EQ(MakeFolder(folder / "none/x"), ResultFileNotFound);
-    EXPECT_EQ(MakePrivateFolderWithParents(folder / "p/q"), ResultSuccess);
+    WriteFileBytes(m_folder / "file", {});
+    EXPECT_EQ(MakeFolderWithParents(m_folder / "a/b/c"), ResultSuccess);
+    EXPECT_EQ(MakeFolderWithParents(m_folder / "a/b/c/"), ResultAlreadyExists);
+    EXPECT_EQ(MakeFolderWithParents(m_folder / "file"), ResultFileExists);
+    EXPECT_FALSE(FolderIsThere(MakeFolderWithParents(m_folder / "file/x")));
+    EXPECT_EQ(MakeFolder(m_folder / "none/x"), ResultFileNotFound);
+    EXPECT_EQ(MakePrivateFolderWithParents(m_folder / "p/q"), ResultSuccess);
     struct stat status = {};
     for (const char* name : {"p", "p/q"}) {
-        ASSERT_EQ(::stat((folder / name).c_str(), &status), 0);
+        ASSERT_EQ(::stat((m_folder / name).c_str(), &status), 0);
         EXPECT_EQ(status.st_mode & 0777, 0700u) << name;
     }
-    std::filesystem::create_directory_symlink(folder / "a", folder / "link");
-    EXPECT_TRUE(IsFolder(folder / "link"));
-    EXPECT_FALSE(IsRealFolder(folder / "link"));
-    EXPECT_FALSE(IsWritableFolder(folder / "file"));
+    std::filesystem::create_directory_symlink(m_folder / "a", m_folder / "link");
+    EXPECT_TRUE(IsFolder(m_folder / "link"));
+    EXPECT_FALSE(IsRealFolder(m_folder / "link"));
+    EXPECT_FALSE(IsWritableFolder(m_folder / "file"));
 }
 
 TEST_F(FilesTest, RemovingATreeDoesNotFollowLinks)
 {
-    WriteFileBytes(folder / "precious", Bytes("'keep'"));
-    std::filesystem::create_directories(folder / "tree/sub");
-    std::filesystem::create_symlink(folder / "precious", folder / "tree/sub/link");
-    std::filesystem::create_directory_symlink(folder.Path(), folder / "tree/up");
-    EXPECT_EQ(RemoveTree(folder / "tree"), ResultSuccess);
-    EXPECT_FALSE(PathExists(folder / "tree"));
-    EXPECT_TRUE(PathExists(folder / "precious"));
-    EXPECT_EQ(RemoveFile(folder / "tree"), ResultFileNotFound);
+    WriteFileBytes(m_folder / "precious", Bytes("'keep'"));
+    std::filesystem::create_directories(m_folder / "tree/sub");
+    std::filesystem::create_symlink(m_folder / "precious", m_folder / "tree/sub/link");
+    std::filesystem::create_directory_symlink(m_folder.Path(), m_folder / "tree/up");
+    EXPECT_EQ(RemoveTree(m_folder / "tree"), ResultSuccess);
+    EXPECT_FALSE(PathExists(m_folder / "tree"));
+    EXPECT_TRUE(PathExists(m_folder / "precious"));
+    EXPECT_EQ(RemoveFile(m_folder / "tree"), ResultFileNotFound);
 }
 
 TEST_F(FilesTest, FoldersAreListedInByteOrderWithoutHiddenNames)
 {
     for (const char* name : {"b", "B", "a", ".hidden", "\xC3\xA4"}) {
-        WriteFileBytes(folder / name, {});
+        WriteFileBytes(m_folder / name, {});
     }
     std::vector<std::string> names;
-    EXPECT_EQ(ListFolder(folder.Path(), names), ResultSuccess);
+    EXPECT_EQ(ListFolder(m_folder.Path(), names), ResultSuccess);
     EXPECT_EQ(names, (std::vector<std::string>{"B", "a", "b", "\xC3\xA4"}));
-    EXPECT_EQ(ListFolder(folder / "none", names), ResultFileNotFound);
+    EXPECT_EQ(ListFolder(m_folder / "none", names), ResultFileNotFound);
 }
 
 TEST_F(FilesTest, DataFolderFollowsTheEnvironment)
@@ -145,7 +145,7 @@ TEST_F(FilesTest, UniquePathsCountUpBehindTheStem)
 {
     UniquePaths unique;
     const auto take = [&](const std::string& name) {
-        const std::filesystem::path path = unique.Next(folder / name);
+        const std::filesystem::path path = unique.Next(m_folder / name);
         EXPECT_FALSE(PathExists(path)) << path;
         WriteFileBytes(path, {});
         return path.filename().string();
@@ -160,12 +160,12 @@ TEST_F(FilesTest, UniquePathsCountUpBehindTheStem)
         EXPECT_EQ(take(name), expected);
     }
     // A number whose file did not come to be is given again; one that somebody took meanwhile is not.
-    EXPECT_EQ(unique.Next(folder / "a.jpg").filename(), "a(3).jpg");
-    EXPECT_EQ(unique.Next(folder / "a.jpg").filename(), "a(3).jpg");
-    WriteFileBytes(folder / "a(3).jpg", {});
-    EXPECT_EQ(unique.Next(folder / "a.jpg").filename(), "a(4).jpg");
-    std::filesystem::create_symlink("nowhere", folder / "dangling");
-    EXPECT_EQ(unique.Next(folder / "dangling").filename(), "dangling(1)");
+    EXPECT_EQ(unique.Next(m_folder / "a.jpg").filename(), "a(3).jpg");
+    EXPECT_EQ(unique.Next(m_folder / "a.jpg").filename(), "a(3).jpg");
+    WriteFileBytes(m_folder / "a(3).jpg", {});
+    EXPECT_EQ(unique.Next(m_folder / "a.jpg").filename(), "a(4).jpg");
+    std::filesystem::create_symlink("nowhere", m_folder / "dangling");
+    EXPECT_EQ(unique.Next(m_folder / "dangling").filename(), "dangling(1)");
     // The name that is as long as a file system takes stays within it.
     const std::string longest = std::string(250, 'x') + ".jpeg";
     EXPECT_EQ(take(longest), longest);

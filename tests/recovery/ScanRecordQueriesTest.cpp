@@ -14,8 +14,8 @@ TEST_F(ScanRecordQueriesTest, FilesStandBeforeFoldersInNameOrderWithoutCase)
     }
     AddFolder("Beta", 11);
     FileRecordList records;
-    ASSERT_EQ(store->FlushStore(), ResultSuccess);
-    ASSERT_EQ(store->ListChildren(2, records), ResultSuccess);
+    ASSERT_EQ(m_store->FlushStore(), ResultSuccess);
+    ASSERT_EQ(m_store->ListChildren(2, records), ResultSuccess);
     // "[" and "_" come before letters, as those are compared in lower case; bytes above 0x7F come last.
     EXPECT_EQ(Names(records), (NameList{"[.txt", "_.txt", "A.txt", "b.txt", "B2.txt", "Z.txt",
                                         "\xC3\xA9.txt", "alpha", "Beta"}));
@@ -29,12 +29,12 @@ TEST_F(ScanRecordQueriesTest, PicturesWithoutAHeadAreHiddenButCounted)
     AddFile("lost.", 2, 0, false);     // the empty extension is in every family
     AddFile("lost.wav", 2, 0, false);
     AddFile("lost", 2, 0, false);
-    ASSERT_EQ(store->FlushStore(), ResultSuccess);
+    ASSERT_EQ(m_store->FlushStore(), ResultSuccess);
     FileRecordList records;
     std::uint32_t count = 0;
-    ASSERT_EQ(store->ListChildren(2, records), ResultSuccess);
+    ASSERT_EQ(m_store->ListChildren(2, records), ResultSuccess);
     EXPECT_EQ(Names(records), (NameList{"good.jpg", "lost", "lost.wav"}));
-    ASSERT_EQ(store->CountChildren(2, count), ResultSuccess);
+    ASSERT_EQ(m_store->CountChildren(2, count), ResultSuccess);
     EXPECT_EQ(count, 6u);
     EXPECT_EQ(Search("*.jpg|*.wav|"), (NameList{"good.jpg", "lost.wav"}));
     EXPECT_EQ(Search(AllFilesPattern).size(), 6u);
@@ -76,7 +76,7 @@ TEST_F(ScanRecordQueriesTest, TheSearchReportsEachBlockAndStopsWithWhatItHas)
         AddFile("a.txt");
     }
     SearchCalls calls;
-    store->SetSearchCallback(&OnSearch, &calls);
+    m_store->SetSearchCallback(&OnSearch, &calls);
     EXPECT_EQ(Search("*.txt|").size(), 500u);
     EXPECT_EQ(calls.percents, (std::vector<std::int32_t>{40, 80, 100}));
     calls = {{}, 2};
@@ -92,7 +92,7 @@ TEST_F(ScanRecordQueriesTest, PathsGoFromTheOutermostFolderInwards)
     const std::uint32_t file = AddFile("deep.txt", 11, 2);  // 4
     const std::uint32_t orphan = AddFile("orphan.txt", 500, 1);
     AddFolder("Found again", 11, 10, 1);  // the first name of a folder stands
-    ASSERT_EQ(store->FlushStore(), ResultSuccess);
+    ASSERT_EQ(m_store->FlushStore(), ResultSuccess);
     EXPECT_EQ(PathOf(1), "");
     EXPECT_EQ(PathOf(2), "");
     EXPECT_EQ(PathOf(3), "Outer\\");
@@ -100,11 +100,11 @@ TEST_F(ScanRecordQueriesTest, PathsGoFromTheOutermostFolderInwards)
     EXPECT_EQ(PathOf(orphan), "") << "its folder is known by number alone";
     EXPECT_EQ(PathOf(4000), "");
     std::string path;
-    EXPECT_EQ(store->GetRecordPath(nullptr, path), ResultInvalidParameter);
+    EXPECT_EQ(m_store->GetRecordPath(nullptr, path), ResultInvalidParameter);
     FileRecord found;
-    EXPECT_EQ(store->FindRecordByNode(11, found), ResultSuccess);
+    EXPECT_EQ(m_store->FindRecordByNode(11, found), ResultSuccess);
     EXPECT_EQ(found.NameText(), "Inner");
-    EXPECT_EQ(store->FindRecordByNode(500, found), ResultInvalidParameter);
+    EXPECT_EQ(m_store->FindRecordByNode(500, found), ResultInvalidParameter);
 }
 
 TEST_F(ScanRecordQueriesTest, FoldersThatContainEachOtherEndTheirPath)
@@ -115,12 +115,12 @@ TEST_F(ScanRecordQueriesTest, FoldersThatContainEachOtherEndTheirPath)
     AddFolder("Self", 22, 22, 1);  // 4
     const std::uint32_t file = AddFile("a.txt", 20, 2);
     const std::uint32_t own = AddFile("b.txt", 22, 2);
-    ASSERT_EQ(store->FlushStore(), ResultSuccess);
+    ASSERT_EQ(m_store->FlushStore(), ResultSuccess);
     EXPECT_EQ(PathOf(file), "Hen\\Egg\\");
     EXPECT_EQ(PathOf(own), "Self\\");
     EXPECT_EQ(PathOf(4), "");
     std::uint32_t count = 0;
-    EXPECT_EQ(store->CountChildren(ScanRecordStore::MakeKey(1, 20), count), ResultSuccess);
+    EXPECT_EQ(m_store->CountChildren(ScanRecordStore::MakeKey(1, 20), count), ResultSuccess);
     EXPECT_EQ(count, 0u) << "the depth is a part of the key, so the walk ends";
 }
 
@@ -133,12 +133,12 @@ TEST_F(ScanRecordQueriesTest, CountingWalksDownByDepth)
     AddFile("3.txt", 11, 2);
     AddFile("4.txt", 11, 2);
     AddFile("elsewhere.txt", 11, 5);  // the same folder number at another depth is another folder
-    ASSERT_EQ(store->FlushStore(), ResultSuccess);
+    ASSERT_EQ(m_store->FlushStore(), ResultSuccess);
     const std::pair<std::uint64_t, std::uint32_t> cases[] = {
         {0, 4}, {2, 4}, {ScanRecordStore::MakeKey(1, 10), 3}, {ScanRecordStore::MakeKey(2, 11), 2}};
     for (const auto& [key, expected] : cases) {
         std::uint32_t count = 0;
-        EXPECT_EQ(store->CountChildren(key, count), ResultSuccess);
+        EXPECT_EQ(m_store->CountChildren(key, count), ResultSuccess);
         EXPECT_EQ(count, expected) << key;
     }
 }
@@ -152,9 +152,9 @@ TEST_F(ScanRecordQueriesTest, SharedFoldersAreCountedOftenButWalkedOnce)
         AddFolder("B", 100 + depth, 99 + depth, depth);
     }
     AddFile("a.txt", 130, 31);
-    ASSERT_EQ(store->FlushStore(), ResultSuccess);
+    ASSERT_EQ(m_store->FlushStore(), ResultSuccess);
     std::uint32_t count = 0;
-    EXPECT_EQ(store->CountChildren(99, count), ResultSuccess);
+    EXPECT_EQ(m_store->CountChildren(99, count), ResultSuccess);
     EXPECT_EQ(count, 1u << 31);
 }
 
@@ -163,9 +163,9 @@ TEST_F(ScanRecordQueriesTest, KeyZeroIsTheLowestKeyEvenWhenThatIsNoRoot)
     AddFolder("Folder", 50, 40, 3);
     const std::uint32_t file = AddFile("a.txt", 40, 3);
     AddFile("b.txt", 50, 4);
-    ASSERT_EQ(store->FlushStore(), ResultSuccess);
+    ASSERT_EQ(m_store->FlushStore(), ResultSuccess);
     FileRecordList records;
-    ASSERT_EQ(store->ListChildren(0, records), ResultSuccess);
+    ASSERT_EQ(m_store->ListChildren(0, records), ResultSuccess);
     EXPECT_EQ(Names(records), (NameList{"a.txt", "Folder"}));
     EXPECT_EQ(PathOf(file), "");
 }
@@ -173,14 +173,14 @@ TEST_F(ScanRecordQueriesTest, KeyZeroIsTheLowestKeyEvenWhenThatIsNoRoot)
 TEST_F(ScanRecordQueriesTest, ANumberBehindTheFileIsAFaultAndWhatCameBeforeStays)
 {
     AddFile("a.txt");
-    store->LinkRecord(2, 0, 4000);
+    m_store->LinkRecord(2, 0, 4000);
     AddFile("b.txt");
-    ASSERT_EQ(store->FlushStore(), ResultSuccess);
+    ASSERT_EQ(m_store->FlushStore(), ResultSuccess);
     FileRecordList records;
-    EXPECT_NE(store->ListChildren(2, records), ResultSuccess);
+    EXPECT_NE(m_store->ListChildren(2, records), ResultSuccess);
     EXPECT_EQ(Names(records), (NameList{"a.txt"}));
     std::uint32_t count = 0;
-    EXPECT_NE(store->CountChildren(2, count), ResultSuccess);
+    EXPECT_NE(m_store->CountChildren(2, count), ResultSuccess);
     EXPECT_EQ(count, 1u);
 }
 

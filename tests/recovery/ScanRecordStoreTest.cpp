@@ -10,8 +10,8 @@ using Relation = std::map<std::uint64_t, std::vector<std::uint32_t>>;
 TEST_F(ScanRecordStoreTest, ARecordIsLaidOutAsTheFormatSays)
 {
     AddFile("a name that was here before.jpg");
-    ASSERT_EQ(store->FlushStore(), ResultSuccess);
-    FileRecord& record = store->ReserveRecord();
+    ASSERT_EQ(m_store->FlushStore(), ResultSuccess);
+    FileRecord& record = m_store->ReserveRecord();
     record.DriveLetter = 0x3E9;
     record.EngineKind = EngineKindCarved;
     record.HeadIntact = 1;
@@ -26,7 +26,7 @@ TEST_F(ScanRecordStoreTest, ARecordIsLaidOutAsTheFormatSays)
     record.EntrySector = 6;
     record.PartitionStart = 7;
     record.SetName("x.png");
-    ASSERT_EQ(store->FlushStore(), ResultSuccess);
+    ASSERT_EQ(m_store->FlushStore(), ResultSuccess);
     const ByteVector file = ReadFileBytes(FilePath());
     ASSERT_EQ(file.size(), 2u * 346);
     EXPECT_EQ(
@@ -55,7 +55,7 @@ TEST_F(ScanRecordStoreTest, ReopenedItKeepsEveryFileByteForByteAndCountsAnew)
     const std::string relation = TextOf("_Relation");
     const ByteVector records = ReadFileBytes(FilePath());
     EXPECT_EQ(relation, " | 2 - [1,3] | 4294967305 - [2]");
-    EXPECT_EQ(store->GetRecordCount(), 0u);
+    EXPECT_EQ(m_store->GetRecordCount(), 0u);
     EXPECT_EQ(PathOf(2), "Folder\\");
     ASSERT_EQ(Reopen(), ResultSuccess);
     EXPECT_EQ(TextOf("_Relation"), relation);
@@ -64,7 +64,7 @@ TEST_F(ScanRecordStoreTest, ReopenedItKeepsEveryFileByteForByteAndCountsAnew)
     EXPECT_EQ(AddFile("later.txt"), 1u);
     EXPECT_EQ(Search("*.txt|"), (NameList{"in.txt", "later.txt", "root.txt"}));
     FileRecordList children;
-    EXPECT_EQ(store->ListChildren(2, children), ResultSuccess);
+    EXPECT_EQ(m_store->ListChildren(2, children), ResultSuccess);
     EXPECT_EQ(Names(children), (NameList{"root.txt", "Folder", "Folder"}));
 }
 
@@ -72,7 +72,7 @@ TEST_F(ScanRecordStoreTest, ATornLastRecordIsDropped)
 {
     AddFile("first.txt");
     AddFile("second.txt");
-    store.reset();
+    m_store.reset();
     const ByteVector whole = ReadFileBytes(FilePath());
     for (const std::size_t size : {std::size_t{346} + 1, std::size_t{346} * 2 - 1}) {
         WriteFileBytes(FilePath(), std::span(whole).first(size));
@@ -90,8 +90,8 @@ TEST_F(ScanRecordStoreTest, AnEmptyScanLeavesThreeEmptyFiles)
     }
     FileRecordList records;
     std::uint32_t count = 9;
-    EXPECT_EQ(store->ListChildren(0, records), ResultSuccess);
-    EXPECT_EQ(store->CountChildren(0, count), ResultSuccess);
+    EXPECT_EQ(m_store->ListChildren(0, records), ResultSuccess);
+    EXPECT_EQ(m_store->CountChildren(0, count), ResultSuccess);
     EXPECT_EQ(count, 0u);
 }
 
@@ -99,25 +99,25 @@ TEST_F(ScanRecordStoreTest, AskingForAMissingFolderIsWrittenAndReadBackAsNumberZ
 {
     AddFile("a.txt");
     FileRecordList records;
-    EXPECT_EQ(store->ListChildren(77, records), ResultSuccess);
+    EXPECT_EQ(m_store->ListChildren(77, records), ResultSuccess);
     ASSERT_EQ(Reopen(), ResultSuccess);
     EXPECT_EQ(TextOf("_Relation"), " | 2 - [1] | 77 - []");
-    EXPECT_EQ(store->ListChildren(77, records), ResultNegativeSeek);
+    EXPECT_EQ(m_store->ListChildren(77, records), ResultNegativeSeek);
     EXPECT_TRUE(records.empty());
-    ASSERT_EQ(store->FlushStore(), ResultSuccess);
+    ASSERT_EQ(m_store->FlushStore(), ResultSuccess);
 }
 
 TEST_F(ScanRecordStoreTest, AStoreThatCannotBeOpenedTakesRecordsAndFindsNone)
 {
-    store.reset();
+    m_store.reset();
     std::filesystem::remove(FilePath());
     std::filesystem::create_directories(FilePath());
     EXPECT_NE(Reopen(), ResultSuccess);
     for (int i = 0; i < 500; ++i) {
         AddFile("a.txt");
     }
-    EXPECT_NE(store->FlushStore(), ResultSuccess);
-    EXPECT_EQ(store->GetRecordCount(), 500u);
+    EXPECT_NE(m_store->FlushStore(), ResultSuccess);
+    EXPECT_EQ(m_store->GetRecordCount(), 500u);
     ScanRecordStore neverOpened;
     (void)neverOpened.ReserveRecord();
     FileRecordList records;
@@ -130,7 +130,7 @@ TEST_F(ScanRecordStoreTest, WithoutTheFolderNamesFilesAreStillFound)
 {
     AddFolder("Folder", 9);
     AddFile("in.txt", 9, 1);
-    store.reset();
+    m_store.reset();
     std::filesystem::remove(FilePath("_DirInfo"));
     std::filesystem::create_directories(FilePath("_DirInfo"));
     ASSERT_EQ(Reopen(), ResultSuccess);

@@ -23,9 +23,9 @@ protected:
 
     ResultCode Reopen()
     {
-        store.reset();  // flushes
-        store = std::make_unique<ScanRecordStore>();
-        return store->OpenStore("Store");
+        m_store.reset();  // flushes
+        m_store = std::make_unique<ScanRecordStore>();
+        return m_store->OpenStore("Store");
     }
 
     static std::filesystem::path FilePath(const std::string& suffix = "")
@@ -43,25 +43,25 @@ protected:
                           std::uint32_t depth = 0,
                           bool intact = true)
     {
-        FileRecord& record = store->ReserveRecord();
-        record.RecordNumber = store->GetRecordCount();
+        FileRecord& record = m_store->ReserveRecord();
+        record.RecordNumber = m_store->GetRecordCount();
         record.SetName(name);
         record.HeadIntact = intact ? 1 : 0;
-        store->LinkRecord(parent, depth, record.RecordNumber);
-        return store->GetRecordCount();
+        m_store->LinkRecord(parent, depth, record.RecordNumber);
+        return m_store->GetRecordCount();
     }
     std::uint32_t AddFolder(std::string_view name,
                             std::uint32_t node,
                             std::uint32_t parent = 2,
                             std::uint32_t depth = 0)
     {
-        FileRecord& record = store->ReserveRecord();
-        record.RecordNumber = store->GetRecordCount();
+        FileRecord& record = m_store->ReserveRecord();
+        record.RecordNumber = m_store->GetRecordCount();
         record.SetName(name);
         record.NodeId = node;
         record.IsFolder = 1;
-        store->LinkFolder(parent, depth, record.RecordNumber, node, name);
-        return store->GetRecordCount();
+        m_store->LinkFolder(parent, depth, record.RecordNumber, node, name);
+        return m_store->GetRecordCount();
     }
 
     static std::vector<std::string> Names(const FileRecordList& records)
@@ -75,7 +75,7 @@ protected:
     std::vector<std::string> Search(std::string_view pattern)
     {
         FileRecordList records;
-        EXPECT_EQ(store->SearchRecords(pattern, records), 1);
+        EXPECT_EQ(m_store->SearchRecords(pattern, records), 1);
         return Names(records);
     }
     std::string PathOf(std::uint32_t recordNumber)
@@ -83,10 +83,10 @@ protected:
         FileRecord record;
         record.RecordNumber = recordNumber;
         std::string path = "untouched";
-        EXPECT_EQ(store->GetRecordPath(&record, path), ResultSuccess);
+        EXPECT_EQ(m_store->GetRecordPath(&record, path), ResultSuccess);
         return path;
     }
 
-    DataFolder data;
-    std::unique_ptr<ScanRecordStore> store;
+    DataFolder m_data;
+    std::unique_ptr<ScanRecordStore> m_store;
 };

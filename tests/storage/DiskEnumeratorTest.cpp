@@ -31,10 +31,10 @@ protected:
     // "2048+100 type 7 FAT32 'CARD'", a line an entry.
     std::string Listing()
     {
-        EXPECT_EQ(enumerator.Enumerate(), 1);
+        EXPECT_EQ(m_enumerator.Enumerate(), 1);
         std::ostringstream out;
         VolumeRecord volume;
-        while (enumerator.Next(volume) == 1) {
+        while (m_enumerator.Next(volume) == 1) {
             out << volume.StartSector << '+' << volume.SectorCount << " type "
                 << unsigned{volume.PartitionType};
             if (!volume.FileSystemName.empty()) {
@@ -48,7 +48,7 @@ protected:
     std::vector<unsigned> Numbers()
     {
         std::vector<VolumeRecord> list;
-        enumerator.Snapshot(list);
+        m_enumerator.Snapshot(list);
         std::vector<unsigned> numbers;
         for (const VolumeRecord& volume : list) {
             numbers.push_back(volume.Letter);
@@ -56,8 +56,8 @@ protected:
         return numbers;
     }
 
-    MadeUpSystem system;
-    DiskEnumerator enumerator;
+    MadeUpSystem m_system;
+    DiskEnumerator m_enumerator;
 };
 
 // The kernel's own table of a disk that may not be read: partitions exactly where a case wants them.
@@ -93,15 +93,15 @@ TEST_F(DiskEnumeratorTest, AreasAboveACylinderAreGaps)
          "100+" + std::to_string(2 * Cylinder - 100) + " type 7\n"},
     };
     for (const GapCase& row : cases) {
-        system.AddDisk("sda", "8:0", row.diskSectors * 512);
-        system.Lock("sda");
+        m_system.AddDisk("sda", "8:0", row.diskSectors * 512);
+        m_system.Lock("sda");
         int number = 0;
         for (const auto& [start, size] : row.partitions) {
             ++number;
-            system.AddPartition("sda", number, "8:" + std::to_string(number), start, size);
+            m_system.AddPartition("sda", number, "8:" + std::to_string(number), start, size);
         }
         EXPECT_EQ(Listing(), row.expected);
-        system.Remove("sda");
+        m_system.Remove("sda");
     }
 }
 
@@ -111,8 +111,8 @@ TEST_F(DiskEnumeratorTest, TablesAreReadFromTheDiskItself)
         !missing.empty()) {
         GTEST_SKIP() << missing;
     }
-    system.AddDisk("sda", "8:0", 200 * MiB);
-    const ImageFile disk(system.Node("sda"));
+    m_system.AddDisk("sda", "8:0", 200 * MiB);
+    const ImageFile disk(m_system.Node("sda"));
     MakeTable(disk.Path(), "label: dos\n"
                            "start=2048, size=131072, type=c\n"
                            "start=133120, size=65536, type=7\n"
@@ -159,8 +159,8 @@ TEST_F(DiskEnumeratorTest, AFileSystemOnTheBareDiskIsOneEntry)
     if (const std::string missing = FatCard::MissingTools(); !missing.empty()) {
         GTEST_SKIP() << missing;
     }
-    system.AddDisk("sda", "8:0", 64 * MiB);
-    const ImageFile disk(system.Node("sda"));
+    m_system.AddDisk("sda", "8:0", 64 * MiB);
+    const ImageFile disk(m_system.Node("sda"));
     // What an earlier formatting has left behind stands beside it.
     const bool ext = MissingTool({"mkfs.ext4"}).empty();
     if (ext) {
@@ -171,8 +171,8 @@ TEST_F(DiskEnumeratorTest, AFileSystemOnTheBareDiskIsOneEntry)
     disk.PutAt(1024, old);
     card.Put("picture", RandomBytes(5 * MiB, 1));
     std::vector<VolumeRecord> list;
-    ASSERT_EQ(enumerator.Enumerate(), 1);
-    enumerator.Snapshot(list);
+    ASSERT_EQ(m_enumerator.Enumerate(), 1);
+    m_enumerator.Snapshot(list);
     ASSERT_EQ(list.size(), 1u);
     EXPECT_EQ(list[0].FileSystemName, "FAT32");
     EXPECT_EQ(list[0].PartitionType, 11);
@@ -185,63 +185,63 @@ TEST_F(DiskEnumeratorTest, WhatIsNoDiskIsLeftOutAndTheOrderIsThatOfNames)
 {
     const char* const hidden[] = {"ram0", "zram0", "fd0", "sr0", "mmcblk0boot0", "mmcblk0rpmb"};
     for (const char* name : hidden) {
-        system.AddDisk(name, "1:1", MiB);
+        m_system.AddDisk(name, "1:1", MiB);
     }
-    system.AddDisk("nbd0", "43:0", 0);
-    system.AddDisk("sdz", "8:1", MiB, {{"hidden", "1"}});
-    system.AddDisk("dm-1", "253:1", MiB, {{"holders/md0", ""}});
-    system.AddDisk("loop1", "7:1", MiB, {{"ro", "1"}, {"loop/backing_file", "/app.squashfs"}});
-    ImageFile(system.Node("loop1")).PutAt(0, Bytes("'hsqs'"));
+    m_system.AddDisk("nbd0", "43:0", 0);
+    m_system.AddDisk("sdz", "8:1", MiB, {{"hidden", "1"}});
+    m_system.AddDisk("dm-1", "253:1", MiB, {{"holders/md0", ""}});
+    m_system.AddDisk("loop1", "7:1", MiB, {{"ro", "1"}, {"loop/backing_file", "/app.squashfs"}});
+    ImageFile(m_system.Node("loop1")).PutAt(0, Bytes("'hsqs'"));
     const char* const shown[] = {"nvme0n2", "nvme0n10", "sda", "sdb", "dm-0", "loop0"};
     for (const char* name : {"nvme0n10", "loop0", "sdb", "dm-0", "sda", "nvme0n2"}) {
-        system.AddDisk(name, std::string("9:") + name, MiB);
+        m_system.AddDisk(name, std::string("9:") + name, MiB);
     }
-    ASSERT_EQ(enumerator.Enumerate(), 1);
+    ASSERT_EQ(m_enumerator.Enumerate(), 1);
     std::vector<std::string> names;
-    for (const auto& [number, entries] : enumerator.Disks) {
+    for (const auto& [number, entries] : m_enumerator.Disks) {
         names.push_back(DriveRegistry::Instance().Find(number)->name);
     }
     EXPECT_EQ(names, std::vector<std::string>(std::begin(shown), std::end(shown)));
-    std::filesystem::remove_all(system.Folder() / "sys/block");
-    EXPECT_EQ(enumerator.Enumerate(), 0);
-    EXPECT_TRUE(enumerator.Disks.empty());
+    std::filesystem::remove_all(m_system.Folder() / "sys/block");
+    EXPECT_EQ(m_enumerator.Enumerate(), 0);
+    EXPECT_TRUE(m_enumerator.Disks.empty());
 }
 
 TEST_F(DiskEnumeratorTest, WithoutRightsTheSystemsOwnTablesTell)
 {
-    system.AddDisk("sda", "8:0", 400 * MiB);
-    system.AddDisk("sdb", "8:16", 100 * MiB, {{"queue/logical_block_size", "4096"}});
+    m_system.AddDisk("sda", "8:0", 400 * MiB);
+    m_system.AddDisk("sdb", "8:16", 100 * MiB, {{"queue/logical_block_size", "4096"}});
     for (const char* name : {"sda", "sdb"}) {
-        system.Lock(name);
+        m_system.Lock(name);
     }
-    system.AddPartition("sda", 1, "8:1", 2048, 400000);
-    system.AddPartition("sda", 2, "8:2", 402048, 2);
-    system.AddPartition("sda", 5, "8:5", 404096, 400000);
-    system.SetProperties("8:1", "E:ID_FS_TYPE=vfat\nE:ID_FS_VERSION=FAT16\n"
-                                "E:ID_FS_LABEL_ENC=My\\x20Card\\xff\nE:ID_PART_ENTRY_TYPE=0x6");
-    system.SetProperties("8:2", "E:ID_PART_ENTRY_TYPE=0xf");
-    system.SetProperties("8:5", "E:ID_FS_TYPE=ext4\nE:ID_PART_ENTRY_TYPE=0x83\nnonsense\nE:=");
-    system.SetProperties("8:16", "E:ID_FS_TYPE=exfat\nE:ID_FS_LABEL_ENC=X");
+    m_system.AddPartition("sda", 1, "8:1", 2048, 400000);
+    m_system.AddPartition("sda", 2, "8:2", 402048, 2);
+    m_system.AddPartition("sda", 5, "8:5", 404096, 400000);
+    m_system.SetProperties("8:1", "E:ID_FS_TYPE=vfat\nE:ID_FS_VERSION=FAT16\n"
+                                  "E:ID_FS_LABEL_ENC=My\\x20Card\\xff\nE:ID_PART_ENTRY_TYPE=0x6");
+    m_system.SetProperties("8:2", "E:ID_PART_ENTRY_TYPE=0xf");
+    m_system.SetProperties("8:5", "E:ID_FS_TYPE=ext4\nE:ID_PART_ENTRY_TYPE=0x83\nnonsense\nE:=");
+    m_system.SetProperties("8:16", "E:ID_FS_TYPE=exfat\nE:ID_FS_LABEL_ENC=X");
     EXPECT_EQ(Listing(), "2048+400000 type 6 FAT 'My Card\uFFFD'\n"
                          "404096+400000 type 131 ext4 ''\n"
                          "0+25600 type 131 exFAT 'X'\n");
-    EXPECT_EQ(enumerator.SectorSize, 4096);
+    EXPECT_EQ(m_enumerator.SectorSize, 4096);
 }
 
 TEST_F(DiskEnumeratorTest, AMountedVolumeTellsItsOwnSpace)
 {
-    system.AddDisk("sda", "8:0", 400 * MiB);
-    system.Lock("sda");
-    system.AddPartition("sda", 1, "8:1", 2048, 400000);
-    std::filesystem::create_directory(system.Folder() / "a place");
-    const std::string escaped = (system.Folder() / "a\\040place").string();
-    system.AddMount("nonsense");
-    system.AddMount("36 25 8:1 / " + escaped + " rw shared:1 - vfat /dev/sda1 rw");
+    m_system.AddDisk("sda", "8:0", 400 * MiB);
+    m_system.Lock("sda");
+    m_system.AddPartition("sda", 1, "8:1", 2048, 400000);
+    std::filesystem::create_directory(m_system.Folder() / "a place");
+    const std::string escaped = (m_system.Folder() / "a\\040place").string();
+    m_system.AddMount("nonsense");
+    m_system.AddMount("36 25 8:1 / " + escaped + " rw shared:1 - vfat /dev/sda1 rw");
     std::vector<VolumeRecord> list;
-    ASSERT_EQ(enumerator.Enumerate(), 1);
-    enumerator.Snapshot(list);
-    const std::filesystem::space_info space = std::filesystem::space(system.Folder());
-    EXPECT_EQ(list.at(0).RootPath, (system.Folder() / "a place/").string());
+    ASSERT_EQ(m_enumerator.Enumerate(), 1);
+    m_enumerator.Snapshot(list);
+    const std::filesystem::space_info space = std::filesystem::space(m_system.Folder());
+    EXPECT_EQ(list.at(0).RootPath, (m_system.Folder() / "a place/").string());
     EXPECT_EQ(list[0].TotalBytes, space.capacity);
     EXPECT_EQ(list[0].UsedBytes, list[0].TotalBytes - list[0].FreeBytes);
     EXPECT_EQ(list[0].FileSystemName, "FAT32");
@@ -251,10 +251,10 @@ TEST_F(DiskEnumeratorTest, AMountedVolumeTellsItsOwnSpace)
 // A mount point that leads to another file system would tell that one's space. Its name may hold any white space.
 TEST_F(DiskEnumeratorTest, AMountPointCountsWhereItLeadsToTheVolume)
 {
-    system.AddDisk("sda", "8:0", 400 * MiB);
-    system.Lock("sda");
-    system.AddPartition("sda", 1, "8:1", 2048, 400000);
-    const std::string place = (system.Folder() / "a\v\rplace").string();
+    m_system.AddDisk("sda", "8:0", 400 * MiB);
+    m_system.Lock("sda");
+    m_system.AddPartition("sda", 1, "8:1", 2048, 400000);
+    const std::string place = (m_system.Folder() / "a\v\rplace").string();
     std::filesystem::create_directory(place);
     struct MountCase
     {
@@ -266,15 +266,15 @@ TEST_F(DiskEnumeratorTest, AMountPointCountsWhereItLeadsToTheVolume)
              MountCase{"37 25 0:50 / " + place + "bo", true},
              MountCase{"37 99 0:50 / " + place, true},  // seen from another system's root
              MountCase{"37 36 0:50 / " + place, false},
-             MountCase{"37 25 0:50 / " + system.Folder().string(), false},
+             MountCase{"37 25 0:50 / " + m_system.Folder().string(), false},
          }) {
-        std::filesystem::remove(system.Folder() / "proc/self/mountinfo");
-        system.AddMount("25 25 8:99 / / rw - ext4 /dev/sdz rw");
-        system.AddMount("36 25 8:1 / " + place + " rw shared:1 - ext4  rw");
-        system.AddMount(row.also + " rw - tmpfs none rw");
+        std::filesystem::remove(m_system.Folder() / "proc/self/mountinfo");
+        m_system.AddMount("25 25 8:99 / / rw - ext4 /dev/sdz rw");
+        m_system.AddMount("36 25 8:1 / " + place + " rw shared:1 - ext4  rw");
+        m_system.AddMount(row.also + " rw - tmpfs none rw");
         std::vector<VolumeRecord> list;
-        ASSERT_EQ(enumerator.Enumerate(), 1);
-        enumerator.Snapshot(list);
+        ASSERT_EQ(m_enumerator.Enumerate(), 1);
+        m_enumerator.Snapshot(list);
         EXPECT_EQ(list.at(0).RootPath, row.leadsThere ? place + "/" : "") << row.also;
         EXPECT_EQ(list[0].TotalBytes == std::uint64_t{400000} * 512, !row.leadsThere) << row.also;
     }
@@ -283,28 +283,28 @@ TEST_F(DiskEnumeratorTest, AMountPointCountsWhereItLeadsToTheVolume)
 TEST_F(DiskEnumeratorTest, WhatHasNoWholeSectorIsLeftOutAndTablesHaveAnEnd)
 {
     const MadeUpSystem::Facts large = {{"queue/logical_block_size", "4096"}};
-    system.AddDisk("sda", "8:0", 40 * MiB + 1024, large);
+    m_system.AddDisk("sda", "8:0", 40 * MiB + 1024, large);
     ByteVector table(66);
     const ByteVector entries = Bytes("00 00 00 00 06 00 00 00 00 28 00 00 04 00 00 00 "
                                      "00 00 00 00 07 00 00 00 64 00 00 00 32 00 00 00");
     std::copy(entries.begin(), entries.end(), table.begin());
     table[64] = 0x55;
     table[65] = 0xAA;
-    ImageFile(system.Node("sda")).PutAt(446, table);
-    system.AddDisk("sdb", "8:16", 3072, large);
+    ImageFile(m_system.Node("sda")).PutAt(446, table);
+    m_system.AddDisk("sdb", "8:16", 3072, large);
     EXPECT_EQ(Listing(), "100+50 type 7\n");
 
     if (const std::string missing = MissingTool({"sfdisk"}); !missing.empty()) {
         GTEST_SKIP() << missing;
     }
-    system.AddDisk("sdc", "8:32", 20 * MiB);
+    m_system.AddDisk("sdc", "8:32", 20 * MiB);
     std::string script = "label: gpt\ntable-length: 400\n";
     for (int i = 0; i < 300; ++i) {
         script += "start=" + std::to_string(2048 + i * 8) + ", size=8\n";
     }
-    MakeTable(system.Node("sdc"), script);
-    ASSERT_EQ(enumerator.Enumerate(), 1);
-    const std::vector<VolumeRecord>& many = enumerator.Disks.rbegin()->second;
+    MakeTable(m_system.Node("sdc"), script);
+    ASSERT_EQ(m_enumerator.Enumerate(), 1);
+    const std::vector<VolumeRecord>& many = m_enumerator.Disks.rbegin()->second;
     ASSERT_EQ(many.size(), 257u) << "and the gap behind them";
     EXPECT_EQ(many[255].StartSector, 2048u + 255 * 8);
 }
@@ -312,27 +312,27 @@ TEST_F(DiskEnumeratorTest, WhatHasNoWholeSectorIsLeftOutAndTablesHaveAnEnd)
 TEST_F(DiskEnumeratorTest, NumbersStayWithTheirEntriesAndAreNeverGivenTwice)
 {
     for (int i = 0; i < 40; ++i) {
-        system.AddDisk("sda" + std::to_string(i), "8:" + std::to_string(i), MiB);
+        m_system.AddDisk("sda" + std::to_string(i), "8:" + std::to_string(i), MiB);
     }
-    ASSERT_EQ(enumerator.Enumerate(), 1);
+    ASSERT_EQ(m_enumerator.Enumerate(), 1);
     EXPECT_EQ(Numbers().back(), 40u);
     std::vector<VolumeRecord> before;
-    enumerator.Snapshot(before);
+    m_enumerator.Snapshot(before);
     std::vector<VolumeRecord> missing;
-    EXPECT_EQ(enumerator.FindMissing(before, missing), 1);
+    EXPECT_EQ(m_enumerator.FindMissing(before, missing), 1);
     EXPECT_TRUE(missing.empty());
 
-    system.Remove("sda39");
-    EXPECT_EQ(enumerator.FindMissing(before, missing), 1);
+    m_system.Remove("sda39");
+    EXPECT_EQ(m_enumerator.FindMissing(before, missing), 1);
     ASSERT_EQ(missing.size(), 1u);
     EXPECT_EQ(missing[0].Letter, 40);
     EXPECT_EQ(Numbers().size(), 39u);
 
     // 40 was used before; 42, 47 and the letters would be mistaken.
     for (int i = 50; i < 80; ++i) {
-        system.AddDisk("sdb" + std::to_string(i), "9:" + std::to_string(i), 2 * MiB);
+        m_system.AddDisk("sdb" + std::to_string(i), "9:" + std::to_string(i), 2 * MiB);
     }
-    ASSERT_EQ(enumerator.Enumerate(), 1);
+    ASSERT_EQ(m_enumerator.Enumerate(), 1);
     const std::vector<unsigned> numbers = Numbers();
     ASSERT_EQ(numbers.size(), 69u);
     const std::vector<unsigned> added(numbers.begin() + 39, numbers.end());
@@ -349,28 +349,28 @@ TEST_F(DiskEnumeratorTest, NumbersStayWithTheirEntriesAndAreNeverGivenTwice)
 TEST_F(DiskEnumeratorTest, AnotherMediumInTheSameDriveIsAnotherDisk)
 {
     DriveRegistry& registry = DriveRegistry::Instance();
-    system.AddDisk("sda", "8:0", MiB, {{"diskseq", "5"}});
-    ASSERT_EQ(enumerator.Enumerate(), 1);
-    ASSERT_EQ(enumerator.Disks.count(0), 1u);
+    m_system.AddDisk("sda", "8:0", MiB, {{"diskseq", "5"}});
+    ASSERT_EQ(m_enumerator.Enumerate(), 1);
+    ASSERT_EQ(m_enumerator.Disks.count(0), 1u);
     FileHandle handle;
     EXPECT_EQ(registry.Open(0, handle), ResultSuccess);
-    system.AddDisk("sda", "8:0", MiB, {{"diskseq", "6"}});
+    m_system.AddDisk("sda", "8:0", MiB, {{"diskseq", "6"}});
     EXPECT_EQ(registry.Open(0, handle), ResultNotConnected)
         << "not yet listed, and not read either";
-    ASSERT_EQ(enumerator.Enumerate(), 1);
-    EXPECT_EQ(enumerator.Disks.begin()->first, 1u);
+    ASSERT_EQ(m_enumerator.Enumerate(), 1);
+    EXPECT_EQ(m_enumerator.Disks.begin()->first, 1u);
     EXPECT_EQ(registry.Open(1, handle), ResultSuccess);
     registry.Forget(0);
-    EXPECT_EQ(registry.NumberOf(system.Folder() / "another"), 0u) << "the lowest free one";
+    EXPECT_EQ(registry.NumberOf(m_system.Folder() / "another"), 0u) << "the lowest free one";
     EXPECT_EQ(registry.Open(77, handle), ResultFileNotFound);
 }
 
 TEST_F(DiskEnumeratorTest, TheOpenerWithMoreRightsIsAskedOnce)
 {
     DriveRegistry& registry = DriveRegistry::Instance();
-    system.AddDisk("sda", "8:0", MiB);
-    std::filesystem::permissions(system.Node("sda"), std::filesystem::perms::none);
-    ASSERT_EQ(enumerator.Enumerate(), 1);
+    m_system.AddDisk("sda", "8:0", MiB);
+    std::filesystem::permissions(m_system.Node("sda"), std::filesystem::perms::none);
+    ASSERT_EQ(m_enumerator.Enumerate(), 1);
     constexpr uid_t Nobody = 65534;
     const bool asNobody = ::geteuid() == 0 && ::seteuid(Nobody) == 0;  // root may open everything
     FileHandle handle;

@@ -13,29 +13,29 @@ protected:
     static constexpr std::int32_t Untouched = -77;
 
     // 100 sectors and a torn one behind them.
-    const ByteVector content = RandomBytes(100 * 512 + 100, 11);
-    TempFolder folder;
-    FailingReader faults;
-    SectorSource source;
-    ByteVector buffer = ByteVector(content.size() + 4096);
-    std::int32_t got = Untouched;
+    const ByteVector m_content = RandomBytes(100 * 512 + 100, 11);
+    TempFolder m_folder;
+    FailingReader m_faults;
+    SectorSource m_source;
+    ByteVector m_buffer = ByteVector(m_content.size() + 4096);
+    std::int32_t m_got = Untouched;
 
     void SetUp() override
     {
-        WriteFileBytes(folder / "image", content);
-        ASSERT_EQ(source.OpenImage(folder / "image"), ResultSuccess);
+        WriteFileBytes(m_folder / "image", m_content);
+        ASSERT_EQ(m_source.OpenImage(m_folder / "image"), ResultSuccess);
     }
 
     ResultCode Read(std::int32_t count, std::uint64_t lba, std::int32_t sectorSize)
     {
-        got = Untouched;
-        return source.ReadSectors(buffer.data(), count, lba, sectorSize, &got);
+        m_got = Untouched;
+        return m_source.ReadSectors(m_buffer.data(), count, lba, sectorSize, &m_got);
     }
 };
 
 TEST_F(SectorSourceTest, BoundsAreCountedInTheCallersSectors)
 {
-    EXPECT_EQ(source.totalSectors, 100u);
+    EXPECT_EQ(m_source.totalSectors, 100u);
     struct BoundsCase
     {
         std::int32_t count;
@@ -65,41 +65,42 @@ TEST_F(SectorSourceTest, BoundsAreCountedInTheCallersSectors)
     for (const BoundsCase& row : cases) {
         EXPECT_EQ(Read(row.count, row.lba, row.sectorSize), row.result)
             << row.lba << ' ' << row.count;
-        EXPECT_EQ(got, row.sectorsRead) << row.lba << ' ' << row.count;
+        EXPECT_EQ(m_got, row.sectorsRead) << row.lba << ' ' << row.count;
     }
     ASSERT_EQ(Read(3, 7, 512), ResultSuccess);
-    EXPECT_TRUE(std::equal(buffer.begin(), buffer.begin() + 3 * 512, content.begin() + 7 * 512));
+    EXPECT_TRUE(
+        std::equal(m_buffer.begin(), m_buffer.begin() + 3 * 512, m_content.begin() + 7 * 512));
 }
 
 TEST_F(SectorSourceTest, ABadSectorEndsTheReadAndWhatCameStays)
 {
-    faults.FailSector(5);
+    m_faults.FailSector(5);
     EXPECT_EQ(Read(4, 1, 512), ResultSuccess);
     EXPECT_EQ(Read(8, 1, 512), ResultReadFault);
-    EXPECT_EQ(got, 4);
-    EXPECT_TRUE(std::equal(buffer.begin(), buffer.begin() + 4 * 512, content.begin() + 512));
+    EXPECT_EQ(m_got, 4);
+    EXPECT_TRUE(std::equal(m_buffer.begin(), m_buffer.begin() + 4 * 512, m_content.begin() + 512));
     EXPECT_EQ(Read(1, 5, 512), ResultReadFault);
-    EXPECT_EQ(got, 0);
+    EXPECT_EQ(m_got, 0);
     EXPECT_EQ(Read(90, 6, 512), ResultSuccess) << "no state is left behind";
 }
 
 TEST_F(SectorSourceTest, ReadsAreCutIntoPiecesOf64KiB)
 {
-    const ImageFile image(folder / "large", 1 << 20);
-    ASSERT_EQ(source.OpenImage(image.Path()), ResultSuccess);
-    buffer.resize(200'000 + 512);
+    const ImageFile image(m_folder / "large", 1 << 20);
+    ASSERT_EQ(m_source.OpenImage(image.Path()), ResultSuccess);
+    m_buffer.resize(200'000 + 512);
     EXPECT_EQ(Read(390, 0, 512), ResultSuccess);
-    EXPECT_EQ(faults.ReadCount(), 4u);
-    EXPECT_EQ(faults.LargestRead(), 65536u);
+    EXPECT_EQ(m_faults.ReadCount(), 4u);
+    EXPECT_EQ(m_faults.LargestRead(), 65536u);
 }
 
 TEST_F(SectorSourceTest, OpeningFailsWithTheReasonAndLeavesNothing)
 {
     SectorSource closed;
-    EXPECT_EQ(closed.OpenImage(folder / "none"), ResultFileNotFound);
+    EXPECT_EQ(closed.OpenImage(m_folder / "none"), ResultFileNotFound);
     EXPECT_EQ(closed.OpenDrive(77), ResultFileNotFound) << "a number never given";
     EXPECT_FALSE(closed.IsOpen());
-    EXPECT_EQ(closed.ReadSectors(buffer.data(), 1, 0, 512, &got), ResultInvalidParameter);
+    EXPECT_EQ(closed.ReadSectors(m_buffer.data(), 1, 0, 512, &m_got), ResultInvalidParameter);
 }
 
 }  // namespace

@@ -23,7 +23,7 @@ protected:
         std::uint64_t size = 0;
         EXPECT_EQ(handle.Size(&size), ResultSuccess);
         return ReadVolumeSpace(*MakeHandleReader(std::move(handle)), startByte, size - startByte,
-                               space);
+                               m_space);
     }
 
     // The first number behind a word in what a program prints; blanks inside it are dropped.
@@ -43,22 +43,22 @@ protected:
         return std::stoull(digits);
     }
 
-    TempFolder folder;
-    VolumeSpace space;
+    TempFolder m_folder;
+    VolumeSpace m_space;
 };
 
 // Counts what is asked of a volume that is a head followed by zeros without end.
 class EndlessReader : public IByteReader
 {
 public:
-    explicit EndlessReader(ByteVector start) : head(std::move(start)) {}
+    explicit EndlessReader(ByteVector start) : m_head(std::move(start)) {}
     ResultCode ReadAt(std::uint64_t position,
                       std::uint8_t* buffer,
                       std::size_t count,
                       std::size_t* outRead) override
     {
         for (std::size_t i = 0; i < count; ++i) {
-            buffer[i] = position + i < head.size() ? head[position + i] : std::uint8_t{0};
+            buffer[i] = position + i < m_head.size() ? m_head[position + i] : std::uint8_t{0};
         }
         *outRead = count;
         asked += count;
@@ -68,7 +68,7 @@ public:
     std::uint64_t asked = 0;
 
 private:
-    ByteVector head;
+    ByteVector m_head;
 };
 
 TEST_F(VolumeSpaceTest, FatVolumesAreAsFullAsMtoolsSays)
@@ -91,7 +91,7 @@ TEST_F(VolumeSpaceTest, FatVolumesAreAsFullAsMtoolsSays)
         options.volumeBytes = row.bytes;
         options.sectorsPerCluster = row.clusterSectors;
         options.startByte = row.start;
-        const FatCard card(folder / ("fat" + std::to_string(row.bits)), options);
+        const FatCard card(m_folder / ("fat" + std::to_string(row.bits)), options);
         card.Put("a", RandomBytes(MiB + 1, 1));
         card.Put("b", RandomBytes(MiB, 1));
         card.Delete("a");
@@ -100,9 +100,9 @@ TEST_F(VolumeSpaceTest, FatVolumesAreAsFullAsMtoolsSays)
             MustRun({"mdir", "-i", card.ImagePath().string() + "@@" + std::to_string(row.start)},
                     {"MTOOLS_SKIP_CHECK=1"});
         const std::size_t line = listing.rfind('\n', listing.find("bytes free"));
-        EXPECT_EQ(space.freeBytes, NumberAfter(listing.substr(line), "\n")) << row.bits;
-        EXPECT_GT(space.totalBytes, row.bytes * 9 / 10);
-        EXPECT_LT(space.totalBytes, row.bytes);
+        EXPECT_EQ(m_space.freeBytes, NumberAfter(listing.substr(line), "\n")) << row.bits;
+        EXPECT_GT(m_space.totalBytes, row.bytes * 9 / 10);
+        EXPECT_LT(m_space.totalBytes, row.bytes);
     }
 }
 
@@ -113,15 +113,16 @@ TEST_F(VolumeSpaceTest, NtfsVolumesAreAsFullAsTheirOwnToolSays)
         GTEST_SKIP() << missing;
     }
     for (const std::uint32_t clusterBytes : {512u, 4096u, 65536u}) {
-        const ImageFile image(folder / ("ntfs" + std::to_string(clusterBytes)), 24 * MiB + 512 * 7);
+        const ImageFile image(m_folder / ("ntfs" + std::to_string(clusterBytes)),
+                              24 * MiB + 512 * 7);
         MustRun({"mkntfs", "-F", "-Q", "-q", "-s", "512", "-p", "0", "-H", "255", "-S", "63", "-c",
                  std::to_string(clusterBytes), image.Path()});
-        WriteFileBytes(folder / "some", RandomBytes(3 * MiB, 3));
-        MustRun({"ntfscp", "-f", image.Path(), folder / "some", "some"});
+        WriteFileBytes(m_folder / "some", RandomBytes(3 * MiB, 3));
+        MustRun({"ntfscp", "-f", image.Path(), m_folder / "some", "some"});
         ASSERT_TRUE(Read(image.Path())) << clusterBytes;
         const std::string told = MustRun({"ntfsinfo", "-f", "-m", image.Path()});
-        EXPECT_EQ(space.freeBytes, NumberAfter(told, "Free Clusters:") * clusterBytes);
-        EXPECT_EQ(space.totalBytes, NumberAfter(told, "Volume Size in Clusters:") * clusterBytes);
+        EXPECT_EQ(m_space.freeBytes, NumberAfter(told, "Free Clusters:") * clusterBytes);
+        EXPECT_EQ(m_space.totalBytes, NumberAfter(told, "Volume Size in Clusters:") * clusterBytes);
     }
 }
 
@@ -131,7 +132,7 @@ TEST_F(VolumeSpaceTest, NoTableIsReadForEver)
     if (const std::string missing = MissingTool({"mkntfs"}); !missing.empty()) {
         GTEST_SKIP() << missing;
     }
-    const ImageFile image(folder / "ntfs", 4 * MiB);
+    const ImageFile image(m_folder / "ntfs", 4 * MiB);
     MustRun({"mkntfs", "-F", "-Q", "-q", "-s", "512", "-p", "0", "-H", "255", "-S", "63", "-c",
              "4096", image.Path()});
     ByteVector volume = ReadFileBytes(image.Path());
@@ -148,7 +149,7 @@ TEST_F(VolumeSpaceTest, NoTableIsReadForEver)
               volume.begin() + static_cast<std::ptrdiff_t>(attribute + volume[attribute + 32]));
     volume[attribute + 4] = static_cast<std::uint8_t>(volume[attribute + 4] + 16);
     EndlessReader reader(volume);
-    EXPECT_FALSE(ReadVolumeSpace(reader, 0, std::uint64_t{1} << 40, space));
+    EXPECT_FALSE(ReadVolumeSpace(reader, 0, std::uint64_t{1} << 40, m_space));
     EXPECT_LT(reader.asked, MiB);
 }
 
@@ -157,14 +158,14 @@ TEST_F(VolumeSpaceTest, DamagedTablesGiveAnAnswerOrNone)
     if (const std::string missing = MissingTool({"mkntfs", "mkfs.fat"}); !missing.empty()) {
         GTEST_SKIP() << missing;
     }
-    const ImageFile ntfs(folder / "ntfs", 4 * MiB);
+    const ImageFile ntfs(m_folder / "ntfs", 4 * MiB);
     MustRun(
         {"mkntfs", "-F", "-Q", "-q", "-s", "512", "-p", "0", "-H", "255", "-S", "63", ntfs.Path()});
     FatOptions options;
     options.volumeBytes = 4 * MiB;
     options.fatBits = 12;
     options.sectorsPerCluster = 4;
-    const FatCard fat(folder / "fat", options);
+    const FatCard fat(m_folder / "fat", options);
     const ByteVector boot = ntfs.Read(0, 512);
     const std::uint64_t cluster = boot[13] * 512u;
     const std::uint64_t bitmapRecord = boot[48] * cluster + 6 * 1024;
@@ -182,8 +183,8 @@ TEST_F(VolumeSpaceTest, DamagedTablesGiveAnAnswerOrNone)
         image.PutAt(at, damaged);
         if (Read(image.Path())) {
             ++answers;
-            EXPECT_LE(space.freeBytes, space.totalBytes) << seed;
-            EXPECT_LE(space.totalBytes, std::uint64_t{1} << 62) << seed;
+            EXPECT_LE(m_space.freeBytes, m_space.totalBytes) << seed;
+            EXPECT_LE(m_space.totalBytes, std::uint64_t{1} << 62) << seed;
         }
         image.PutAt(at, whole);
     }

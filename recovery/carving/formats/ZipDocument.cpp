@@ -66,18 +66,18 @@ public:
     // From now on nothing in front of position is asked for.
     void Begin(std::uint64_t openNumber, std::int32_t size, std::uint64_t position)
     {
-        const bool known = contents == openNumber && sectorSize == size && position >= knownFrom &&
-                           position <= knownTo;
+        const bool known = m_contents == openNumber && m_sectorSize == size &&
+                           position >= m_knownFrom && position <= m_knownTo;
         if (!known) {
-            places.clear();
-            contents = openNumber;
-            sectorSize = size;
-            knownTo = position;
+            m_places.clear();
+            m_contents = openNumber;
+            m_sectorSize = size;
+            m_knownTo = position;
         }
-        while (!places.empty() && places.front().position < position) {
-            places.pop_front();
+        while (!m_places.empty() && m_places.front().position < position) {
+            m_places.pop_front();
         }
-        knownFrom = position;
+        m_knownFrom = position;
     }
 
     // Looks through what is new of the bytes that lie at position; carry holds the four bytes in front of them.
@@ -85,7 +85,7 @@ public:
                 ByteView bytes,
                 std::uint64_t position)
     {
-        if (knownTo < position) {
+        if (m_knownTo < position) {
             std::array<std::uint8_t, 2 * CarryBytes> border{};
             std::copy(carry.begin(), carry.end(), border.begin());
             std::copy_n(bytes.Data(), CarryBytes, border.begin() + CarryBytes);
@@ -99,36 +99,36 @@ public:
     std::size_t IndexOf(std::uint64_t position) const
     {
         const auto first = std::lower_bound(
-            places.begin(), places.end(), position,
+            m_places.begin(), m_places.end(), position,
             [](const Place& place, std::uint64_t value) { return place.position < value; });
-        return static_cast<std::size_t>(first - places.begin());
+        return static_cast<std::size_t>(first - m_places.begin());
     }
     const Place* At(std::size_t index) const
     {
-        return index < places.size() ? &places[index] : nullptr;
+        return index < m_places.size() ? &m_places[index] : nullptr;
     }
 
 private:
     void Search(ByteView bytes, std::uint64_t position)
     {
-        std::size_t at = knownTo > position ? static_cast<std::size_t>(knownTo - position) : 0;
+        std::size_t at = m_knownTo > position ? static_cast<std::size_t>(m_knownTo - position) : 0;
         while ((at = FindBytes(bytes, "PK", at)) != NotFound && bytes.Covers(at, SignatureBytes)) {
             const std::uint16_t kind = bytes.U16(at + 2);
             if (kind == LocalHeader || kind == CentralHeader || kind == EndOfCentral) {
-                places.push_back({position + at, kind == LocalHeader     ? Signature::Local
-                                                 : kind == CentralHeader ? Signature::Central
-                                                                         : Signature::End});
+                m_places.push_back({position + at, kind == LocalHeader     ? Signature::Local
+                                                   : kind == CentralHeader ? Signature::Central
+                                                                           : Signature::End});
             }
             ++at;
         }
-        knownTo = std::max(knownTo, position + bytes.Size() - (SignatureBytes - 1));
+        m_knownTo = std::max(m_knownTo, position + bytes.Size() - (SignatureBytes - 1));
     }
 
-    std::deque<Place> places;
-    std::uint64_t contents = 0;
-    std::int32_t sectorSize = 0;
-    std::uint64_t knownFrom = 0;
-    std::uint64_t knownTo = 0;  // every signature that begins in front of it is in the list
+    std::deque<Place> m_places;
+    std::uint64_t m_contents = 0;
+    std::int32_t m_sectorSize = 0;
+    std::uint64_t m_knownFrom = 0;
+    std::uint64_t m_knownTo = 0;  // every signature that begins in front of it is in the list
 };
 
 // One turn: the sectors just read and the four bytes in front of them.
@@ -225,36 +225,36 @@ class QuietStretch
 public:
     bool IsNear(std::uint64_t openNumber, std::int32_t size, std::uint64_t start) const
     {
-        return contents == openNumber && sectorSize == size && start >= from &&
-               start - from <=
+        return m_contents == openNumber && m_sectorSize == size && start >= m_from &&
+               start - m_from <=
                    static_cast<std::uint64_t>(MostSectors) * static_cast<std::uint64_t>(size);
     }
     void BeginAt(std::uint64_t openNumber, std::int32_t size, std::uint64_t start)
     {
-        if (contents != openNumber || sectorSize != size || start < from || start > to) {
-            to = start;
+        if (m_contents != openNumber || m_sectorSize != size || start < m_from || start > m_to) {
+            m_to = start;
         }
-        contents = openNumber;
-        sectorSize = size;
-        from = start;
+        m_contents = openNumber;
+        m_sectorSize = size;
+        m_from = start;
     }
     // bytes lie at start; nothing in front of it is asked for again.
     bool Holds(ByteView bytes, std::uint64_t start)
     {
-        from = start;
-        to = std::max(to, start);
-        auto at = static_cast<std::size_t>(to - start);
+        m_from = start;
+        m_to = std::max(m_to, start);
+        auto at = static_cast<std::size_t>(m_to - start);
         while ((at = FindBytes(bytes, "PK", at)) != NotFound) {
             // Signatures come in crowds where they come at all.
             for (const std::size_t end = std::min(at + CrowdBytes, bytes.Size()); at < end; ++at) {
                 if (NamesDocument(bytes, at)) {
-                    to = start + at;
+                    m_to = start + at;
                     return false;
                 }
             }
         }
         // A name that runs out of the bytes may be whole for the next head.
-        to = start + (bytes.Size() > LongestHeader ? bytes.Size() - LongestHeader : 0);
+        m_to = start + (bytes.Size() > LongestHeader ? bytes.Size() - LongestHeader : 0);
         return true;
     }
 
@@ -262,10 +262,10 @@ private:
     static constexpr std::size_t CrowdBytes = 64;
     static constexpr std::size_t LongestHeader = 64;
 
-    std::uint64_t contents = 0;
-    std::int32_t sectorSize = 0;
-    std::uint64_t from = 0;
-    std::uint64_t to = 0;
+    std::uint64_t m_contents = 0;
+    std::int32_t m_sectorSize = 0;
+    std::uint64_t m_from = 0;
+    std::uint64_t m_to = 0;
 };
 
 }  // namespace

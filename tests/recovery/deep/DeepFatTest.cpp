@@ -40,14 +40,14 @@ protected:
     void Add(const FatCard& card, const std::string& path, const ByteVector& bytes)
     {
         card.Put(path, bytes);
-        originals[path] = bytes;
+        m_originals[path] = bytes;
     }
 
     // How many originals stand among the restored files with their own bytes, under any path that ends in their name.
     int CountByteExact(const std::map<std::string, ByteVector>& restored) const
     {
         int count = 0;
-        for (const auto& [path, bytes] : originals) {
+        for (const auto& [path, bytes] : m_originals) {
             const std::string name = path.substr(path.rfind('/') + 1);
             for (const auto& [found, content] : restored) {
                 if (found.ends_with(name) && content == bytes) {
@@ -59,14 +59,14 @@ protected:
         return count;
     }
 
-    DataFolder data;
-    TempFolder folder;
-    std::map<std::string, ByteVector> originals;
+    DataFolder m_data;
+    TempFolder m_folder;
+    std::map<std::string, ByteVector> m_originals;
 };
 
 TEST_F(DeepFatTest, FilesOfACardThatWasFormattedOverComeBackInTheirFolders)
 {
-    const std::filesystem::path image = folder / "card.img";
+    const std::filesystem::path image = m_folder / "card.img";
     {
         FatCard card(image, {.volumeBytes = 96 * Mebibyte, .extra = {}});
         Fill(card, 100);
@@ -79,7 +79,7 @@ TEST_F(DeepFatTest, FilesOfACardThatWasFormattedOverComeBackInTheirFolders)
     // The root picture's name went with the root; its content is found by the carver.
     EXPECT_EQ(CountByteExact(restored), 8);
     EXPECT_EQ(restored.at("LostFolder3/A long folder name/some sound 2.xyz"),
-              originals.at("HOLIDAY/A long folder name/some sound 2.xyz"));
+              m_originals.at("HOLIDAY/A long folder name/some sound 2.xyz"));
 }
 
 struct WipedCase
@@ -101,7 +101,7 @@ class WipedTablesTest : public DeepFatTest, public testing::WithParamInterface<W
 TEST_P(WipedTablesTest, DirectoriesAloneGiveTheVolumeBack)
 {
     const WipedCase& wiped = GetParam();
-    const std::filesystem::path path = folder / "card.img";
+    const std::filesystem::path path = m_folder / "card.img";
     {
         FatCard card(path, {.fatBits = wiped.fatBits,
                             .volumeBytes = wiped.volumeBytes,
@@ -125,7 +125,7 @@ INSTANTIATE_TEST_SUITE_P(Kinds,
 
 TEST_F(DeepFatTest, TwoVolumesInOneImageWithoutATableAreToldApart)
 {
-    const std::filesystem::path path = folder / "disk.img";
+    const std::filesystem::path path = m_folder / "disk.img";
     FatOptions first{.fatBits = 16,
                      .volumeBytes = 24 * Mebibyte,
                      .sectorsPerCluster = 2,
@@ -133,7 +133,7 @@ TEST_F(DeepFatTest, TwoVolumesInOneImageWithoutATableAreToldApart)
                      .tailBytes = 60 * Mebibyte,
                      .extra = {}};
     Fill(FatCard(path, first), 300);
-    const auto firstOriginals = originals;
+    const auto firstOriginals = m_originals;
     TempFolder second;
     {
         FatCard card(
@@ -152,7 +152,7 @@ TEST_F(DeepFatTest, TwoVolumesInOneImageWithoutATableAreToldApart)
 
 TEST_F(DeepFatTest, AFileKnownByNameIsNotShownAgainByContent)
 {
-    const std::filesystem::path path = folder / "card.img";
+    const std::filesystem::path path = m_folder / "card.img";
     FatCard card(path, {.volumeBytes = 64 * Mebibyte, .extra = {}});
     Add(card, "one.jpg", MakeJpeg(320, 240, 1));
     Add(card, "two.dat", MakeJpeg(320, 240, 2));
@@ -170,10 +170,10 @@ TEST_F(DeepFatTest, AFileKnownByNameIsNotShownAgainByContent)
 
 TEST_F(DeepFatTest, AResumedScanOfACardKeepsTheQuickStoreAndFindsEveryFileAgain)
 {
-    const std::filesystem::path path = folder / "card.img";
+    const std::filesystem::path path = m_folder / "card.img";
     FatCard card(path, {.volumeBytes = 64 * Mebibyte, .extra = {}});
     Fill(card, 500);
-    for (const auto& [name, bytes] : originals) {
+    for (const auto& [name, bytes] : m_originals) {
         card.Delete(name);
     }
     DeepRun whole(path);
@@ -212,7 +212,7 @@ TEST_P(WholeDiskTest, FilesOfItsVolumesComeBack)
     if (const std::string missing = MissingTool({"sfdisk"}); !missing.empty()) {
         GTEST_SKIP() << missing;
     }
-    const std::filesystem::path path = folder / "disk.img";
+    const std::filesystem::path path = m_folder / "disk.img";
     Fill(FatCard(path, {.fatBits = 16,
                         .volumeBytes = 24 * Mebibyte,
                         .sectorsPerCluster = 2,
@@ -220,9 +220,9 @@ TEST_P(WholeDiskTest, FilesOfItsVolumesComeBack)
                         .tailBytes = 8 * Mebibyte,
                         .extra = {}}),
          400);
-    WriteFileBytes(folder / "table", Bytes(GetParam()));
+    WriteFileBytes(m_folder / "table", Bytes(GetParam()));
     (void)MustRun(
-        {"sh", "-c", "sfdisk -q --force " + path.string() + " < " + (folder / "table").string()});
+        {"sh", "-c", "sfdisk -q --force " + path.string() + " < " + (m_folder / "table").string()});
     DeepRun run(path);
     ASSERT_EQ(run.Scan(), ResultSuccess);
     EXPECT_GE(CountByteExact(run.Restore()), 8);

@@ -20,10 +20,10 @@ protected:
             !missing.empty()) {
             GTEST_SKIP() << missing;
         }
-        MakeVolume(path, 40 * Mebibyte);
-        const std::filesystem::path mount = folder / "mount";
+        MakeVolume(m_path, 40 * Mebibyte);
+        const std::filesystem::path mount = m_folder / "mount";
         std::filesystem::create_directory(mount);
-        if (RunCommand({"ntfs-3g", path.string(), mount.string()}).exitStatus != 0) {
+        if (RunCommand({"ntfs-3g", m_path.string(), mount.string()}).exitStatus != 0) {
             GTEST_SKIP() << "volumes cannot be mounted here: no FUSE, or not the rights to use it";
         }
         std::filesystem::create_directories(mount / "Album" / "Été");
@@ -46,7 +46,7 @@ protected:
     void Add(const std::filesystem::path& mount, const std::string& name, const ByteVector& bytes)
     {
         WriteFileBytes(mount / name, bytes);
-        originals[name] = bytes;
+        m_originals[name] = bytes;
     }
     std::map<std::string, ByteVector> Restored(const std::filesystem::path& image)
     {
@@ -56,38 +56,38 @@ protected:
     }
     void ExpectAll(const std::map<std::string, ByteVector>& restored) const
     {
-        for (const auto& [name, bytes] : originals) {
+        for (const auto& [name, bytes] : m_originals) {
             const auto found = restored.find(name);
             ASSERT_NE(found, restored.end()) << name;
             EXPECT_EQ(found->second, bytes) << name;
         }
     }
 
-    DataFolder data;
-    TempFolder folder;
-    std::filesystem::path path = folder / "volume.img";
-    std::map<std::string, ByteVector> originals;
+    DataFolder m_data;
+    TempFolder m_folder;
+    std::filesystem::path m_path = m_folder / "volume.img";
+    std::map<std::string, ByteVector> m_originals;
 };
 
 TEST_F(DeepNtfsTest, LiveAndDeletedFilesStandInTheirFolders)
 {
     // The map of the volume says that live files' records are in use: only a pass over everything sees them.
-    DeepRun run(path, ScanDepth::Whole);
+    DeepRun run(m_path, ScanDepth::Whole);
     ASSERT_EQ(run.Scan(), ResultSuccess);
     ExpectAll(run.Restore());
 }
 
 TEST_F(DeepNtfsTest, AWipedBootSectorCostsNothing)
 {
-    ImageFile(path).PutAt(0, ByteVector(512));
-    ExpectAll(Restored(path));
+    ImageFile(m_path).PutAt(0, ByteVector(512));
+    ExpectAll(Restored(m_path));
 }
 
 TEST_F(DeepNtfsTest, AVolumeInsideADiskWithoutATableIsFound)
 {
-    const std::filesystem::path disk = folder / "disk.img";
+    const std::filesystem::path disk = m_folder / "disk.img";
     const ImageFile image(disk, 60 * Mebibyte);
-    image.PutAt(3 * Mebibyte + 8 * 512, ReadFileBytes(path));
+    image.PutAt(3 * Mebibyte + 8 * 512, ReadFileBytes(m_path));
     const auto restored = Restored(disk);
     // Record 0 tells where the volume begins as soon as the pass has seen it.
     ExpectAll(restored);
@@ -95,10 +95,10 @@ TEST_F(DeepNtfsTest, AVolumeInsideADiskWithoutATableIsFound)
 
 TEST_F(DeepNtfsTest, AVolumeFormattedOverGivesWhatTheNewTableLeft)
 {
-    MakeVolume(path, 0);
-    const auto restored = Restored(path);
+    MakeVolume(m_path, 0);
+    const auto restored = Restored(m_path);
     int exact = 0;
-    for (const auto& [name, bytes] : originals) {
+    for (const auto& [name, bytes] : m_originals) {
         const std::string last = name.substr(name.rfind('/') + 1);
         for (const auto& [found, content] : restored) {
             exact += found.ends_with(last) && content == bytes ? 1 : 0;

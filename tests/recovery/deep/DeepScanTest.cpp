@@ -23,32 +23,32 @@ protected:
 
     void SetUp() override
     {
-        image.PutAt(0, RandomBytes(Sectors * Sector, 77));
+        m_image.PutAt(0, RandomBytes(Sectors * Sector, 77));
         for (const std::uint64_t sector : {5u, 127u, 4000u, 9000u, 15000u}) {
-            image.Put(sector, MakeJpeg(640, 480, sector));
+            m_image.Put(sector, MakeJpeg(640, 480, sector));
         }
-        image.Put(10000, Bytes("'FLV' 01 05 00*3 09 00*7"));
+        m_image.Put(10000, Bytes("'FLV' 01 05 00*3 09 00*7"));
     }
 
     // A scan in a fresh data folder that is not disturbed.
     std::map<std::string, ByteVector> Undisturbed()
     {
         const DataFolder own;
-        DeepRun run(image.Path());
+        DeepRun run(m_image.Path());
         EXPECT_EQ(run.Scan(), ResultSuccess);
         (void)run.Search();  // writes what is buffered
         return run.StoreBytes();
     }
 
-    DataFolder data;
-    TempFolder folder;
-    ImageFile image{folder / "disk.img", Sectors* Sector};
+    DataFolder m_data;
+    TempFolder m_folder;
+    ImageFile m_image{m_folder / "disk.img", Sectors* Sector};
 };
 
 TEST_F(DeepScanTest, ProgressRunsFromTenToAHundredAndTen)
 {
     std::vector<DeepProgress> reports;
-    DeepRun run(image.Path());
+    DeepRun run(m_image.Path());
     ASSERT_EQ(run.Scan([&](const DeepProgress& report) {
         reports.push_back(report);
         return ResultSuccess;
@@ -71,7 +71,7 @@ TEST_F(DeepScanTest, AScanCancelledAnywhereAndResumedFindsTheSame)
     for (const int reports : {1, 2, 3, 7, 35, 60, 80, 100, 120, 150}) {
         const DataFolder own;
         {
-            DeepRun run(image.Path());
+            DeepRun run(m_image.Path());
             int left = reports;
             ASSERT_EQ(
                 run.Scan([&](const DeepProgress&) { return --left <= 0 ? ResultCancelled : 0; }),
@@ -79,7 +79,7 @@ TEST_F(DeepScanTest, AScanCancelledAnywhereAndResumedFindsTheSame)
                 << reports;
         }
         ScanLogDirectory::Instance().Reload();  // as the next start of the program does
-        DeepRun run(image.Path());
+        DeepRun run(m_image.Path());
         ASSERT_TRUE(run.Engine().HasResumableScan()) << reports;
         ASSERT_EQ(run.Scan(), ResultSuccess);
         FileRecordList found = run.Search();
@@ -99,11 +99,11 @@ TEST_F(DeepScanTest, AScanCancelledAnywhereAndResumedFindsTheSame)
 TEST_F(DeepScanTest, ACompleteScanIsTakenAsItStandsAndAChangedImageIsNot)
 {
     {
-        DeepRun run(image.Path());
+        DeepRun run(m_image.Path());
         ASSERT_EQ(run.Scan(), ResultSuccess);
     }
     {
-        DeepRun again(image.Path());
+        DeepRun again(m_image.Path());
         ASSERT_TRUE(again.Engine().HasResumableScan());
         int reports = 0;
         ASSERT_EQ(again.Scan([&](const DeepProgress&) { return ++reports, ResultSuccess; }),
@@ -111,8 +111,8 @@ TEST_F(DeepScanTest, ACompleteScanIsTakenAsItStandsAndAChangedImageIsNot)
         EXPECT_EQ(reports, 1);  // no pass at all, only the end
         EXPECT_EQ(again.Search().size(), 6u);
     }
-    image.Put(3, Bytes("01"));
-    DeepRun changed(image.Path());
+    m_image.Put(3, Bytes("01"));
+    DeepRun changed(m_image.Path());
     EXPECT_FALSE(changed.Engine().HasResumableScan());
 }
 
@@ -121,7 +121,7 @@ TEST_F(DeepScanTest, ThePassGoesOnBehindUnreadableSectors)
     FailingReader failing;
     failing.FailSector(130);
     failing.FailBytes(8000 * Sector, 8600 * Sector);
-    DeepRun run(image.Path());
+    DeepRun run(m_image.Path());
     ASSERT_EQ(run.Scan(), ResultSuccess);
     std::vector<std::uint64_t> heads;
     for (const FileRecord& record : run.Search()) {
@@ -141,9 +141,9 @@ TEST_F(DeepScanTest, ReadingAheadBringsTheSameBlocksAsReadingPlainly)
     SectorSource source;
     SectorSource ahead;
     SectorSource closed;
-    ASSERT_EQ(plain.OpenImage(image.Path()), ResultSuccess);
-    ASSERT_EQ(source.OpenImage(image.Path()), ResultSuccess);
-    ASSERT_EQ(ahead.OpenImage(image.Path()), ResultSuccess);
+    ASSERT_EQ(plain.OpenImage(m_image.Path()), ResultSuccess);
+    ASSERT_EQ(source.OpenImage(m_image.Path()), ResultSuccess);
+    ASSERT_EQ(ahead.OpenImage(m_image.Path()), ResultSuccess);
     BlockReader withThread(source, ahead, 512);
     BlockReader without(plain, closed, 512);
     std::uint64_t lba = 0;
@@ -167,7 +167,7 @@ TEST_F(DeepScanTest, AConfigOfRandomBytesHarmsNothingOutsideTheLog)
 {
     const std::filesystem::path root = ScanLogDirectory::Instance().Root();
     std::filesystem::create_directories(root);
-    const std::filesystem::path precious = folder / "precious";
+    const std::filesystem::path precious = m_folder / "precious";
     std::filesystem::create_directories(precious / "7");
     WriteFileBytes(precious / "7" / "letter", Bytes("'dear'"));
     const std::string home = (precious / "7").string();
@@ -177,7 +177,7 @@ TEST_F(DeepScanTest, AConfigOfRandomBytesHarmsNothingOutsideTheLog)
         if (seed % 2 == 0) {
             ScanLogEntry entry;
             entry.diskNumber = ImageDiskNumber;
-            ASSERT_TRUE(SetImagePath(entry, image.Path()));
+            ASSERT_TRUE(SetImagePath(entry, m_image.Path()));
             ASSERT_TRUE(SetLogFolder(entry, seed % 4 == 0 ? home : seed % 6 == 0 ? "/" : ""));
             bytes.resize(8 + sizeof entry);
             std::memcpy(bytes.data() + 8, &entry, sizeof entry - seed % 100);
@@ -186,12 +186,12 @@ TEST_F(DeepScanTest, AConfigOfRandomBytesHarmsNothingOutsideTheLog)
         ScanLogDirectory& log = ScanLogDirectory::Instance();
         log.Reload();
         ScanLogEntry found;
-        EXPECT_FALSE(log.FindScan({ImageDiskNumber, 0, Sectors, image.Path()}, found));
+        EXPECT_FALSE(log.FindScan({ImageDiskNumber, 0, Sectors, m_image.Path()}, found));
         for (const ScanLogEntry& entry : std::vector<ScanLogEntry>(log.Entries())) {
             (void)log.DeleteLog(LogFolderOf(entry));
         }
         log.BeginNewLog();
-        (void)log.SaveProgress({ImageDiskNumber, 0, Sectors, image.Path()}, {},
+        (void)log.SaveProgress({ImageDiskNumber, 0, Sectors, m_image.Path()}, {},
                                log.CurrentLogPath());
     }
     EXPECT_EQ(ReadFileBytes(precious / "7" / "letter"), Bytes("'dear'"));
@@ -200,13 +200,13 @@ TEST_F(DeepScanTest, AConfigOfRandomBytesHarmsNothingOutsideTheLog)
 TEST_F(DeepScanTest, ASaveThatStoppedBetweenItsStepsIsFinishedAtTheNextStart)
 {
     {
-        DeepRun run(image.Path());
+        DeepRun run(m_image.Path());
         ASSERT_EQ(run.Scan(), ResultSuccess);
     }
     const std::filesystem::path root = ScanLogDirectory::Instance().Root();
     std::filesystem::rename(root / "config", root / "config.tmp");
     ScanLogDirectory::Instance().Reload();
-    EXPECT_TRUE(DeepRun(image.Path()).Engine().HasResumableScan());
+    EXPECT_TRUE(DeepRun(m_image.Path()).Engine().HasResumableScan());
 }
 
 TEST_F(DeepScanTest, ADriveIsGoneOnWithOnlyWhileItIsTheSameAndUnchanged)
@@ -216,7 +216,7 @@ TEST_F(DeepScanTest, ADriveIsGoneOnWithOnlyWhileItIsTheSameAndUnchanged)
     }
     FatOptions options;
     options.extra = {"-i", "11111111"};
-    const std::filesystem::path disk = folder / "card";
+    const std::filesystem::path disk = m_folder / "card";
     const std::uint32_t number = DriveRegistry::Instance().NumberOf(disk);
     const auto open = [&] {
         auto engine = RecoveryEngineFactory::Instance().MakeEngineForPartition(

@@ -36,25 +36,26 @@ protected:
             GTEST_SKIP() << missing;
         }
         const VolumeCase& volume = GetParam();
-        card.emplace(folder / "card.img", FatOptions{.fatBits = volume.fatBits,
-                                                     .volumeBytes = volume.volumeBytes,
-                                                     .sectorsPerCluster = volume.sectorsPerCluster,
-                                                     .extra = {}});
+        m_card.emplace(m_folder / "card.img",
+                       FatOptions{.fatBits = volume.fatBits,
+                                  .volumeBytes = volume.volumeBytes,
+                                  .sectorsPerCluster = volume.sectorsPerCluster,
+                                  .extra = {}});
     }
 
     // Named as the engine shall name it; live files between the deleted ones keep their clusters.
     void AddDeleted(const std::string& path, const std::string& foundAs, const ByteVector& bytes)
     {
-        card->Put(path, bytes);
-        card->Put(path + ".live", RandomBytes(700, path.size()));
-        expected[foundAs] = bytes;
-        toDelete.push_back(path);
+        m_card->Put(path, bytes);
+        m_card->Put(path + ".live", RandomBytes(700, path.size()));
+        m_expected[foundAs] = bytes;
+        m_toDelete.push_back(path);
     }
 
     // Found files by path, restored.
     std::map<std::string, ByteVector> ScanAndRestore(CFastFatRecovery& engine)
     {
-        EXPECT_EQ(engine.OpenImageFile(card->ImagePath(), 1001), ResultSuccess);
+        EXPECT_EQ(engine.OpenImageFile(m_card->ImagePath(), 1001), ResultSuccess);
         EXPECT_EQ(engine.Scan(nullptr), ResultSuccess);
         FileRecordList records;
         EXPECT_EQ(engine.SearchRecords(AllFilesPattern, records), 1);
@@ -64,7 +65,7 @@ protected:
             EXPECT_EQ(engine.GetRecordPath(&record, path), ResultSuccess);
             std::replace(path.begin(), path.end(), '\\', '/');
             path += record.NameText();
-            const std::filesystem::path to = folder / "restored";
+            const std::filesystem::path to = m_folder / "restored";
             std::filesystem::remove(to);
             if (engine.RestoreRecord(&record, to, 0) == ResultSuccess) {
                 files[path] = ReadFileBytes(to);
@@ -73,19 +74,19 @@ protected:
         return files;
     }
 
-    DataFolder data;
-    TempFolder folder;
-    std::optional<FatCard> card;
-    std::map<std::string, ByteVector> expected;
-    std::vector<std::string> toDelete;
+    DataFolder m_data;
+    TempFolder m_folder;
+    std::optional<FatCard> m_card;
+    std::map<std::string, ByteVector> m_expected;
+    std::vector<std::string> m_toDelete;
 };
 
 TEST_P(FastFatVolumeTest, DeletedFilesComeBackByteForByteUnderTheirNames)
 {
-    card->MakeFolder("Holiday");
-    card->MakeFolder("Holiday/Zweiter Ordner mit Ümläuten");
-    card->MakeFolder("GONE");
-    card->MakeFolder("GONE/Inner folder");
+    m_card->MakeFolder("Holiday");
+    m_card->MakeFolder("Holiday/Zweiter Ordner mit Ümläuten");
+    m_card->MakeFolder("GONE");
+    m_card->MakeFolder("GONE/Inner folder");
     AddDeleted("A picture with a long name.jpg", "A picture with a long name.jpg",
                MakeJpeg(640, 480, 1));
     AddDeleted("SHORT.PNG", "!hort.png", MakePng(60, 50, 2));
@@ -96,18 +97,18 @@ TEST_P(FastFatVolumeTest, DeletedFilesComeBackByteForByteUnderTheirNames)
     AddDeleted("Holiday/empty file.txt", "Holiday/empty file.txt", {});
     // In a folder that is deleted as a whole, live and deleted alike. Nothing is written behind the first deletion.
     const ByteVector inner = MakeJpeg(320, 240, 6);
-    card->Put("GONE/Inner folder/still here.jpg", inner);
-    for (const std::string& path : toDelete) {
-        card->Delete(path);
+    m_card->Put("GONE/Inner folder/still here.jpg", inner);
+    for (const std::string& path : m_toDelete) {
+        m_card->Delete(path);
     }
-    card->DeleteTree("GONE");
-    expected["!one/Inner folder/still here.jpg"] = inner;
+    m_card->DeleteTree("GONE");
+    m_expected["!one/Inner folder/still here.jpg"] = inner;
 
     CFastFatRecovery engine;
     const auto restored = ScanAndRestore(engine);
     std::size_t exact = 0;
     std::string wrong;
-    for (const auto& [path, bytes] : expected) {
+    for (const auto& [path, bytes] : m_expected) {
         const auto found = restored.find(path);
         ASSERT_NE(found, restored.end()) << path;
         exact += found->second == bytes ? 1u : 0u;
@@ -115,17 +116,17 @@ TEST_P(FastFatVolumeTest, DeletedFilesComeBackByteForByteUnderTheirNames)
         EXPECT_EQ(found->second.size(), bytes.size()) << path;
     }
     RecordProperty("byteExact", static_cast<int>(exact));
-    EXPECT_TRUE(exact == expected.size() || !GetParam().allComesBack) << wrong;
-    EXPECT_GE(exact, expected.size() / 2);
+    EXPECT_TRUE(exact == m_expected.size() || !GetParam().allComesBack) << wrong;
+    EXPECT_GE(exact, m_expected.size() / 2);
 }
 
 TEST_P(FastFatVolumeTest, FreeRangesAndUsedClustersCoverTheDataArea)
 {
-    card->Put("one.bin", RandomBytes(100 * 1024, 1));
-    card->Put("two.bin", RandomBytes(100 * 1024, 2));
-    card->Delete("one.bin");
+    m_card->Put("one.bin", RandomBytes(100 * 1024, 1));
+    m_card->Put("two.bin", RandomBytes(100 * 1024, 2));
+    m_card->Delete("one.bin");
     CFastFatRecovery engine;
-    ASSERT_EQ(engine.OpenImageFile(card->ImagePath(), 1001), ResultSuccess);
+    ASSERT_EQ(engine.OpenImageFile(m_card->ImagePath(), 1001), ResultSuccess);
     ASSERT_EQ(engine.BuildUsedClusterMap(), ResultSuccess);
     const std::uint64_t sectors = GetParam().volumeBytes / 512;
     std::uint64_t sector = 0;

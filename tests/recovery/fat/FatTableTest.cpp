@@ -18,41 +18,41 @@ class FatTableTest : public testing::Test
 protected:
     void Open(std::uint64_t bytesBehind)
     {
-        ImageFile image(folder / "fat.img", 32 * 512 + bytesBehind);
-        for (const auto& [cluster, entry] : entries) {
+        ImageFile image(m_folder / "fat.img", 32 * 512 + bytesBehind);
+        for (const auto& [cluster, entry] : m_entries) {
             ByteVector bytes(4);
             std::memcpy(bytes.data(), &entry, 4);
             image.PutAt(32 * 512 + std::uint64_t{cluster} * 4, bytes);
         }
-        ASSERT_EQ(source.OpenImage(image.Path()), ResultSuccess);
-        table.Open(source, geometry, 32);
+        ASSERT_EQ(m_source.OpenImage(image.Path()), ResultSuccess);
+        m_table.Open(m_source, m_geometry, 32);
     }
     std::uint32_t Entry(std::uint32_t cluster)
     {
         std::uint32_t entry = 0xDEAD;
-        return table.ReadFatEntry(cluster, &entry) == ResultSuccess ? entry : 0xBAD;
+        return m_table.ReadFatEntry(cluster, &entry) == ResultSuccess ? entry : 0xBAD;
     }
 
-    TempFolder folder;
-    std::map<std::uint32_t, std::uint32_t> entries;
-    FatGeometry geometry;
-    SectorSource source;
-    FatTable table;
+    TempFolder m_folder;
+    std::map<std::uint32_t, std::uint32_t> m_entries;
+    FatGeometry m_geometry;
+    SectorSource m_source;
+    FatTable m_table;
 };
 
 TEST_F(FatTableTest, ASourceShorterThanTheWindowReadsAsZeros)
 {
-    entries = {{3, 4}};
+    m_entries = {{3, 4}};
     Open(Window - 512);
     EXPECT_EQ(Entry(3), 0u);
-    EXPECT_EQ(table.NextCluster(3), 4u);  // both free: the file runs on
+    EXPECT_EQ(m_table.NextCluster(3), 4u);  // both free: the file runs on
     EXPECT_EQ(Entry(Window / 4), 0xBADu);
 }
 
 TEST_F(FatTableTest, TheWindowMovesBothWaysAndOnlyWhole)
 {
     const auto second = static_cast<std::uint32_t>(Window / 4);
-    entries = {{3, 4}, {second + 5, second + 9}, {second + 200, 7}};
+    m_entries = {{3, 4}, {second + 5, second + 9}, {second + 200, 7}};
     Open(2 * Window);
     EXPECT_EQ(Entry(3), 4u);
     EXPECT_EQ(Entry(second + 5), second + 9);
@@ -68,11 +68,11 @@ TEST_F(FatTableTest, TheWindowMovesBothWaysAndOnlyWhole)
 
 TEST_F(FatTableTest, TheMapEndsAtAPointerThatLeadsNowhere)
 {
-    geometry.totalSectors32 = 1000;
-    entries = {{4, 0x0FFFFFFF}, {6, 7}, {9, 1}, {12, 0x0FFFFFFF}};
+    m_geometry.totalSectors32 = 1000;
+    m_entries = {{4, 0x0FFFFFFF}, {6, 7}, {9, 1}, {12, 0x0FFFFFFF}};
     Open(Window);
     UsedClusterMap map;
-    map.Build(table, geometry, 1000);
+    map.Build(m_table, m_geometry, 1000);
     std::vector<std::pair<std::uint64_t, std::uint64_t>> ranges;
     std::uint64_t length = 0;
     for (std::uint64_t sector = 0; map.NextFreeRange(sector, length), length != 0;

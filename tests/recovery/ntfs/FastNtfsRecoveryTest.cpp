@@ -23,9 +23,9 @@ class FastNtfsRecoveryTest : public testing::Test
 protected:
     ResultCode Scan()
     {
-        WriteFileBytes(folder / "volume.img", image.Bytes());
-        const ResultCode opened = engine.OpenImageFile(folder / "volume.img", u'X');
-        return opened != ResultSuccess ? opened : engine.Scan(nullptr);
+        WriteFileBytes(m_folder / "volume.img", m_image.Bytes());
+        const ResultCode opened = m_engine.OpenImageFile(m_folder / "volume.img", u'X');
+        return opened != ResultSuccess ? opened : m_engine.Scan(nullptr);
     }
 
     // Every record below a folder, by its path; the tree that a user would see.
@@ -43,7 +43,7 @@ protected:
             const Item item = waiting.back();
             waiting.pop_back();
             FileRecordList children;
-            EXPECT_EQ(engine.ListChildren(&item.record, item.depth, children), ResultSuccess);
+            EXPECT_EQ(m_engine.ListChildren(&item.record, item.depth, children), ResultSuccess);
             for (const FileRecord& child : children) {
                 const std::string path = item.path + std::string(child.NameText());
                 found[path] = child;
@@ -66,33 +66,33 @@ protected:
 
     ByteVector Restored(const FileRecord& record, ResultCode expected = ResultSuccess)
     {
-        const std::filesystem::path path = folder / "out";
+        const std::filesystem::path path = m_folder / "out";
         std::filesystem::remove(path);
-        EXPECT_EQ(engine.RestoreRecord(&record, path, 0), expected);
+        EXPECT_EQ(m_engine.RestoreRecord(&record, path, 0), expected);
         return ReadFileBytes(path);
     }
 
-    TempFolder folder;
-    DataFolder data;
-    NtfsImage image{Sectors, Records};
-    CFastNtfsRecovery engine;
+    TempFolder m_folder;
+    DataFolder m_data;
+    NtfsImage m_image{Sectors, Records};
+    CFastNtfsRecovery m_engine;
 };
 
 TEST_F(FastNtfsRecoveryTest, OnlyDeletedFilesAndTheFoldersAboveThemAreFound)
 {
     const ByteVector value = Bytes("'hello'");
-    image.Put(11, Deleted, {FileNameAttribute(5, u"system.txt")});
-    image.Put(20, LiveFolder, {FileNameAttribute(5, u"top")});
-    image.Put(21, LiveFolder, {FileNameAttribute(20, u"sub")});
-    image.Put(22, 1, {FileNameAttribute(21, u"live.txt")});
-    image.Put(23, 2, {FileNameAttribute(21, u"deleted folder")});
-    image.Put(24, Deleted, {FileNameAttribute(21, u"gone.txt"), ResidentAttribute(0x80, value)});
-    image.Put(25, Deleted, {FileNameAttribute(23, u"deep.txt")});
-    image.Put(26, Deleted, {FileNameAttribute(27, u"reused.txt")});
-    image.Put(27, 1, {FileNameAttribute(5, u"now a file")});
-    image.Put(28, Deleted, {FileNameAttribute(60, u"wiped.txt")});
-    image.Put(29, Deleted, {FileNameAttribute(0xFFFFFFFF, u"nowhere.txt")});
-    image.Put(30, Deleted, {FileNameAttribute(6, u"under system.txt")});
+    m_image.Put(11, Deleted, {FileNameAttribute(5, u"system.txt")});
+    m_image.Put(20, LiveFolder, {FileNameAttribute(5, u"top")});
+    m_image.Put(21, LiveFolder, {FileNameAttribute(20, u"sub")});
+    m_image.Put(22, 1, {FileNameAttribute(21, u"live.txt")});
+    m_image.Put(23, 2, {FileNameAttribute(21, u"deleted folder")});
+    m_image.Put(24, Deleted, {FileNameAttribute(21, u"gone.txt"), ResidentAttribute(0x80, value)});
+    m_image.Put(25, Deleted, {FileNameAttribute(23, u"deep.txt")});
+    m_image.Put(26, Deleted, {FileNameAttribute(27, u"reused.txt")});
+    m_image.Put(27, 1, {FileNameAttribute(5, u"now a file")});
+    m_image.Put(28, Deleted, {FileNameAttribute(60, u"wiped.txt")});
+    m_image.Put(29, Deleted, {FileNameAttribute(0xFFFFFFFF, u"nowhere.txt")});
+    m_image.Put(30, Deleted, {FileNameAttribute(6, u"under system.txt")});
     ASSERT_EQ(Scan(), ResultSuccess);
     EXPECT_EQ(Paths(),
               "LostFolder-1 LostFolder-1/nowhere.txt LostFolder27 LostFolder27/reused.txt "
@@ -106,7 +106,7 @@ TEST_F(FastNtfsRecoveryTest, OnlyDeletedFilesAndTheFoldersAboveThemAreFound)
     EXPECT_EQ(std::uint32_t{file.ClusterBytes}, 512U);
     EXPECT_EQ(Restored(file), value);
     std::string path;
-    EXPECT_EQ(engine.GetRecordPath(&file, path), ResultSuccess);
+    EXPECT_EQ(m_engine.GetRecordPath(&file, path), ResultSuccess);
     EXPECT_EQ(path, "top\\sub\\");
 }
 
@@ -115,28 +115,28 @@ TEST_F(FastNtfsRecoveryTest, ALaterNameCountsOnlyWhenItIsALongOne)
     const auto name = [](const char16_t* text, std::uint8_t space) {
         return FileNameAttribute(5, text, space);
     };
-    image.Put(20, Deleted, {name(u"A~1.TXT", 2), name(u"long a.txt", 1)});
-    image.Put(21, Deleted, {name(u"long b.txt", 1), name(u"B~1.TXT", 2), name(u"posix", 0)});
-    image.Put(22, Deleted, {name(u"C.TXT", 2), name(u"both.txt", 3)});
+    m_image.Put(20, Deleted, {name(u"A~1.TXT", 2), name(u"long a.txt", 1)});
+    m_image.Put(21, Deleted, {name(u"long b.txt", 1), name(u"B~1.TXT", 2), name(u"posix", 0)});
+    m_image.Put(22, Deleted, {name(u"C.TXT", 2), name(u"both.txt", 3)});
     ASSERT_EQ(Scan(), ResultSuccess);
     EXPECT_EQ(Paths(), "C.TXT long a.txt long b.txt");
 }
 
 TEST_F(FastNtfsRecoveryTest, FoldersInRingsAreCountedOnceEach)
 {
-    image.Put(20, LiveFolder, {FileNameAttribute(21, u"a")});
-    image.Put(21, LiveFolder, {FileNameAttribute(20, u"b")});
-    image.Put(22, LiveFolder, {FileNameAttribute(20, u"tail")});
-    image.Put(23, LiveFolder, {FileNameAttribute(23, u"self")});
-    image.Put(30, Deleted, {FileNameAttribute(20, u"x.txt")});
-    image.Put(31, Deleted, {FileNameAttribute(22, u"y.txt")});
-    image.Put(32, Deleted, {FileNameAttribute(23, u"z.txt")});
+    m_image.Put(20, LiveFolder, {FileNameAttribute(21, u"a")});
+    m_image.Put(21, LiveFolder, {FileNameAttribute(20, u"b")});
+    m_image.Put(22, LiveFolder, {FileNameAttribute(20, u"tail")});
+    m_image.Put(23, LiveFolder, {FileNameAttribute(23, u"self")});
+    m_image.Put(30, Deleted, {FileNameAttribute(20, u"x.txt")});
+    m_image.Put(31, Deleted, {FileNameAttribute(22, u"y.txt")});
+    m_image.Put(32, Deleted, {FileNameAttribute(23, u"z.txt")});
     ASSERT_EQ(Scan(), ResultSuccess);
     const auto filesAt = [&](std::uint32_t node, std::uint32_t depth) {
         FileRecord parent;
         parent.NodeId = node;
         FileRecordList children;
-        EXPECT_EQ(engine.ListChildren(&parent, depth, children), ResultSuccess);
+        EXPECT_EQ(m_engine.ListChildren(&parent, depth, children), ResultSuccess);
         std::string names;
         for (const FileRecord& child : children) {
             names += std::string(child.NameText()) + " ";
@@ -146,7 +146,7 @@ TEST_F(FastNtfsRecoveryTest, FoldersInRingsAreCountedOnceEach)
     EXPECT_EQ(filesAt(20, 2), "x.txt b tail ");
     EXPECT_EQ(filesAt(22, 3), "y.txt ");
     EXPECT_EQ(filesAt(23, 1), "z.txt self ");
-    EXPECT_EQ(engine.GetRecordCount(), 7U);
+    EXPECT_EQ(m_engine.GetRecordCount(), 7U);
 }
 
 TEST_F(FastNtfsRecoveryTest, BrokenRecordsCostNoOther)
@@ -155,22 +155,22 @@ TEST_F(FastNtfsRecoveryTest, BrokenRecordsCostNoOther)
                                                 FileNameAttribute(5, u"second.txt")};
     const std::size_t second = 56 + attributes[0].size();
     for (const std::uint32_t number : {20U, 21U, 22U, 23U, 24U}) {
-        image.Put(number, Deleted, attributes);
+        m_image.Put(number, Deleted, attributes);
     }
-    image.Poke(
+    m_image.Poke(
         20, second + 4,
         static_cast<std::uint16_t>(-attributes[0].size()));  // a loop; the 4096th attribute ends it
-    image.Poke(21, second + 4, 0x8000);                      // to in front of the record
-    image.Poke(22, 56 + 4, 0);                               // ends at once: no name, no file
-    image.Poke(23, 20, 0xFFF0);                              // behind the bytes in use
-    image.Poke(24, 24, 0xFFFF);                              // bytes in use far too many
-    image.Put(Records - 1, Deleted, attributes);
-    image.Poke(Records - 1, 24, 0xFFFF);
+    m_image.Poke(21, second + 4, 0x8000);                    // to in front of the record
+    m_image.Poke(22, 56 + 4, 0);                             // ends at once: no name, no file
+    m_image.Poke(23, 20, 0xFFF0);                            // behind the bytes in use
+    m_image.Poke(24, 24, 0xFFFF);                            // bytes in use far too many
+    m_image.Put(Records - 1, Deleted, attributes);
+    m_image.Poke(Records - 1, 24, 0xFFFF);
     // A name that is said to be longer than what is left of the chunk.
-    image.Poke(Records - 1, second + 4, 0x7000);
+    m_image.Poke(Records - 1, second + 4, 0x7000);
     ASSERT_EQ(Scan(), ResultSuccess);
     FileRecordList found;
-    EXPECT_EQ(engine.SearchRecords(AllFilesPattern, found), 1);
+    EXPECT_EQ(m_engine.SearchRecords(AllFilesPattern, found), 1);
     std::multimap<std::uint32_t, std::string> names;
     for (const FileRecord& record : found) {
         names.emplace(std::uint32_t{record.NodeId}, record.NameText());
@@ -183,22 +183,23 @@ TEST_F(FastNtfsRecoveryTest, BrokenRecordsCostNoOther)
 TEST_F(FastNtfsRecoveryTest, RunsAreCopiedToTheirEnd)
 {
     const ByteVector noise = RandomBytes(Sectors * 512, 3);
-    image.PutBytes(200, {noise.data(), 100 * 512});
+    m_image.PutBytes(200, {noise.data(), 100 * 512});
     const auto sectors = [&](std::size_t first, std::size_t count) {
         return ByteVector(noise.begin() + static_cast<long>(first * 512),
                           noise.begin() + static_cast<long>((first + count) * 512));
     };
-    image.Put(20, Deleted,
-              {FileNameAttribute(5, u"two"), RunsAttribute(0x80, {{2, 200}, {1, 10}}, 1500)});
-    image.Put(21, Deleted, {FileNameAttribute(5, u"short"), RunsAttribute(0x80, {{1, 200}}, 5000)});
-    image.Put(22, Deleted,
-              {FileNameAttribute(5, u"sparse"), RunsAttribute(0x80, {{1, 205}, {2, 0}}, 1536)});
-    image.Put(23, Deleted,
-              {FileNameAttribute(5, u"tail"), RunsAttribute(0x80, {{1, 200}, {1, 1000}}, 300)});
-    image.Put(24, Deleted, {FileNameAttribute(5, u"empty"), RunsAttribute(0x80, {{1, 5000}}, 0)});
-    image.Put(25, Deleted,
-              {FileNameAttribute(5, u"huge"),
-               RunsAttribute(0x80, {{0xFFFFFFFF, 200}}, std::uint64_t{1} << 50)});
+    m_image.Put(20, Deleted,
+                {FileNameAttribute(5, u"two"), RunsAttribute(0x80, {{2, 200}, {1, 10}}, 1500)});
+    m_image.Put(21, Deleted,
+                {FileNameAttribute(5, u"short"), RunsAttribute(0x80, {{1, 200}}, 5000)});
+    m_image.Put(22, Deleted,
+                {FileNameAttribute(5, u"sparse"), RunsAttribute(0x80, {{1, 205}, {2, 0}}, 1536)});
+    m_image.Put(23, Deleted,
+                {FileNameAttribute(5, u"tail"), RunsAttribute(0x80, {{1, 200}, {1, 1000}}, 300)});
+    m_image.Put(24, Deleted, {FileNameAttribute(5, u"empty"), RunsAttribute(0x80, {{1, 5000}}, 0)});
+    m_image.Put(25, Deleted,
+                {FileNameAttribute(5, u"huge"),
+                 RunsAttribute(0x80, {{0xFFFFFFFF, 200}}, std::uint64_t{1} << 50)});
     ASSERT_EQ(Scan(), ResultSuccess);
     std::map<std::string, FileRecord> tree = Tree();
     ByteVector two = sectors(0, 2);
@@ -222,7 +223,8 @@ TEST_F(FastNtfsRecoveryTest, RunsAreCopiedToTheirEnd)
     std::uint32_t size = 700;
     ByteVector buffer(1024, 0xEE);
     std::filesystem::path temp;
-    EXPECT_EQ(engine.ReadRecordData(&tree["two"], temp, buffer.data(), size, nullptr, nullptr), 0);
+    EXPECT_EQ(m_engine.ReadRecordData(&tree["two"], temp, buffer.data(), size, nullptr, nullptr),
+              0);
     EXPECT_TRUE(temp.empty());
     ASSERT_EQ(size, 700U);
     EXPECT_TRUE(std::equal(buffer.begin(), buffer.begin() + 700, two.begin()));
@@ -232,18 +234,18 @@ TEST_F(FastNtfsRecoveryTest, RunsAreCopiedToTheirEnd)
 TEST_F(FastNtfsRecoveryTest, AttributeListsLeadToTheFirstExtentOnly)
 {
     const ByteVector noise = RandomBytes(2048, 4);
-    image.PutBytes(300, noise);
+    m_image.PutBytes(300, noise);
     ByteVector entries = ListEntry(0x30, 20);
     for (const std::uint64_t number : {40U, 41U}) {
         const ByteVector entry = ListEntry(0x80, number);
         entries.insert(entries.end(), entry.begin(), entry.end());
     }
-    image.Put(20, Deleted, {ResidentAttribute(0x20, entries), FileNameAttribute(5, u"list")});
-    image.Put(40, Deleted, {RunsAttribute(0x80, {{2, 300}}, 2048)});
-    image.Put(41, Deleted, {RunsAttribute(0x80, {{2, 302}}, 0)});
-    image.PutBytes(320, entries);
-    image.Put(21, Deleted,
-              {RunsAttribute(0x20, {{1, 320}}, 96), FileNameAttribute(5, u"far list")});
+    m_image.Put(20, Deleted, {ResidentAttribute(0x20, entries), FileNameAttribute(5, u"list")});
+    m_image.Put(40, Deleted, {RunsAttribute(0x80, {{2, 300}}, 2048)});
+    m_image.Put(41, Deleted, {RunsAttribute(0x80, {{2, 302}}, 0)});
+    m_image.PutBytes(320, entries);
+    m_image.Put(21, Deleted,
+                {RunsAttribute(0x20, {{1, 320}}, 96), FileNameAttribute(5, u"far list")});
     ASSERT_EQ(Scan(), ResultSuccess);
     std::map<std::string, FileRecord> tree = Tree();
     EXPECT_EQ(tree.size(), 2U);
@@ -273,12 +275,12 @@ class HostileTableTest : public FastNtfsRecoveryTest,
 
 TEST_P(HostileTableTest, EndsInBoundedTime)
 {
-    image.Put(0, 1, GetParam().attributes);
-    image.Put(20, Deleted,
-              {FileNameAttribute(21, u"a.txt"), ResidentAttribute(0x80, Bytes("'x'"))});
-    image.PutBytes(400, ListEntry(0x80, 0));
+    m_image.Put(0, 1, GetParam().attributes);
+    m_image.Put(20, Deleted,
+                {FileNameAttribute(21, u"a.txt"), ResidentAttribute(0x80, Bytes("'x'"))});
+    m_image.PutBytes(400, ListEntry(0x80, 0));
     EXPECT_EQ(Scan(), GetParam().scan);
-    EXPECT_EQ(engine.GetRecordCount(), GetParam().found);
+    EXPECT_EQ(m_engine.GetRecordCount(), GetParam().found);
 }
 
 const RunList ManyTimesTheTable = [] {
@@ -304,20 +306,20 @@ INSTANTIATE_TEST_SUITE_P(Tables,
 
 TEST_F(FastNtfsRecoveryTest, UnreadableSectorsCostTheirOwnFolder)
 {
-    image.Put(20, LiveFolder, {FileNameAttribute(5, u"folder")});
-    image.Put(21, Deleted,
-              {FileNameAttribute(20, u"a.txt"), RunsAttribute(0x80, {{3, 300}}, 1536)});
+    m_image.Put(20, LiveFolder, {FileNameAttribute(5, u"folder")});
+    m_image.Put(21, Deleted,
+                {FileNameAttribute(20, u"a.txt"), RunsAttribute(0x80, {{3, 300}}, 1536)});
     ASSERT_EQ(Scan(), ResultSuccess);
     EXPECT_EQ(Paths(), "folder folder/a.txt");
     FailingReader fault;
     CFastNtfsRecovery second;
-    ASSERT_EQ(second.OpenImageFile(folder / "volume.img", u'X'), ResultSuccess);
+    ASSERT_EQ(second.OpenImageFile(m_folder / "volume.img", u'X'), ResultSuccess);
     ASSERT_EQ(second.Scan(nullptr), ResultSuccess);
     FileRecordList found;
     ASSERT_EQ(second.SearchRecords(AllFilesPattern, found), 1);
     fault.FailSector(301);
-    EXPECT_EQ(second.RestoreRecord(&found.at(0), folder / "bad", 0), ResultReadFault);
-    EXPECT_EQ(std::filesystem::file_size(folder / "bad"), 0U);
+    EXPECT_EQ(second.RestoreRecord(&found.at(0), m_folder / "bad", 0), ResultReadFault);
+    EXPECT_EQ(std::filesystem::file_size(m_folder / "bad"), 0U);
     fault.Heal();
     // The chunk that holds the table cannot be read: nothing more is found, and the scan says so.
     fault.FailSector(NtfsImage::MftCluster + 40);
@@ -329,17 +331,18 @@ TEST_F(FastNtfsRecoveryTest, BehindTheStartOfADriveListsGoAstray)
 {
     constexpr std::uint64_t Start = 64;
     const ByteVector noise = RandomBytes(1024, 5);
-    image.PutBytes(300, noise);
-    image.Put(20, Deleted, {FileNameAttribute(5, u"plain"), RunsAttribute(0x80, {{2, 300}}, 1024)});
-    image.Put(21, Deleted,
-              {ResidentAttribute(0x20, ListEntry(0x80, 40)), FileNameAttribute(5, u"list")});
-    image.Put(40, Deleted, {RunsAttribute(0x80, {{2, 300}}, 1024)});
+    m_image.PutBytes(300, noise);
+    m_image.Put(20, Deleted,
+                {FileNameAttribute(5, u"plain"), RunsAttribute(0x80, {{2, 300}}, 1024)});
+    m_image.Put(21, Deleted,
+                {ResidentAttribute(0x20, ListEntry(0x80, 40)), FileNameAttribute(5, u"list")});
+    m_image.Put(40, Deleted, {RunsAttribute(0x80, {{2, 300}}, 1024)});
     ByteVector disk(Start * 512);
-    disk.insert(disk.end(), image.Bytes().begin(), image.Bytes().end());
-    WriteFileBytes(folder / "disk", disk);
-    const std::uint32_t number = DriveRegistry::Instance().NumberOf(folder / "disk");
-    ASSERT_EQ(engine.OpenPartition(number, Start, Sectors, u'X'), ResultSuccess);
-    ASSERT_EQ(engine.Scan(nullptr), ResultSuccess);
+    disk.insert(disk.end(), m_image.Bytes().begin(), m_image.Bytes().end());
+    WriteFileBytes(m_folder / "disk", disk);
+    const std::uint32_t number = DriveRegistry::Instance().NumberOf(m_folder / "disk");
+    ASSERT_EQ(m_engine.OpenPartition(number, Start, Sectors, u'X'), ResultSuccess);
+    ASSERT_EQ(m_engine.Scan(nullptr), ResultSuccess);
     std::map<std::string, FileRecord> tree = Tree();
     EXPECT_EQ(std::uint64_t{tree["plain"].EntrySector}, Start + 16 + 40);
     EXPECT_EQ(std::uint64_t{tree["plain"].PartitionStart}, Start);
@@ -351,20 +354,20 @@ TEST_F(FastNtfsRecoveryTest, BehindTheStartOfADriveListsGoAstray)
 
 TEST_F(FastNtfsRecoveryTest, APreviewOfAPictureGoesToAFileThatAnErrorRemoves)
 {
-    image.Put(20, Deleted,
-              {FileNameAttribute(5, u"good.jpg"), RunsAttribute(0x80, {{2, 300}}, 700)});
-    image.Put(21, Deleted,
-              {FileNameAttribute(5, u"bad.r"), RunsAttribute(0x80, {{2, Sectors}}, 700)});
+    m_image.Put(20, Deleted,
+                {FileNameAttribute(5, u"good.jpg"), RunsAttribute(0x80, {{2, 300}}, 700)});
+    m_image.Put(21, Deleted,
+                {FileNameAttribute(5, u"bad.r"), RunsAttribute(0x80, {{2, Sectors}}, 700)});
     ASSERT_EQ(Scan(), ResultSuccess);
     std::map<std::string, FileRecord> tree = Tree();
     std::filesystem::path path;
     std::uint32_t size = 10;
     const auto preview = [&](const char* name) {
-        return engine.ReadRecordData(&tree[name], path, nullptr, size, nullptr, nullptr);
+        return m_engine.ReadRecordData(&tree[name], path, nullptr, size, nullptr, nullptr);
     };
     // A picture whose head is gone is listed nowhere, but a record of it can still be asked for.
     FileRecordList all;
-    EXPECT_EQ(engine.SearchRecords(AllFilesPattern, all), 1);
+    EXPECT_EQ(m_engine.SearchRecords(AllFilesPattern, all), 1);
     for (const FileRecord& record : all) {
         tree[std::string(record.NameText())] = record;
     }
@@ -380,23 +383,23 @@ TEST_F(FastNtfsRecoveryTest, APreviewOfAPictureGoesToAFileThatAnErrorRemoves)
 
 TEST_F(FastNtfsRecoveryTest, FreeRangesFollowTheBitmap)
 {
-    image.PutBytes(300, Bytes("FF 0F 00 F0 FF*59 7F"));
-    image.Put(6, 1, {FileNameAttribute(5, u"$Bitmap"), RunsAttribute(0x80, {{1, 300}}, 64)});
+    m_image.PutBytes(300, Bytes("FF 0F 00 F0 FF*59 7F"));
+    m_image.Put(6, 1, {FileNameAttribute(5, u"$Bitmap"), RunsAttribute(0x80, {{1, 300}}, 64)});
     std::uint64_t sector = 7;
     std::uint64_t length = 9;
-    EXPECT_EQ(engine.NextFreeRange(sector, length), 1);
+    EXPECT_EQ(m_engine.NextFreeRange(sector, length), 1);
     EXPECT_EQ(length, 0U);
     ASSERT_EQ(Scan(), ResultSuccess);
     sector = 7;
-    EXPECT_EQ(engine.NextFreeRange(sector, length), 1);
+    EXPECT_EQ(m_engine.NextFreeRange(sector, length), 1);
     EXPECT_EQ(sector, 7U);
     EXPECT_EQ(length, Sectors * 0U);
-    ASSERT_EQ(engine.BuildUsedClusterMap(), ResultSuccess);
+    ASSERT_EQ(m_engine.BuildUsedClusterMap(), ResultSuccess);
     const std::uint64_t expected[][3] = {{0, 12, 16},   {14, 14, 14},  {28, 511, 1},
                                          {511, 511, 1}, {512, 512, 0}, {900, 512, 0}};
     for (const auto& [from, begin, count] : expected) {
         sector = from;
-        EXPECT_EQ(engine.NextFreeRange(sector, length), 1);
+        EXPECT_EQ(m_engine.NextFreeRange(sector, length), 1);
         EXPECT_EQ(sector, begin) << from;
         EXPECT_EQ(length, count) << from;
     }
@@ -404,21 +407,21 @@ TEST_F(FastNtfsRecoveryTest, FreeRangesFollowTheBitmap)
 
 TEST_F(FastNtfsRecoveryTest, ABitmapLargerThanTheSourceIsRefused)
 {
-    image.Put(6, 1, {RunsAttribute(0x80, {{0xFFFFFFFF, 300}}, 64)});
+    m_image.Put(6, 1, {RunsAttribute(0x80, {{0xFFFFFFFF, 300}}, 64)});
     ASSERT_EQ(Scan(), ResultSuccess);
-    EXPECT_EQ(engine.BuildUsedClusterMap(), ResultOutOfMemory);
-    image.Put(6, 1, {});
+    EXPECT_EQ(m_engine.BuildUsedClusterMap(), ResultOutOfMemory);
+    m_image.Put(6, 1, {});
 }
 
 TEST_F(FastNtfsRecoveryTest, ACallbackEndsTheScanWithItsAnswer)
 {
-    image.Put(20, Deleted, {FileNameAttribute(21, u"a.txt")});
-    (void)engine.SetCallbacks([](void*, std::int32_t, std::int32_t, std::int32_t, std::uint64_t,
-                                 std::uint64_t, std::uint64_t,
-                                 std::uint32_t) -> ResultCode { return ResultCancelled; },
-                              nullptr, nullptr, 100);
+    m_image.Put(20, Deleted, {FileNameAttribute(21, u"a.txt")});
+    (void)m_engine.SetCallbacks([](void*, std::int32_t, std::int32_t, std::int32_t, std::uint64_t,
+                                   std::uint64_t, std::uint64_t,
+                                   std::uint32_t) -> ResultCode { return ResultCancelled; },
+                                nullptr, nullptr, 100);
     EXPECT_EQ(Scan(), ResultCancelled);
-    EXPECT_EQ(engine.GetRecordCount(), 1U);  // the folder pass was not reached
+    EXPECT_EQ(m_engine.GetRecordCount(), 1U);  // the folder pass was not reached
 }
 
 }  // namespace

@@ -53,7 +53,7 @@ protected:
         if (const std::string why = WhyNoVolumes(); !why.empty()) {
             GTEST_SKIP() << why;
         }
-        const ImageFile image(folder / "volume.img", 32 << 20);
+        const ImageFile image(m_folder / "volume.img", 32 << 20);
         const std::string sector = std::to_string(GetParam());
         MustRun({"mkntfs", "-F", "-Q", "-q", "-s", sector, "-c", "4096", image.Path().string()});
     }
@@ -61,7 +61,7 @@ protected:
     void Change(const std::function<void(const Mount&)>& change)
     {
         try {
-            const Mount mount(folder / "volume.img", folder / "mount");
+            const Mount mount(m_folder / "volume.img", m_folder / "mount");
             change(mount);
         } catch (const std::exception& fault) {
             GTEST_SKIP() << "mounting does not work here: " << fault.what();
@@ -71,10 +71,10 @@ protected:
     // Scans and gives all files found, by name.
     std::map<std::string, FileRecord> Find()
     {
-        EXPECT_EQ(engine.OpenImageFile(folder / "volume.img", u'X'), ResultSuccess);
-        EXPECT_EQ(engine.Scan(nullptr), ResultSuccess);
+        EXPECT_EQ(m_engine.OpenImageFile(m_folder / "volume.img", u'X'), ResultSuccess);
+        EXPECT_EQ(m_engine.Scan(nullptr), ResultSuccess);
         FileRecordList list;
-        EXPECT_EQ(engine.SearchRecords(AllFilesPattern, list), 1);
+        EXPECT_EQ(m_engine.SearchRecords(AllFilesPattern, list), 1);
         std::map<std::string, FileRecord> files;
         for (const FileRecord& record : list) {
             files[std::string(record.NameText())] = record;
@@ -84,15 +84,15 @@ protected:
 
     ByteVector Restore(const FileRecord& record)
     {
-        const std::filesystem::path path = folder / "out";
+        const std::filesystem::path path = m_folder / "out";
         std::filesystem::remove(path);
-        EXPECT_EQ(engine.RestoreRecord(&record, path, 0), ResultSuccess) << record.NameText();
+        EXPECT_EQ(m_engine.RestoreRecord(&record, path, 0), ResultSuccess) << record.NameText();
         return ReadFileBytes(path);
     }
 
-    TempFolder folder;
-    DataFolder data;
-    CFastNtfsRecovery engine;
+    TempFolder m_folder;
+    DataFolder m_data;
+    CFastNtfsRecovery m_engine;
 };
 
 TEST_P(NtfsVolumeTest, WhatTheDriverDeletedComesBack)
@@ -128,20 +128,20 @@ TEST_P(NtfsVolumeTest, WhatTheDriverDeletedComesBack)
         ASSERT_EQ(found.count(leaf), 1U) << name;
         EXPECT_EQ(Restore(found[leaf]), bytes) << name;
         std::string path;
-        EXPECT_EQ(engine.GetRecordPath(&found[leaf], path), ResultSuccess);
+        EXPECT_EQ(m_engine.GetRecordPath(&found[leaf], path), ResultSuccess);
         std::replace(path.begin(), path.end(), '\\', '/');
         EXPECT_EQ(path + leaf, name);
     }
     // The tree of a deleted folder in one go.
     FileRecordList root;
-    ASSERT_EQ(engine.ListChildren(nullptr, 0, root), ResultSuccess);
+    ASSERT_EQ(m_engine.ListChildren(nullptr, 0, root), ResultSuccess);
     const auto gone = std::find_if(root.begin(), root.end(), [](const FileRecord& record) {
         return record.NameText() == "gone";
     });
     ASSERT_NE(gone, root.end());
-    const std::filesystem::path target = folder / "tree";
+    const std::filesystem::path target = m_folder / "tree";
     std::uint32_t separators = CountSeparators(target);
-    EXPECT_EQ(engine.RestoreRecord(&*gone, target, separators - 1), ResultSuccess);
+    EXPECT_EQ(m_engine.RestoreRecord(&*gone, target, separators - 1), ResultSuccess);
     EXPECT_EQ(ReadFileBytes(target / "one/deep.dat"), files.at("gone/one/deep.dat"));
     EXPECT_EQ(ReadFileBytes(target / "small.dat"), files.at("gone/small.dat"));
 }
@@ -251,16 +251,16 @@ TEST_P(NtfsVolumeTest, OverwrittenPicturesAreHidden)
     }
     (void)Find();
     FileRecordList pictures;
-    EXPECT_EQ(engine.SearchRecords("*.jpg|", pictures), 1);
+    EXPECT_EQ(m_engine.SearchRecords("*.jpg|", pictures), 1);
     ASSERT_EQ(pictures.size(), 1U);
     EXPECT_EQ(pictures[0].NameText(), "good.jpg");
     EXPECT_EQ(std::uint32_t{pictures[0].HeadIntact}, 1U);
     // Free ranges hold what was deleted.
-    ASSERT_EQ(engine.BuildUsedClusterMap(), ResultSuccess);
+    ASSERT_EQ(m_engine.BuildUsedClusterMap(), ResultSuccess);
     std::uint64_t sector = 0;
     std::uint64_t length = 0;
     std::uint64_t freeSectors = 0;
-    while (engine.NextFreeRange(sector, length) != 0 && length > 0) {
+    while (m_engine.NextFreeRange(sector, length) != 0 && length > 0) {
         freeSectors += length;
         sector += length;
     }
