@@ -23,7 +23,7 @@ constexpr int Repeats = 7;
 std::int64_t CarveImage(const BenchImage& image)
 {
     const DataFolder data;
-    CFileTypeRecovery carver;
+    CFileTypeRecovery carver(OpenLog());
     SectorSource source;
     if (carver.OpenImageFile(image.Path(), 0) != ResultSuccess ||
         source.OpenImage(image.Path()) != ResultSuccess) {

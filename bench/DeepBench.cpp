@@ -25,7 +25,7 @@ std::uint64_t Scan(const BenchImage& image, ScanDepth depth)
 {
     const DataFolder data;
     const auto engine =
-        RecoveryEngineFactory::Instance().MakeEngineForImage(image.Path(), 1001, depth);
+        RecoveryEngineFactory(OpenLog()).MakeEngineForImage(image.Path(), 1001, depth);
     if (engine == nullptr || engine->Scan(nullptr) != ResultSuccess) {
         throw std::runtime_error("cannot scan the image of a benchmark");
     }

@@ -97,7 +97,7 @@ void FastNtfsScan(benchmark::State& state)
     std::uint64_t found = 0;
     CompareWithReading(state, image, [&] {
         const DataFolder data;
-        CFastNtfsRecovery engine;
+        CFastNtfsRecovery engine(OpenLog());
         if (engine.OpenImageFile(image.Path(), 0) != ResultSuccess ||
             engine.Scan(nullptr) != ResultSuccess) {
             throw std::runtime_error("cannot scan the table of a benchmark");
@@ -119,8 +119,8 @@ void DeepNtfsVolume(benchmark::State& state)
     std::uint64_t found = 0;
     CompareWithReading(state, image, [&] {
         const DataFolder data;
-        const auto engine = RecoveryEngineFactory::Instance().MakeEngineForImage(image.Path(), 1001,
-                                                                                 ScanDepth::Deep);
+        const auto engine = RecoveryEngineFactory(OpenLog()).MakeEngineForImage(image.Path(), 1001,
+                                                                                ScanDepth::Deep);
         if (engine == nullptr || engine->Scan(nullptr) != ResultSuccess) {
             throw std::runtime_error("cannot scan the volume of a benchmark");
         }

@@ -3,7 +3,6 @@
 #include "cli/Cancel.h"
 #include "cli/Version.h"
 #include "platform/Folders.h"
-#include "recovery/ScanLogDirectory.h"
 
 #include <CLI/CLI.hpp>
 
@@ -82,7 +81,6 @@ ExitStatus RunCommandLine(std::vector<std::string> arguments, CommandStreams& st
     if (!options.dataFolder.empty()) {
         std::error_code ignored;
         SetApplicationDataFolder(std::filesystem::absolute(options.dataFolder, ignored));
-        ScanLogDirectory::Instance().Reload();
     }
     try {
         return chosen->run(options, streams);

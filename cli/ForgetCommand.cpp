@@ -20,7 +20,7 @@ void AddOptions(CLI::App& app, CommandOptions& options)
 // Removes the chosen scans; *outFailure is the last thing that could not be removed.
 std::size_t Forget(const CommandOptions& options, ResultCode* outFailure)
 {
-    ScanLogDirectory& log = ScanLogDirectory::Instance();
+    ScanLogDirectory& log = *CommandLog();
     const std::vector<ScanLogEntry> entries = log.Entries();
     std::size_t forgotten = 0;
     for (const ScanLogEntry& entry : entries) {
@@ -52,11 +52,10 @@ ExitStatus Run(const CommandOptions& options, CommandStreams& streams)
     ResultCode failure = ResultSuccess;
     const std::size_t forgotten = Forget(options, &failure);
     if (failure != ResultSuccess) {
-        return Refuse(
-            {ExitStatus::SomeFailed, "some records could not be removed: " + ErrorText(failure) +
-                                         " Remove the rest by hand in " +
-                                         ScanLogDirectory::Instance().Root().string() + "."},
-            streams);
+        return Refuse({ExitStatus::SomeFailed,
+                       "some records could not be removed: " + ErrorText(failure) +
+                           " Remove the rest by hand in " + CommandLog()->Root().string() + "."},
+                      streams);
     }
     if (forgotten == 0 && !options.all) {
         return Refuse({ExitStatus::WrongUse, "there is no scan number " +

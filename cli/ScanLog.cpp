@@ -7,9 +7,18 @@
 #include <algorithm>
 #include <vector>
 
+const std::shared_ptr<ScanLogDirectory>& CommandLog()
+{
+    static std::shared_ptr<ScanLogDirectory> log;
+    if (log == nullptr || log->Root() != ScanLogDirectory::DefaultRoot()) {
+        log = std::make_shared<ScanLogDirectory>();
+    }
+    return log;
+}
+
 std::optional<Refusal> ScanLogLock::Take()
 {
-    const std::filesystem::path folder = ScanLogDirectory::Instance().Root().parent_path();
+    const std::filesystem::path folder = CommandLog()->Root().parent_path();
     const std::string name = Printable(folder.string());
     const ResultCode made = MakePrivateFolderWithParents(folder);
     if (!FolderIsThere(made)) {
@@ -28,16 +37,15 @@ std::optional<Refusal> ScanLogLock::Take()
                            "; wait for its end, or give this one a folder of its "
                            "own with --data-dir."};
     }
-    ScanLogDirectory::Instance().Reload();
+    CommandLog()->Reload();
     return std::nullopt;
 }
 
 std::string NumberOf(const ScanLogEntry& entry)
 {
     const std::filesystem::path folder = LogFolderOf(entry);
-    return ScanLogDirectory::Instance().IsLogFolder(folder)
-               ? folder.parent_path().filename().string()
-               : std::string();
+    return CommandLog()->IsLogFolder(folder) ? folder.parent_path().filename().string()
+                                             : std::string();
 }
 
 std::string TargetOf(const ScanLogEntry& entry)
@@ -76,7 +84,8 @@ std::string StateOf(const ScanLogEntry& entry)
 
 std::string DescribeScan(const ScanLogEntry& entry)
 {
-    return StateOf(entry) + ", " + DateOf(entry) + ", " + CountText(entry.filesFound, "file");
+    return StateOf(entry) + ", " + DateOf(entry) + ", " +
+           CountText(std::uint64_t{entry.filesFound}, "file");
 }
 
 std::uint64_t BytesOf(const ScanLogEntry& entry)

@@ -3,8 +3,9 @@
 
 #include "cli/Command.h"
 #include "platform/FileHandle.h"
-#include "recovery/ScanLogEntry.h"
+#include "recovery/ScanLogDirectory.h"
 
+#include <memory>
 #include <optional>
 #include <string>
 
@@ -19,6 +20,9 @@ public:
 private:
     FileHandle m_file;
 };
+
+// The log in the application-data folder of now; read anew by the lock.
+const std::shared_ptr<ScanLogDirectory>& CommandLog();
 
 // "complete, 2024-05-17T08:30:12, 12 files" or "stopped at 40 %, ...".
 std::string DescribeScan(const ScanLogEntry& entry);

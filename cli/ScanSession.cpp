@@ -22,6 +22,13 @@ ScanDepth DepthOf(const CommandOptions& options)
 constexpr std::array<std::string_view, 5> StorePrefixes = {"Fast_", "Fast_", "Pro_Ntfs_",
                                                            "Pro_Fat_", "File_Type_"};
 
+// Empty for an engine that keeps no records.
+std::filesystem::path LogFolderOfQuick(const IFileRecoveryParse& engine)
+{
+    const auto* const quick = dynamic_cast<const CStoreEngine*>(&engine);
+    return quick != nullptr ? quick->LogFolder() : std::filesystem::path();
+}
+
 }  // namespace
 
 ScanSession::ScanSession(const CommandOptions& options, CommandStreams& streams)
@@ -51,7 +58,7 @@ std::optional<Refusal> ScanSession::UseScanLog()
     if (std::optional<Refusal> refusal = m_lock->Take()) {
         return refusal;
     }
-    const std::filesystem::path folder = ScanLogDirectory::Instance().Root().parent_path();
+    const std::filesystem::path folder = CommandLog()->Root().parent_path();
     if (PathTouchesTarget(folder, m_target) == Touching::Yes) {
         Note("Warning: scan records are written to " + Printable(folder.string()) +
              ", which lies on the source itself and may overwrite deleted files; --data-dir DIR on "
@@ -68,7 +75,7 @@ std::optional<Refusal> ScanSession::OpenTarget()
     if (std::optional<Refusal> refusal = UseScanLog()) {
         return refusal;
     }
-    RecoveryEngineFactory& factory = RecoveryEngineFactory::Instance();
+    const RecoveryEngineFactory factory(CommandLog());
     const ScanDepth depth = DepthOf(m_options);
     ResultCode why = ResultSuccess;
     if (m_target.IsVolume()) {
@@ -94,10 +101,7 @@ std::optional<Refusal> ScanSession::OpenAndScan()
 
 std::optional<Refusal> ScanSession::Scan()
 {
-    if (m_options.fast) {
-        // The name of a store holds the minute only: two scans must not share a folder.
-        ScanLogDirectory::Instance().BeginNewLog();
-    } else {
+    if (!m_options.fast) {
         ChooseEarlierScan();
     }
     m_target.Engine->SetCallbacks(&OnScanProgress, nullptr, this, 100);
@@ -200,7 +204,7 @@ void ScanSession::FindStoreNames()
 {
     const auto* deep = dynamic_cast<CProfessionalRecovery*>(m_target.Engine.get());
     const std::filesystem::path folder =
-        deep != nullptr ? deep->LogFolder() : ScanLogDirectory::Instance().CurrentLogPath();
+        deep != nullptr ? deep->LogFolder() : LogFolderOfQuick(*m_target.Engine);
     std::vector<std::string> names;
     (void)ListFolder(folder, names);
     for (const std::string& name : names) {

@@ -44,7 +44,7 @@ void WriteTable(const std::vector<ScanLogEntry>& entries, std::ostream& out)
 
 ExitStatus Run(const CommandOptions& options, CommandStreams& streams)
 {
-    const std::vector<ScanLogEntry>& entries = ScanLogDirectory::Instance().Entries();
+    const std::vector<ScanLogEntry> entries = CommandLog()->Entries();
     if (options.json) {
         WriteJson(entries, streams.out);
     } else if (entries.empty()) {

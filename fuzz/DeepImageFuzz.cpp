@@ -6,8 +6,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
 {
     const ScratchImage image(data, size);
     for (int round = 0; round < 2; ++round) {
-        const auto engine = RecoveryEngineFactory::Instance().MakeEngineForImage(image.Path(), 1001,
-                                                                                 ScanDepth::Deep);
+        const auto engine = RecoveryEngineFactory(OpenLog()).MakeEngineForImage(image.Path(), 1001,
+                                                                                ScanDepth::Deep);
         (void)engine->Scan(nullptr);
         AskAndRestore(*engine);
     }

@@ -7,8 +7,7 @@
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {
     const ScratchImage image(data, size);
-    ScanLogDirectory::Instance().BeginNewLog();
-    CProfessionalFatRecovery engine;
+    CProfessionalFatRecovery engine(OpenLog());
     (void)engine.OpenImageFile(image.Path(), 1001);
     (void)engine.OpenRecordStore("");
     (void)engine.PrepareVolume();
@@ -20,7 +19,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
             engine.AddDirectorySector(sector, at / 512);
         }
     }
-    engine.FinishAnalysis();
+    (void)engine.FinishAnalysis([] { return ResultSuccess; });
     AskAndRestore(engine);
     return 0;
 }

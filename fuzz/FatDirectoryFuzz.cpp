@@ -19,8 +19,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     std::memcpy(image.data() + RootSector * 512, data,
                 std::min(size, image.size() - RootSector * 512));
     const ScratchImage scratch(image.data(), image.size());
-    ScanLogDirectory::Instance().BeginNewLog();
-    CFastFatRecovery engine;
+    CFastFatRecovery engine(OpenLog());
     (void)engine.OpenImageFile(scratch.Path(), 1001);
     (void)engine.Scan(nullptr);
     AskAndRestore(engine);

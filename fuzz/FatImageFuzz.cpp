@@ -8,8 +8,7 @@
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {
     const ScratchImage scratch(data, size);
-    ScanLogDirectory::Instance().BeginNewLog();
-    CFastFatRecovery engine;
+    CFastFatRecovery engine(OpenLog());
     if (engine.OpenImageFile(scratch.Path(), 1001) != ResultSuccess) {
         return 0;
     }

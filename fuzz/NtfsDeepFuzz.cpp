@@ -7,8 +7,7 @@
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {
     const ScratchImage image(data, size);
-    ScanLogDirectory::Instance().BeginNewLog();
-    CProfessionalNtfsRecovery engine;
+    CProfessionalNtfsRecovery engine(OpenLog());
     (void)engine.OpenImageFile(image.Path(), 1001);
     (void)engine.OpenRecordStore("");
     ByteVector block(data, data + std::min<std::size_t>(size, 65536));
@@ -19,7 +18,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
             (void)engine.AddFileRecord(rest, at / 512);
         }
     }
-    (void)engine.FinishAnalysis();
+    (void)engine.FinishAnalysis([] { return ResultSuccess; });
     AskAndRestore(engine);
     FileRecordList found;
     (void)engine.SearchRecords(AllFilesPattern, found);

@@ -36,7 +36,7 @@ inline void ScanAll(const ByteVector& image)
     const TempFolder folder;
     const DataFolder data;
     WriteFileBytes(folder / "image", image);
-    CFastNtfsRecovery engine;
+    CFastNtfsRecovery engine(OpenLog());
     if (engine.OpenImageFile(folder / "image", u'F') != ResultSuccess) {
         return;
     }

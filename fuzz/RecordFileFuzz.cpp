@@ -2,6 +2,7 @@
 // the _Relation file, that of the _DirInfo file, both 16 bits, then the files, the main one last.
 #include "platform/ByteView.h"
 #include "recovery/ScanLogDirectory.h"
+#include "recovery/ScanRecordReader.h"
 #include "recovery/ScanRecordStore.h"
 #include "tests/support/TempFolder.h"
 
@@ -12,22 +13,27 @@ namespace {
 
 void AskEverything(ScanRecordStore& store)
 {
+    ScanRecordReader reader(store);
     FileRecordList found;
-    (void)store.SearchRecords(AllFilesPattern, found);
-    (void)store.SearchRecords("*.jpg|*.png|", found);
+    for (const std::string_view pattern : {AllFilesPattern, std::string_view("*.jpg|*.png|")}) {
+        (void)reader.SearchRecords(
+            pattern, {}, [&](const FileRecord& record, std::uint32_t) { found.push_back(record); });
+    }
+    SortRecords(found);
     std::string path;
     for (std::size_t i = 0; i < std::min<std::size_t>(found.size(), 50); ++i) {
-        (void)store.GetRecordPath(&found[i], path);
+        (void)reader.GetRecordPath(&found[i], path);
     }
-    for (const std::uint64_t key :
-         {std::uint64_t{0}, std::uint64_t{2}, ScanRecordStore::MakeKey(1, 3)}) {
+    for (const std::uint64_t key : {std::uint64_t{0}, std::uint64_t{2}, MakeStoreKey(1, 3)}) {
         FileRecordList children;
         std::uint32_t count = 0;
-        (void)store.ListChildren(key, children);
-        (void)store.CountChildren(key, count);
+        std::vector<std::uint64_t> missing;
+        (void)reader.ListChildren(key, children, missing);
+        (void)reader.CountChildren(key, count, missing);
+        store.EnterEmptyKeys(missing);
     }
     FileRecord folder;
-    (void)store.FindRecordByNode(3, folder);
+    (void)reader.FindRecordByNode(3, folder);
     (void)store.FlushStore();
 }
 
@@ -36,9 +42,7 @@ void AskEverything(ScanRecordStore& store)
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {
     static const DataFolder dataFolder;
-    ScanLogDirectory::Instance().Reload();
-    ScanLogDirectory::Instance().BeginNewLog();
-    const std::filesystem::path folder = ScanLogDirectory::Instance().CurrentLogPath();
+    const std::filesystem::path folder = ScanLogDirectory().BeginNewLog();
     std::filesystem::create_directories(folder);
     const ByteView input(data, size);
     const ByteView relation = input.Sub(4, input.U16(0));
@@ -47,7 +51,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     WriteFileBytes(folder / "Fast__Relation", relation.Span());
     WriteFileBytes(folder / "Fast__DirInfo", dirInfo.Span());
     ScanRecordStore store;
-    (void)store.OpenStore("Fast_");
+    (void)store.OpenStore(folder, "Fast_");
     AskEverything(store);
     return 0;
 }

@@ -1,5 +1,6 @@
 // The file "config" of the scan log, and everything that acts on what it says.
 #include "recovery/ScanLogDirectory.h"
+#include "storage/DriveRegistry.h"
 #include "tests/support/TempFolder.h"
 
 #include <cstdint>
@@ -9,23 +10,30 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
 {
     static const DataFolder dataFolder;
     static const TempFolder outside;
-    ScanLogDirectory& log = ScanLogDirectory::Instance();
-    std::filesystem::create_directories(log.Root() / "1");
+    static const std::uint32_t disk = DriveRegistry::Instance().NumberOf(outside / "disk");
+    const std::filesystem::path root = ScanLogDirectory::DefaultRoot();
+    std::filesystem::create_directories(root / "1");
     std::filesystem::create_directories(outside / "2");
-    WriteFileBytes(log.Root() / "config", {data, size});
-    log.Reload();
-    const ScanIdentity drive = {0, 0, 1000, {}};
-    const ScanIdentity image = {ImageDiskNumber, 0, 1000, outside.Path() / "x.img"};
+    WriteFileBytes(outside / "disk", ByteVector(1024));
+    WriteFileBytes(root / "config", {data, size});
+    ScanLogDirectory log;
+    std::shared_ptr<ScanSource> drive;
+    std::shared_ptr<ScanSource> image;
+    if (ScanSource::OpenDriveRange(disk, 0, 2, &drive) != ResultSuccess ||
+        ScanSource::OpenImage(outside / "disk", &image) != ResultSuccess) {
+        std::abort();
+    }
     ScanLogEntry found;
-    for (const ScanIdentity& target : {drive, image}) {
-        (void)log.FindScan(target, found);
-        log.BeginNewLog();
-        (void)log.SaveProgress(target, {1, 2, 3, 4, 5}, log.CurrentLogPath());
-        if (!log.FindScan(target, found)) {
+    for (const auto& target : {drive, image}) {
+        (void)log.FindScan(*target, found);
+        const std::filesystem::path folder = log.BeginNewLog();
+        std::filesystem::create_directories(folder);  // as the stores in it do
+        (void)log.SaveProgress(target->Identity(), {1, 2, 3, 4, 5}, folder);
+        if (!log.FindScan(*target, found)) {
             std::abort();  // what was saved is found again, whatever stood there before
         }
     }
-    for (const ScanLogEntry& entry : std::vector<ScanLogEntry>(log.Entries())) {
+    for (const ScanLogEntry& entry : log.Entries()) {
         (void)log.DeleteLog(LogFolderOf(entry));
     }
     if (!std::filesystem::exists(outside / "2")) {

@@ -27,7 +27,15 @@ inline constexpr ResultCode ResultDiskFull = 112;
 inline constexpr ResultCode ResultNegativeSeek = 131;
 inline constexpr ResultCode ResultAlreadyExists = 183;
 inline constexpr ResultCode ResultNotConnected = 1167;
-inline constexpr ResultCode ResultCancelled = -9527;  // only callbacks make it; engines pass it on
+// Only callbacks make these two; engines pass them on. A cancelled scan still gives what it found its place; one that is
+// stopped at once leaves everything as it is, like a process that was killed.
+inline constexpr ResultCode ResultCancelled = -9527;
+inline constexpr ResultCode ResultStoppedAtOnce = -9528;
+
+constexpr bool IsStop(ResultCode code)
+{
+    return code == ResultCancelled || code == ResultStoppedAtOnce;
+}
 
 // What was being done when errno was set: the same errno means different things to the user.
 enum class FileOperation

@@ -4,7 +4,6 @@
 #include "platform/SafeName.h"
 #include "platform/Text.h"
 #include "recovery/FileTypeCatalogue.h"
-#include "recovery/ScanLogDirectory.h"
 
 #include <queue>
 
@@ -91,7 +90,7 @@ ResultCode RestoreFolderTree(IFileRecoveryParse& engine,
                 continue;
             }
             result = restoreFile(child, path);
-            if (result == ResultCancelled) {
+            if (IsStop(result)) {
                 return result;
             }
         }
@@ -109,10 +108,11 @@ bool PreviewNeedsFile(std::string_view name)
     return IsClip(extension) || InFamily(FamilyPhoto, extension);
 }
 
-ResultCode
-OpenPreviewFile(std::string_view name, std::filesystem::path& outPath, OutputFile& outFile)
+ResultCode OpenPreviewFile(const std::filesystem::path& root,
+                           std::string_view name,
+                           std::filesystem::path& outPath,
+                           OutputFile& outFile)
 {
-    const std::filesystem::path& root = ScanLogDirectory::Instance().Root();
     (void)MakePrivateFolderWithParents(root);  // the opening below tells what went wrong
     outPath = root / (IsClip(LowerExtensionOf(name)) ? "tmp.avi" : "tmp.jpg");
     (void)RemoveFile(outPath);

@@ -34,7 +34,7 @@ using RestoreFileFunction =
 
 // Restores a folder record and everything below it into destPath, breadth first; folders are made as they are met,
 // files go through restoreFile. Names are made safe for use as path components. A failed file does not stop the
-// others; -9527 stops at once. The last result.
+// others; a cancel stops at once. The last result.
 [[nodiscard]] ResultCode RestoreFolderTree(IFileRecoveryParse& engine,
                                            const FileRecord& folder,
                                            const std::filesystem::path& destPath,
@@ -46,7 +46,9 @@ std::uint32_t CountSeparators(const std::filesystem::path& path);
 
 // Whether a preview of this name goes to a temporary file: pictures, sounds and clips do.
 bool PreviewNeedsFile(std::string_view name);
-// Makes the temporary file of a preview in the scan log root, "tmp.avi" for sounds and clips, else "tmp.jpg",
-// removing the one before, and stores its path. Only for names that PreviewNeedsFile.
-[[nodiscard]] ResultCode
-OpenPreviewFile(std::string_view name, std::filesystem::path& outPath, OutputFile& outFile);
+// Makes the temporary file of a preview in a folder, "tmp.avi" for sounds and clips, else "tmp.jpg", removing the one
+// before, and stores its path. Only for names that PreviewNeedsFile.
+[[nodiscard]] ResultCode OpenPreviewFile(const std::filesystem::path& root,
+                                         std::string_view name,
+                                         std::filesystem::path& outPath,
+                                         OutputFile& outFile);

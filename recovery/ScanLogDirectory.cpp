@@ -27,15 +27,30 @@ bool SameFolder(const std::filesystem::path& left, const std::filesystem::path& 
                                   WithoutSeparator(right).string());
 }
 
-// What says that the target is as it was: the stamp of a volume, the time of an image.
-std::uint64_t StampOf(const ScanIdentity& target)
+// What says that the target is as it was: the stamp of a volume, the time of an image. An image that is gone has 0.
+std::uint64_t StampOf(const ScanSource& target)
 {
     std::uint64_t stamp = 0;
-    if (target.imagePath.empty()) {
-        return VolumeStamp(target.diskNumber, target.startLba, target.sectorCount);
+    if (!target.IsImage()) {
+        return VolumeStamp(target);
     }
-    (void)ImageTime(target.imagePath, &stamp);  // an image that is gone has the time 0
+    (void)ImageTime(target.Identity().imagePath, &stamp);
     return stamp;
+}
+
+// The same as of now, for a target that was opened a scan ago: what was written to a mounted volume since has to count.
+std::uint64_t StampNow(const ScanIdentity& target)
+{
+    std::uint64_t stamp = 0;
+    if (!target.imagePath.empty()) {
+        (void)ImageTime(target.imagePath, &stamp);
+        return stamp;
+    }
+    std::shared_ptr<ScanSource> drive;
+    return ScanSource::OpenDriveRange(target.diskNumber, target.startLba, target.sectorCount,
+                                      &drive) == ResultSuccess
+               ? VolumeStamp(*drive)
+               : 0;
 }
 
 std::uint64_t StampIn(const ScanLogEntry& entry, const ScanIdentity& target)
@@ -84,30 +99,27 @@ void SetPosition(ScanLogEntry& entry, const ScanPosition& position)
     entry.filesFound = position.filesFound;
 }
 
-void SetStamp(ScanLogEntry& entry, const ScanIdentity& target)
+void SetStamp(ScanLogEntry& entry, const ScanIdentity& target, std::uint64_t stamp)
 {
-    (target.imagePath.empty() ? entry.volumeStamp : entry.imageTime) = StampOf(target);
+    (target.imagePath.empty() ? entry.volumeStamp : entry.imageTime) = stamp;
 }
 
 }  // namespace
 
-ScanLogDirectory& ScanLogDirectory::Instance()
+std::filesystem::path ScanLogDirectory::DefaultRoot()
 {
-    static ScanLogDirectory directory;
-    return directory;
+    return ApplicationDataFolder() / "OrvantaLumivault" / "ScanLog";
 }
 
-ScanLogDirectory::ScanLogDirectory()
+ScanLogDirectory::ScanLogDirectory(std::filesystem::path root) : m_root(std::move(root))
 {
     Reload();
 }
 
 void ScanLogDirectory::Reload()
 {
-    m_root = ApplicationDataFolder() / "OrvantaLumivault" / "ScanLog";
+    const std::lock_guard guard(m_lock);
     m_logCounter = 0;
-    m_resumed = false;
-    m_resumedFolder.clear();
     m_entries.clear();
     // A save that stopped between its two steps is finished here.
     if (!PathExists(m_root / "config") && PathExists(m_root / "config.tmp")) {
@@ -137,11 +149,6 @@ std::filesystem::path ScanLogDirectory::FolderOf(std::uint64_t number) const
     return m_root / std::to_string(number);
 }
 
-std::filesystem::path ScanLogDirectory::CurrentLogPath() const
-{
-    return m_resumed ? m_resumedFolder : FolderOf(m_logCounter);
-}
-
 bool ScanLogDirectory::IsLogFolder(const std::filesystem::path& folder) const
 {
     const std::filesystem::path plain = WithoutSeparator(folder);
@@ -166,40 +173,55 @@ ScanLogEntry* ScanLogDirectory::FindEntry(const ScanIdentity& target)
     return found != m_entries.end() ? &*found : nullptr;
 }
 
-bool ScanLogDirectory::FindScan(const ScanIdentity& target, ScanLogEntry& outEntry)
+// A target that has changed loses its log here; what cannot be removed is not listed any more either.
+bool ScanLogDirectory::FindUnchanged(const ScanIdentity& target,
+                                     std::uint64_t stamp,
+                                     ScanLogEntry& outEntry)
 {
-    ScanLogEntry* entry = FindEntry(target);
+    const ScanLogEntry* entry = FindEntry(target);
     if (entry == nullptr) {
-        m_resumed = false;
-        m_resumedFolder.clear();
         return false;
     }
-    if (StampIn(*entry, target) != StampOf(target) || !IsSameDisk(target, LogFolderOf(*entry))) {
-        (void)DeleteLog(
-            LogFolderOf(*entry));  // what cannot be removed is not listed any more either
+    if (StampIn(*entry, target) != stamp || !IsSameDisk(target, LogFolderOf(*entry))) {
+        (void)DeleteLogLocked(LogFolderOf(*entry));
         return false;
     }
     outEntry = *entry;
-    m_resumed = true;
-    m_resumedFolder = LogFolderOf(*entry);
     return true;
 }
 
-void ScanLogDirectory::BeginNewLog()
+bool ScanLogDirectory::FindScan(const ScanSource& target, ScanLogEntry& outEntry)
 {
-    ++m_logCounter;
-    m_resumed = false;
-    (void)DeleteLog(FolderOf(m_logCounter));  // what cannot be removed is appended to
+    const std::uint64_t stamp = StampOf(target);
+    const std::lock_guard guard(m_lock);
+    return FindUnchanged(target.Identity(), stamp, outEntry);
 }
 
-void ScanLogDirectory::UndoLogNumber()
+std::filesystem::path ScanLogDirectory::BeginNewLog()
 {
-    --m_logCounter;
+    const std::lock_guard guard(m_lock);
+    const std::filesystem::path folder = FolderOf(++m_logCounter);
+    (void)DeleteLogLocked(folder);  // what cannot be removed is appended to
+    return folder;
+}
+
+void ScanLogDirectory::UndoLogNumber(const std::filesystem::path& logFolder)
+{
+    const std::lock_guard guard(m_lock);
+    if (SameFolder(logFolder, FolderOf(m_logCounter))) {
+        --m_logCounter;
+    }
+}
+
+std::vector<ScanLogEntry> ScanLogDirectory::Entries() const
+{
+    const std::lock_guard guard(m_lock);
+    return m_entries;
 }
 
 ResultCode ScanLogDirectory::FindLogFile(const std::filesystem::path& folder,
                                          std::string_view prefix,
-                                         std::string& outName) const
+                                         std::string& outName)
 {
     outName.clear();
     std::vector<std::string> names;
@@ -220,38 +242,46 @@ ResultCode ScanLogDirectory::SaveProgress(const ScanIdentity& target,
                                           const ScanPosition& position,
                                           const std::filesystem::path& logFolder)
 {
+    const std::uint64_t stamp = StampNow(target);
+    const std::lock_guard guard(m_lock);
     ScanLogEntry* entry = FindEntry(target);
     // The scan's own record files can lie on the volume that was scanned and change it: the log in use is
     // kept, and what is on the disk now counts from here on.
     const bool inUse = entry != nullptr && SameFolder(LogFolderOf(*entry), logFolder);
     if (inUse) {
         SetPosition(*entry, position);
-        SetStamp(*entry, target);
-        return Save();
+        SetStamp(*entry, target, stamp);
+        return SaveLocked();
     }
     ScanLogEntry found;
-    if (FindScan(target, found)) {
+    if (FindUnchanged(target, stamp, found)) {
         SetPosition(*FindEntry(target), position);
-        return Save();
+        return SaveLocked();
     }
     ScanLogEntry added;
     if (!SetImagePath(added, target.imagePath) ||
         !SetLogFolder(added, WithoutSeparator(logFolder) / "")) {
-        return Save();  // its path does not fit: it cannot be gone on with, and what it found is there all the same
+        return SaveLocked();  // its path does not fit: it cannot be gone on with, and what it found is there all the same
     }
     added.diskNumber = target.imagePath.empty() ? target.diskNumber : ImageDiskNumber;
     added.startLba = target.startLba;
     added.sectorCount = target.sectorCount;
     SetPosition(added, position);
-    SetStamp(added, target);
+    SetStamp(added, target, stamp);
     m_entries.push_back(added);
     if (IsLogFolder(logFolder)) {
         WriteIdentity(logFolder, target);
     }
-    return Save();
+    return SaveLocked();
 }
 
 ResultCode ScanLogDirectory::Save() const
+{
+    const std::lock_guard guard(m_lock);
+    return SaveLocked();
+}
+
+ResultCode ScanLogDirectory::SaveLocked() const
 {
     const std::filesystem::path temporary = m_root / "config.tmp";
     (void)MakePrivateFolderWithParents(m_root);  // the opening below tells what went wrong
@@ -275,6 +305,12 @@ ResultCode ScanLogDirectory::Save() const
 }
 
 ResultCode ScanLogDirectory::DeleteLog(const std::filesystem::path& logFolder)
+{
+    const std::lock_guard guard(m_lock);
+    return DeleteLogLocked(logFolder);
+}
+
+ResultCode ScanLogDirectory::DeleteLogLocked(const std::filesystem::path& logFolder)
 {
     const std::filesystem::path folder =
         WithoutSeparator(logFolder);  // the argument may stand in the list

@@ -4,9 +4,11 @@
 
 #include "platform/ResultCode.h"
 #include "recovery/ScanLogEntry.h"
+#include "storage/ScanSource.h"
 
 #include <cstdint>
 #include <filesystem>
+#include <mutex>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -21,41 +23,31 @@ struct ScanPosition
     std::uint64_t filesFound = 0;
 };
 
-// What a scan is of: a range of a drive, or an image when imagePath is not empty.
-struct ScanIdentity
-{
-    std::uint32_t diskNumber = 0;
-    std::uint64_t startLba = 0;
-    std::uint64_t sectorCount = 0;
-    std::filesystem::path imagePath;
-};
-
-// One object for the process, made on first use, when it reads the file; not locked. Its calls come one at a time.
+// Owned by whoever runs scans, and handed down to the engines; one object for a root. Any thread may call it: scans of
+// several targets share it, and each keeps the folder that it was given.
 class ScanLogDirectory
 {
 public:
-    static ScanLogDirectory& Instance();
+    // <application data>/OrvantaLumivault/ScanLog
+    static std::filesystem::path DefaultRoot();
 
-    // Works the root out anew and reads "config"; for a changed application-data folder. A file of any content is
-    // taken: what is no entry of ours only never matches.
+    // Reads "config". A file of any content is taken: what is no entry of ours only never matches.
+    explicit ScanLogDirectory(std::filesystem::path root = DefaultRoot());
+    // Reads it anew: another process may have written it.
     void Reload();
 
-    // <application data>/OrvantaLumivault/ScanLog
+    // Never changes.
     const std::filesystem::path& Root() const { return m_root; }
-    // The folder that stores are opened in: that of the resumed scan, else <root>/<logCounter>.
-    std::filesystem::path CurrentLogPath() const;
 
-    // The earlier scan of a target, if one stands in the log: true, and stores go to its folder from now on. A target
-    // that has changed since loses its log.
-    bool FindScan(const ScanIdentity& target, ScanLogEntry& outEntry);
-    // Gives out the next number; a folder of that number left over from an earlier run is removed.
-    void BeginNewLog();
-    // Takes the number back when a new scan fails before its pass.
-    void UndoLogNumber();
+    // The earlier scan of a target, if one stands in the log. A target that has changed since loses its log.
+    bool FindScan(const ScanSource& target, ScanLogEntry& outEntry);
+    // Gives out the next number, and its folder; one of that name left over from an earlier run is removed.
+    std::filesystem::path BeginNewLog();
+    // Takes the number of a folder back when a new scan fails before its pass; only the last one given out.
+    void UndoLogNumber(const std::filesystem::path& logFolder);
     // The first name in a log folder that holds the prefix; empty when there is none.
-    [[nodiscard]] ResultCode FindLogFile(const std::filesystem::path& folder,
-                                         std::string_view prefix,
-                                         std::string& outName) const;
+    [[nodiscard]] static ResultCode
+    FindLogFile(const std::filesystem::path& folder, std::string_view prefix, std::string& outName);
     // Enters or updates the scan of a target and writes the file. logFolder is where its stores are.
     [[nodiscard]] ResultCode SaveProgress(const ScanIdentity& target,
                                           const ScanPosition& position,
@@ -66,19 +58,21 @@ public:
     // Writes the file as the list stands.
     [[nodiscard]] ResultCode Save() const;
 
-    const std::vector<ScanLogEntry>& Entries() const { return m_entries; }
+    std::vector<ScanLogEntry> Entries() const;
     // Whether a folder is a numbered one directly under the root; nothing else is ever written or removed.
     bool IsLogFolder(const std::filesystem::path& folder) const;
 
 private:
-    ScanLogDirectory();
     std::filesystem::path FolderOf(std::uint64_t number) const;
-    ScanLogEntry* FindEntry(const ScanIdentity& target);
+    // The lock is held.
     void Load();
+    ScanLogEntry* FindEntry(const ScanIdentity& target);
+    bool FindUnchanged(const ScanIdentity& target, std::uint64_t stamp, ScanLogEntry& outEntry);
+    ResultCode DeleteLogLocked(const std::filesystem::path& logFolder);
+    [[nodiscard]] ResultCode SaveLocked() const;
 
-    std::filesystem::path m_root;
-    std::uint64_t m_logCounter = 0;  // the highest number given out
-    bool m_resumed = false;
-    std::filesystem::path m_resumedFolder;
+    const std::filesystem::path m_root;
+    mutable std::mutex m_lock;
+    std::uint64_t m_logCounter = 0;       // the highest number given out
     std::vector<ScanLogEntry> m_entries;  // in file order
 };

@@ -1,12 +1,12 @@
 // One scan in the file "config" of the scan log: which target it was of, how far it got, where its stores lie.
 #pragma once
 
+#include "storage/ScanSource.h"
+
 #include <array>
 #include <cstddef>
 #include <cstdint>
 #include <filesystem>
-
-inline constexpr std::uint32_t ImageDiskNumber = 0x80;  // in place of a drive's number
 
 #pragma pack(push, 1)
 // 1120 bytes, little-endian. Texts are UTF-16, ended by a zero unit.

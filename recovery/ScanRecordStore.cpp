@@ -3,7 +3,6 @@
 #include "platform/FileTime.h"
 #include "platform/Folders.h"
 #include "recovery/RelationText.h"
-#include "recovery/ScanLogDirectory.h"
 
 #include <cstdio>
 #include <cstring>
@@ -52,9 +51,8 @@ std::string ScanRecordStore::MakeName(std::string_view prefix, std::uint64_t sta
     return std::string(prefix) + digits;
 }
 
-ResultCode ScanRecordStore::OpenStore(std::string_view logName)
+ResultCode ScanRecordStore::OpenStore(const std::filesystem::path& folder, std::string_view logName)
 {
-    const std::filesystem::path folder = ScanLogDirectory::Instance().CurrentLogPath();
     if (const ResultCode made = MakePrivateFolderWithParents(folder); !FolderIsThere(made)) {
         return made;
     }
@@ -85,16 +83,19 @@ ResultCode ScanRecordStore::OpenStore(std::string_view logName)
 void ScanRecordStore::LoadRelation()
 {
     const std::vector<char> text = ReadAll(m_relationFile);
-    m_relation = ParseRelationText({text.data(), text.size()});
+    const std::lock_guard guard(m_index->lock);
+    m_index->relation = ParseRelationText({text.data(), text.size()});
 }
 
 void ScanRecordStore::LoadDirInfo()
 {
     const std::vector<char> bytes = ReadAll(m_dirInfoFile);
-    m_dirInfo.resize(bytes.size() / sizeof(DirInfoRecord));
-    if (!m_dirInfo.empty()) {
-        std::memcpy(static_cast<void*>(m_dirInfo.data()), bytes.data(),
-                    m_dirInfo.size() * sizeof(DirInfoRecord));
+    const std::lock_guard guard(m_index->lock);
+    std::vector<DirInfoRecord>& dirInfo = m_index->dirInfo;
+    dirInfo.resize(bytes.size() / sizeof(DirInfoRecord));
+    if (!dirInfo.empty()) {
+        std::memcpy(static_cast<void*>(dirInfo.data()), bytes.data(),
+                    dirInfo.size() * sizeof(DirInfoRecord));
     }
 }
 
@@ -108,13 +109,20 @@ FileRecord& ScanRecordStore::ReserveRecord()
     return m_buffer[m_bufferUsed++] = FileRecord();
 }
 
+// The index is locked.
+void ScanRecordStore::EnterNumber(std::uint64_t key, std::uint32_t recordNumber)
+{
+    m_index->relation[key].push_back(recordNumber);
+    ++m_index->linkVersion;
+    m_relationChanged = true;
+}
+
 void ScanRecordStore::LinkRecord(std::uint32_t parentId,
                                  std::uint32_t depth,
                                  std::uint32_t recordNumber)
 {
-    m_relation[MakeKey(depth, parentId)].push_back(recordNumber);
-    m_relationChanged = true;
-    m_parentsIndexed = false;
+    const std::lock_guard guard(m_index->lock);
+    EnterNumber(MakeStoreKey(depth, parentId), recordNumber);
 }
 
 void ScanRecordStore::LinkFolder(std::uint32_t parentId,
@@ -123,12 +131,21 @@ void ScanRecordStore::LinkFolder(std::uint32_t parentId,
                                  std::uint32_t nodeId,
                                  std::string_view name)
 {
-    LinkRecord(parentId, depth, recordNumber);
-    DirInfoRecord& folder = m_dirInfo.emplace_back();
+    const std::lock_guard guard(m_index->lock);
+    EnterNumber(MakeStoreKey(depth, parentId), recordNumber);
+    DirInfoRecord& folder = m_index->dirInfo.emplace_back();
     folder.FolderId = nodeId;
     folder.RecordNumber = recordNumber;
     StoreName(folder.Name, name);
     m_dirInfoChanged = true;
+}
+
+void ScanRecordStore::EnterEmptyKeys(std::span<const std::uint64_t> keys)
+{
+    const std::lock_guard guard(m_index->lock);
+    for (const std::uint64_t key : keys) {
+        m_relationChanged = m_index->relation.try_emplace(key).second || m_relationChanged;
+    }
 }
 
 ResultCode ScanRecordStore::WriteBuffer()
@@ -145,7 +162,8 @@ ResultCode ScanRecordStore::WriteBuffer()
     const ResultCode result =
         m_mainFile.WriteAt(m_appendPosition, m_buffer.data(), bytes, &written);
     m_appendPosition += written;
-    m_foldersIndexed = false;
+    const std::lock_guard guard(m_index->lock);
+    ++m_index->writeVersion;
     return result;
 }
 
@@ -175,10 +193,12 @@ ResultCode ScanRecordStore::WriteRelation()
     }
     std::uint64_t position = 0;
     std::string text;
-    for (auto at = m_relation.begin(); at != m_relation.end();) {
+    // Only this side changes the index, so that reading it here needs no lock.
+    const StoreRelation& relation = m_index->relation;
+    for (auto at = relation.begin(); at != relation.end();) {
         AppendRelationEntry(at->first, at->second, text);
         ++at;
-        if (text.size() >= ReadPiece || at == m_relation.end()) {
+        if (text.size() >= ReadPiece || at == relation.end()) {
             if (const ResultCode result =
                     m_relationFile.WriteAt(position, text.data(), text.size())) {
                 return result;
@@ -195,11 +215,6 @@ ResultCode ScanRecordStore::WriteDirInfo()
     if (!m_dirInfoFile.IsOpen()) {
         return ResultInvalidHandle;
     }
-    return m_dirInfoFile.WriteAt(0, m_dirInfo.data(), m_dirInfo.size() * sizeof(DirInfoRecord));
-}
-
-void ScanRecordStore::SetSearchCallback(SearchProgressCallback callback, void* context)
-{
-    m_searchCallback = callback;
-    m_searchContext = context;
+    const std::vector<DirInfoRecord>& dirInfo = m_index->dirInfo;  // as above
+    return m_dirInfoFile.WriteAt(0, dirInfo.data(), dirInfo.size() * sizeof(DirInfoRecord));
 }

@@ -71,7 +71,7 @@ std::unique_ptr<IByteReader> MakeHandleReader(FileHandle handle)
     return std::make_unique<HandleReader>(std::move(handle));
 }
 
-ResultCode OpenDriveSource(std::uint32_t diskNumber, OpenedSource& outSource)
+ResultCode OpenDriveSource(std::uint32_t diskNumber, DriveFlush flush, OpenedSource& outSource)
 {
     FileHandle handle;
     if (const ResultCode result = DriveRegistry::Instance().Open(diskNumber, handle)) {
@@ -82,10 +82,12 @@ ResultCode OpenDriveSource(std::uint32_t diskNumber, OpenedSource& outSource)
         return result;
     }
     const BlockDevice* disk = DriveRegistry::Instance().Find(diskNumber);
-    SyncMountsOn(disk->deviceNumber);
-    // The kernel keeps what it read from the disk before; a mounted volume may have changed since.
-    handle.FlushDevice();
-    handle.DropCache();
+    if (flush == DriveFlush::Flush) {
+        SyncMountsOn(disk->deviceNumber);
+        // The kernel keeps what it read from the disk before; a mounted volume may have changed since.
+        handle.FlushDevice();
+        handle.DropCache();
+    }
     outSource.sectorSize = std::max(disk->sectorSize, handle.DeviceSectorSize());
     outSource.sizeBytes = sizeBytes;
     outSource.reader = Decorated(std::move(handle));

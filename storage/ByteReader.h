@@ -8,7 +8,7 @@
 #include <functional>
 #include <memory>
 
-// Reads bytes at a position. One engine owns each; none is ever written through.
+// Reads bytes at a position; none is ever written through. One thread at a time reads through each.
 class IByteReader
 {
 public:
@@ -31,9 +31,16 @@ struct OpenedSource
     std::uint32_t sectorSize = 512;  // a drive's logical sector size; 512 for image files
 };
 
-// Opens a drive by its number in the DriveRegistry, having brought to the disk what mounted file systems on it still
-// hold in memory: what a user has deleted a moment ago is seen. The out parameter is untouched on failure.
-[[nodiscard]] ResultCode OpenDriveSource(std::uint32_t diskNumber, OpenedSource& outSource);
+// Flush brings to the disk what mounted file systems on it still hold in memory, and drops what the system has read of
+// it before: what a user has deleted a moment ago is seen.
+enum class DriveFlush
+{
+    None,
+    Flush
+};
+// Opens a drive by its number in the DriveRegistry. The out parameter is untouched on failure.
+[[nodiscard]] ResultCode
+OpenDriveSource(std::uint32_t diskNumber, DriveFlush flush, OpenedSource& outSource);
 // Opens an image file (or anything seekable) read-only.
 [[nodiscard]] ResultCode OpenImageSource(const std::filesystem::path& path,
                                          OpenedSource& outSource);

@@ -51,7 +51,7 @@ ResultCode RawDiskCopier::Copy(std::uint32_t diskNumber,
 
 ResultCode RawDiskCopier::Open(std::uint32_t diskNumber, const std::filesystem::path& outputPath)
 {
-    if (const ResultCode result = OpenDriveSource(diskNumber, m_source)) {
+    if (const ResultCode result = OpenDriveSource(diskNumber, DriveFlush::Flush, m_source)) {
         return result;
     }
     SourceOpened = true;

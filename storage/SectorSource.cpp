@@ -2,12 +2,12 @@
 
 #include <algorithm>
 #include <atomic>
+#include <utility>
 
 namespace {
 
 // A failing disk returns control at a known point.
 constexpr std::size_t LargestPiece = 65536;
-constexpr std::uint64_t ImageSectorSize = 512;
 
 std::uint64_t NextOpenNumber()
 {
@@ -17,28 +17,30 @@ std::uint64_t NextOpenNumber()
 
 }  // namespace
 
+void SectorSource::Open(std::shared_ptr<ScanSource> source)
+{
+    m_source = std::move(source);
+    totalSectors = m_source->TotalSectors();
+    totalBytes = m_source->SizeBytes();
+    m_openNumber = NextOpenNumber();
+}
+
 ResultCode SectorSource::OpenDrive(std::uint32_t diskNumber)
 {
-    OpenedSource source;
-    const ResultCode result = OpenDriveSource(diskNumber, source);
+    std::shared_ptr<ScanSource> source;
+    const ResultCode result = ScanSource::OpenDriveRange(diskNumber, 0, 0, &source);
     if (result == ResultSuccess) {
-        totalSectors = source.sizeBytes / source.sectorSize;
-        totalBytes = source.sizeBytes;
-        m_reader = std::move(source.reader);
-        m_openNumber = NextOpenNumber();
+        Open(std::move(source));
     }
     return result;
 }
 
 ResultCode SectorSource::OpenImage(const std::filesystem::path& filePath)
 {
-    OpenedSource source;
-    const ResultCode result = OpenImageSource(filePath, source);
+    std::shared_ptr<ScanSource> source;
+    const ResultCode result = ScanSource::OpenImage(filePath, &source);
     if (result == ResultSuccess) {
-        totalSectors = source.sizeBytes / ImageSectorSize;
-        totalBytes = source.sizeBytes;
-        m_reader = std::move(source.reader);
-        m_openNumber = NextOpenNumber();
+        Open(std::move(source));
     }
     return result;
 }
@@ -49,7 +51,7 @@ ResultCode SectorSource::ReadSectors(std::uint8_t* buffer,
                                      std::int32_t sectorSize,
                                      std::int32_t* outSectorsRead)
 {
-    if (sectorCount < 0 || sectorSize <= 0 || m_reader == nullptr) {
+    if (sectorCount < 0 || sectorSize <= 0 || m_source == nullptr) {
         return ResultInvalidParameter;
     }
     // Sector 2^64 - 1 wraps to an end of 0: a detector asks for it in front of sector 0.
@@ -63,8 +65,8 @@ ResultCode SectorSource::ReadSectors(std::uint8_t* buffer,
     ResultCode result = ResultSuccess;
     while (done < wanted && result == ResultSuccess) {
         std::size_t got = 0;
-        result = m_reader->ReadAt(lba * unit + done, buffer + done,
-                                  std::min(LargestPiece, wanted - done), &got);
+        result = m_source->Reader().ReadAt(lba * unit + done, buffer + done,
+                                           std::min(LargestPiece, wanted - done), &got);
         done += got;
         if (result != ResultSuccess || got == 0) {
             result = ResultReadFault;

@@ -2,7 +2,7 @@
 // or an image file alike. Reads only, caches nothing, retries nothing.
 #pragma once
 
-#include "storage/ByteReader.h"
+#include "storage/ScanSource.h"
 
 #include <cstdint>
 #include <filesystem>
@@ -12,9 +12,11 @@
 class SectorSource
 {
 public:
-    // totalSectors counts the drive's own sectors.
+    // Reads through a source that is open already, whose range does not bound it. totalSectors counts the drive's own
+    // sectors, or the image's of 512 bytes.
+    void Open(std::shared_ptr<ScanSource> source);
+    // The same over a source of its own.
     [[nodiscard]] ResultCode OpenDrive(std::uint32_t diskNumber);
-    // totalSectors is the file size / 512 whatever the volume inside uses; a last partial sector is lost.
     [[nodiscard]] ResultCode OpenImage(const std::filesystem::path& filePath);
 
     // Reads sectorCount sectors of sectorSize bytes from absolute sector lba into buffer.
@@ -27,7 +29,7 @@ public:
                                          std::int32_t sectorSize,
                                          std::int32_t* outSectorsRead);
 
-    bool IsOpen() const { return m_reader != nullptr; }
+    bool IsOpen() const { return m_source != nullptr; }
     // Another number for every opening in the process, 0 until opened: tells what was cached of one from the rest.
     std::uint64_t OpenNumber() const { return m_openNumber; }
 
@@ -35,6 +37,6 @@ public:
     std::uint64_t totalBytes = 0;    // the same in bytes, a partial last sector included
 
 private:
-    std::unique_ptr<IByteReader> m_reader;
+    std::shared_ptr<ScanSource> m_source;
     std::uint64_t m_openNumber = 0;
 };

@@ -6,25 +6,21 @@
 
 #include <algorithm>
 
-std::uint64_t
-VolumeStamp(std::uint32_t diskNumber, std::uint64_t startLba, std::uint64_t sectorCount)
+std::uint64_t VolumeStamp(const ScanSource& drive)
 {
-    OpenedSource drive;
-    if (OpenDriveSource(diskNumber, drive) != ResultSuccess ||
-        startLba > drive.sizeBytes / drive.sectorSize) {
+    const std::uint64_t driveSectors = drive.TotalSectors();
+    if (drive.StartLba() > driveSectors) {
         return 0;
     }
-    const std::uint64_t startByte = startLba * drive.sectorSize;
-    const std::uint64_t sectors =
-        std::min(sectorCount, drive.sizeBytes / drive.sectorSize - startLba);
+    const std::uint64_t startByte = drive.StartLba() * drive.SectorSize();
+    const std::uint64_t sectors = std::min(drive.SectorCount(), driveSectors - drive.StartLba());
     VolumeSpace space;
-    if (ReadVolumeSpace(*drive.reader, startByte, sectors * drive.sectorSize, space)) {
+    if (ReadVolumeSpace(drive.Reader(), startByte, sectors * drive.SectorSize(), space)) {
         return space.freeBytes;
     }
-    const BlockDevice* disk = DriveRegistry::Instance().Find(diskNumber);
+    const auto disk = DriveRegistry::Instance().Find(drive.Identity().diskNumber);
     const StorageMap storage;
-    const MountEntry* mount =
-        disk != nullptr ? FindMountAt(storage, disk->deviceNumber, startByte) : nullptr;
+    const MountEntry* mount = disk ? FindMountAt(storage, disk->deviceNumber, startByte) : nullptr;
     const bool told = mount != nullptr && FileSystemSpace(mount->mountPoint, &space.totalBytes,
                                                           &space.freeBytes) == ResultSuccess;
     return told ? space.freeBytes : 0;

@@ -92,7 +92,7 @@ ResultCode TrySignatureTable(ByteView sector,
     context.lastCallbackResult = ResultSuccess;
     outHead.lengthBytes = row->length(sector.Data(), SizeOf(sector));
     // Any other answer of the callback has cut the measuring short, but the file counts.
-    return context.lastCallbackResult == ResultCancelled ? ResultCancelled : ResultSuccess;
+    return IsStop(context.lastCallbackResult) ? ResultCancelled : ResultSuccess;
 }
 
 bool VerifyExtensionAtSector(ByteView sector,

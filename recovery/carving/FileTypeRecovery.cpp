@@ -2,6 +2,8 @@
 
 #include "recovery/carving/CarveContext.h"
 
+#include <utility>
+
 namespace {
 
 constexpr std::string_view StorePrefix = "File_Type_";
@@ -31,56 +33,26 @@ bool LengthIsOnlyClaimed(FileTypeId typeId)
 
 }  // namespace
 
-ResultCode CFileTypeRecovery::MakeStore(std::string_view logName)
+ResultCode CFileTypeRecovery::Open(std::shared_ptr<ScanSource> source, char16_t driveLetter)
 {
-    m_store = std::make_unique<ScanRecordStore>();
-    return m_store->OpenStore(logName);
-}
-
-ResultCode CFileTypeRecovery::OpenImageFile(const std::filesystem::path& filePath, char16_t letter)
-{
-    m_driveLetter = letter;
-    if (const ResultCode result = m_source.OpenImage(filePath)) {
-        return result;
-    }
-    return MakeStore(ScanRecordStore::MakeName(StorePrefix, 0));
-}
-
-ResultCode CFileTypeRecovery::OpenPartition(std::uint32_t diskNumber,
-                                            std::uint64_t startLba,
-                                            std::uint64_t,
-                                            char16_t letter)
-{
-    m_driveLetter = letter;
-    if (const ResultCode result = m_source.OpenDrive(diskNumber)) {
-        return result;
-    }
-    return MakeStore(ScanRecordStore::MakeName(StorePrefix, startLba));
+    m_driveLetter = driveLetter;
+    m_scanSource = std::move(source);
+    m_source.Open(m_scanSource);
+    UseLogFolder();
+    // An image's store is named after its first sector whatever range of it is read.
+    const std::uint64_t first = m_scanSource->IsImage() ? 0 : m_scanSource->StartLba();
+    return MakeStore(ScanRecordStore::MakeName(StorePrefix, first));
 }
 
 ResultCode CFileTypeRecovery::ReopenStore(std::string_view logName,
-                                          char16_t letter,
-                                          const std::filesystem::path& imagePath,
-                                          std::int32_t size)
+                                          char16_t driveLetter,
+                                          std::shared_ptr<ScanSource> source,
+                                          std::int32_t sectorSize)
 {
-    m_driveLetter = letter;
-    m_sectorSize = size;
-    if (const ResultCode result = m_source.OpenImage(imagePath)) {
-        return result;
-    }
-    return MakeStore(logName);
-}
-
-ResultCode CFileTypeRecovery::ReopenStore(std::string_view logName,
-                                          char16_t letter,
-                                          std::uint32_t diskNumber,
-                                          std::int32_t size)
-{
-    m_driveLetter = letter;
-    m_sectorSize = size;
-    if (const ResultCode result = m_source.OpenDrive(diskNumber)) {
-        return result;
-    }
+    m_driveLetter = driveLetter;
+    m_sectorSize = sectorSize;
+    m_scanSource = std::move(source);
+    m_source.Open(m_scanSource);
     return MakeStore(logName);
 }
 
@@ -120,85 +92,30 @@ ResultCode CFileTypeRecovery::CarveAtSector(ByteView sector,
 }
 
 ResultCode CFileTypeRecovery::SetCallbacks(ProgressCallback scanCallback,
-                                           FileProgressCallback restoreCallback,
+                                           FileProgressCallback fileCallback,
                                            void* context,
                                            std::int32_t progressRange)
 {
-    m_fileCallback = restoreCallback;
-    m_callbackContext = context;
     CarveContext& carve = CarveContext::Instance();
     carve.scanCallback = scanCallback;
-    carve.fileCallback = restoreCallback;
+    carve.fileCallback = fileCallback;
     carve.callbackContext = context;
     carve.progressRange = progressRange;
-    return ResultSuccess;
+    return CStoreEngine::SetCallbacks(scanCallback, fileCallback, context, progressRange);
 }
 
-ResultCode CFileTypeRecovery::Scan(const std::string*)
+ResultCode CFileTypeRecovery::KeyOf(const FileRecord* parentRecord,
+                                    std::uint32_t depth,
+                                    KeyUse /*use*/,
+                                    std::optional<std::uint64_t>* outKey) const
 {
-    return ResultSuccess;
-}
-
-ResultCode CFileTypeRecovery::ListChildren(const FileRecord* parentRecord,
-                                           std::uint32_t depth,
-                                           FileRecordList& outRecords)
-{
-    if (parentRecord != nullptr || depth != 0 || m_store == nullptr) {
-        return ResultSuccess;
+    if (parentRecord == nullptr && depth == 0 && HasStore()) {
+        *outKey = 0;
     }
-    (void)m_store->FlushStore();  // what cannot be written is missing from the list
-    return m_store->ListChildren(0, outRecords);
-}
-
-ResultCode CFileTypeRecovery::CountChildren(const FileRecord* parentRecord,
-                                            std::uint32_t depth,
-                                            std::uint32_t& outCount)
-{
-    if (parentRecord != nullptr || depth != 0 || m_store == nullptr) {
-        return ResultSuccess;
-    }
-    (void)m_store->FlushStore();
-    return m_store->CountChildren(0, outCount);
-}
-
-std::uint64_t CFileTypeRecovery::GetRecordCount() const
-{
-    return m_store != nullptr ? m_store->GetRecordCount() : 0;
-}
-
-ResultCode CFileTypeRecovery::GetRecordPath(const FileRecord*, std::string&)
-{
     return ResultSuccess;
 }
 
-std::int32_t CFileTypeRecovery::NextFreeRange(std::uint64_t&, std::uint64_t&)
-{
-    return 0;
-}
-
-ResultCode CFileTypeRecovery::SetSearchCallback(SearchProgressCallback callback, void* context)
-{
-    if (m_store == nullptr) {
-        return ResultInvalidParameter;
-    }
-    m_store->SetSearchCallback(callback, context);
-    return ResultSuccess;
-}
-
-std::int32_t CFileTypeRecovery::SearchRecords(std::string_view extensionPattern,
-                                              FileRecordList& outRecords)
-{
-    return m_store != nullptr ? m_store->SearchRecords(extensionPattern, outRecords) : 0;
-}
-
-ResultCode CFileTypeRecovery::BuildUsedClusterMap()
+ResultCode CFileTypeRecovery::GetRecordPath(const FileRecord* /*record*/, std::string& /*outPath*/)
 {
     return ResultSuccess;
-}
-
-void CFileTypeRecovery::FlushStore()
-{
-    if (m_store != nullptr) {
-        (void)m_store->FlushStore();  // what could not be written is not found
-    }
 }

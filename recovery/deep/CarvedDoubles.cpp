@@ -5,26 +5,46 @@
 #include <string>
 #include <unordered_map>
 
-void DropCarvedDoubles(const FileRecordList& known,
+namespace {
+
+const FileRecord& RecordOf(const FileRecord& record)
+{
+    return record;
+}
+const FileRecord& RecordOf(const FoundRow& row)
+{
+    return row.record;
+}
+
+}  // namespace
+
+template <typename Item>
+void DropCarvedDoubles(const std::vector<Item>& known,
                        const FirstDataSectorFunction& firstDataSector,
-                       FileRecordList& carved)
+                       const KeepLooking& keepLooking,
+                       std::vector<Item>& carved)
 {
     // Telling a first sector can take a read: only sectors where something was carved matter.
     std::unordered_map<std::uint64_t, std::optional<std::string>> extensions;
-    for (const FileRecord& record : carved) {
-        extensions.try_emplace(std::uint64_t{record.EntrySector});
+    for (const Item& item : carved) {
+        extensions.try_emplace(std::uint64_t{RecordOf(item).EntrySector});
     }
     if (extensions.empty()) {
         return;
     }
-    for (const FileRecord& record : known) {
+    for (const Item& item : known) {
+        if (keepLooking() != ResultSuccess) {
+            break;
+        }
+        const FileRecord& record = RecordOf(item);
         if (const std::optional<std::uint64_t> sector = firstDataSector(record)) {
             if (const auto found = extensions.find(*sector); found != extensions.end()) {
                 found->second = LowerExtensionOf(record.NameText());
             }
         }
     }
-    std::erase_if(carved, [&](const FileRecord& record) {
+    std::erase_if(carved, [&](const Item& item) {
+        const FileRecord& record = RecordOf(item);
         const std::optional<std::string>& extension =
             extensions.at(std::uint64_t{record.EntrySector});
         if (!extension) {
@@ -34,3 +54,12 @@ void DropCarvedDoubles(const FileRecordList& known,
         return *extension == own || (*extension == "thm" && own == "jpg");
     });
 }
+
+template void DropCarvedDoubles(const FileRecordList&,
+                                const FirstDataSectorFunction&,
+                                const KeepLooking&,
+                                FileRecordList&);
+template void DropCarvedDoubles(const FoundRowList&,
+                                const FirstDataSectorFunction&,
+                                const KeepLooking&,
+                                FoundRowList&);

@@ -1,19 +1,26 @@
 // Files that were found twice: by their metadata and by their content.
 #pragma once
 
-#include "recovery/FileRecord.h"
+#include "platform/ResultCode.h"
+#include "recovery/RowSearch.h"
 
 #include <cstdint>
 #include <functional>
 #include <optional>
+#include <vector>
 
 // The absolute sector of a record's first data; none when it cannot be told.
 using FirstDataSectorFunction =
     std::function<std::optional<std::uint64_t>(const FileRecord& record)>;
 
-// Removes from carved each record that begins where the data of a record in known begins, when both have the same
-// extension, or the known one is a camera's thumbnail ("thm") and the carved one a jpeg. Of two known records on one
-// sector the later counts.
-void DropCarvedDoubles(const FileRecordList& known,
+// Asked between two records; another answer than 0 ends the comparison, and nothing more is removed.
+using KeepLooking = std::function<ResultCode()>;
+
+// Removes from carved each row that begins where the data of a row in known begins, when both have the same
+// extension, or the known one is a camera's thumbnail ("thm") and the carved one a jpeg. Of two known rows on one
+// sector the later counts. Item is FileRecord or FoundRow.
+template <typename Item>
+void DropCarvedDoubles(const std::vector<Item>& known,
                        const FirstDataSectorFunction& firstDataSector,
-                       FileRecordList& carved);
+                       const KeepLooking& keepLooking,
+                       std::vector<Item>& carved);

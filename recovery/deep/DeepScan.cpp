@@ -1,6 +1,7 @@
 // The pipeline of CProfessionalRecovery::Scan: the quick engine, the stores, one pass over the ranges, the analysers'
 // ends, and the saved position.
 #include "platform/FileTime.h"
+#include "recovery/Heartbeat.h"
 #include "recovery/carving/CarveContext.h"
 #include "recovery/deep/BlockReader.h"
 #include "recovery/deep/ProfessionalRecovery.h"
@@ -28,15 +29,12 @@ bool IsPlausible(const ScanLogEntry& entry, std::uint64_t sectorCount)
 
 ResultCode CProfessionalRecovery::Scan(const std::string* /*logName*/)
 {
-    ScanLogDirectory& log = ScanLogDirectory::Instance();
     if (m_resumeValid && !IsPlausible(m_resumeEntry, m_target.sectorCount)) {
         DiscardResumableScan();
     }
     const bool isResume = m_resumeValid;
-    if (!isResume) {
-        log.BeginNewLog();
-    }
-    m_logFolder = log.CurrentLogPath();
+    m_logFolder = isResume ? LogFolderOf(m_resumeEntry) : m_log->BeginNewLog();
+    HandDownLogFolder();
     Pass pass;
     if (isResume) {
         pass.at = {m_resumeEntry.rangeStart, m_resumeEntry.rangeLength, m_resumeEntry.position,
@@ -52,31 +50,60 @@ ResultCode CProfessionalRecovery::Scan(const std::string* /*logName*/)
         }
         result = RunPass(pass);
         // Also after a cancel: what was found gets its place.
-        m_fat.FinishAnalysis();
-        (void)m_ntfs.FinishAnalysis();  // folders that could not be read are missing from paths
+        if (result != ResultStoppedAtOnce && FinishAnalyses(pass) == ResultStoppedAtOnce) {
+            result = ResultStoppedAtOnce;
+        }
         if (result == ResultSuccess && m_scanCallback != nullptr) {
             (void)m_scanCallback(m_callbackContext, 100, 100, 0, 0, 0, 0,
                                  0);  // too late to cancel anything
         }
     }
+    m_resumeValid = false;
+    if (result == ResultStoppedAtOnce) {
+        return result;
+    }
     m_fat.FlushStore();
     m_ntfs.FlushStore();
     m_carver.FlushStore();
     if (reachedPass || isResume) {
-        (void)log.SaveProgress(m_target, pass.at,
-                               m_logFolder);  // the scan is as good without a way back to it
+        (void)m_log->SaveProgress(m_target, pass.at,
+                                  m_logFolder);  // the scan is as good without a way back to it
     } else {
-        log.UndoLogNumber();
+        m_log->UndoLogNumber(m_logFolder);
     }
-    m_resumeValid = false;
     return result;
+}
+
+void CProfessionalRecovery::HandDownLogFolder()
+{
+    m_fat.SetLogFolder(m_logFolder);
+    m_ntfs.SetLogFolder(m_logFolder);
+    m_carver.SetLogFolder(m_logFolder);
+    if (auto* const quick = dynamic_cast<CStoreEngine*>(m_fast.get())) {
+        quick->SetLogFolder(m_logFolder);
+    }
+}
+
+// The callback hears the pass's last figures again: there are no others.
+ResultCode CProfessionalRecovery::FinishAnalyses(const Pass& pass)
+{
+    Heartbeat heartbeat;
+    const WorkReport report = [&]() -> ResultCode {
+        // A cancel has ended the pass, or comes when there is nothing left to cancel.
+        return heartbeat.IsDue() && ReportPass(pass) == ResultStoppedAtOnce ? ResultStoppedAtOnce
+                                                                            : ResultSuccess;
+    };
+    if (const ResultCode result = m_fat.FinishAnalysis(report)) {
+        return result;
+    }
+    return m_ntfs.FinishAnalysis(report);  // folders that cannot be read are missing from paths
 }
 
 std::string CProfessionalRecovery::StoredName(std::string_view prefix) const
 {
     std::string name;
-    (void)ScanLogDirectory::Instance().FindLogFile(m_logFolder, prefix,
-                                                   name);  // a folder that is gone gives no name
+    (void)ScanLogDirectory::FindLogFile(m_logFolder, prefix,
+                                        name);  // a folder that is gone gives no name
     return name;
 }
 
@@ -89,8 +116,11 @@ ResultCode CProfessionalRecovery::RunFastPhase(bool isResume, Pass& pass)
     // An engine that answers 0 to everything has no map.
     std::uint64_t sector = 0;
     std::uint64_t length = 0;
-    pass.haveFreeMap = m_fast->BuildUsedClusterMap() == ResultSuccess &&
-                       m_fast->NextFreeRange(sector, length) != 0;
+    const ResultCode built = m_fast->BuildUsedClusterMap();
+    if (IsStop(built)) {
+        return built;
+    }
+    pass.haveFreeMap = built == ResultSuccess && m_fast->NextFreeRange(sector, length) != 0;
     if (!isResume) {
         return m_fast->Scan(nullptr);
     }
@@ -103,17 +133,11 @@ ResultCode CProfessionalRecovery::RunFastPhase(bool isResume, Pass& pass)
 void CProfessionalRecovery::OpenStores(bool isResume)
 {
     // A store that cannot be opened loses its records; the others go on.
-    const bool isImage = !m_target.imagePath.empty();
     if (isResume) {
-        const std::string name = StoredName("File_Type_");
-        (void)(isImage
-                   ? m_carver.ReopenStore(name, m_driveLetter, m_target.imagePath, m_sectorSize)
-                   : m_carver.ReopenStore(name, m_driveLetter, m_target.diskNumber, m_sectorSize));
-    } else if (isImage) {
-        (void)m_carver.OpenImageFile(m_target.imagePath, m_driveLetter);
+        (void)m_carver.ReopenStore(StoredName("File_Type_"), m_driveLetter, m_scanSource,
+                                   m_sectorSize);
     } else {
-        (void)m_carver.OpenPartition(m_target.diskNumber, m_target.startLba, m_target.sectorCount,
-                                     m_driveLetter);
+        (void)m_carver.Open(m_scanSource, m_driveLetter);
     }
     (void)m_fat.OpenRecordStore(isResume ? StoredName("Pro_Fat_") : "");
     (void)m_ntfs.OpenRecordStore(isResume ? StoredName("Pro_Ntfs_") : "");
@@ -221,6 +245,15 @@ ResultCode CProfessionalRecovery::ReportBlock(Pass& pass)
         return ResultSuccess;
     }
     pass.at.filesFound = GetRecordCount() + pass.filesBase;
+    return ReportPass(pass);
+}
+
+ResultCode CProfessionalRecovery::ReportPass(const Pass& pass) const
+{
+    if (m_scanCallback == nullptr) {
+        return ResultSuccess;
+    }
+    const std::uint64_t done = pass.at.sectorsDone;
     const std::uint64_t percent = pass.sectorsTotal != 0 ? done * 100 / pass.sectorsTotal : 0;
     return m_scanCallback(m_callbackContext, static_cast<std::int32_t>(percent + 10), PassRange,
                           pass.secondsLeft, done, pass.sectorsTotal, pass.at.filesFound, 0);

@@ -1,11 +1,11 @@
 #include "recovery/deep/ProfessionalRecovery.h"
 
+#include "platform/FileTime.h"
+#include "recovery/Heartbeat.h"
 #include "recovery/deep/CarvedDoubles.h"
 #include "recovery/fat/FatGeometry.h"
 #include "recovery/ntfs/FastNtfsRecovery.h"
-#include "storage/ByteReader.h"
 
-#include <iterator>
 #include <utility>
 
 namespace {
@@ -13,67 +13,47 @@ namespace {
 constexpr std::int32_t FastRange = 9;
 constexpr std::int32_t PassRange = 90;
 
-void Append(FileRecordList& records, const FileRecordList& more)
+template <typename Item>
+void Append(std::vector<Item>& items, const std::vector<Item>& more)
 {
-    records.insert(records.end(), more.begin(), more.end());
+    items.insert(items.end(), more.begin(), more.end());
 }
 
 }  // namespace
 
-CProfessionalRecovery::CProfessionalRecovery(FastEngineMaker maker) : m_makeFast(std::move(maker))
+CProfessionalRecovery::CProfessionalRecovery(std::shared_ptr<ScanLogDirectory> log,
+                                             FastEngineMaker maker)
+    : m_log(std::move(log)),
+      m_makeFast(std::move(maker)),
+      m_fat(m_log),
+      m_ntfs(m_log),
+      m_carver(m_log)
 {
 }
 
-ResultCode CProfessionalRecovery::OpenImageFile(const std::filesystem::path& filePath,
-                                                char16_t letter)
+ResultCode CProfessionalRecovery::Open(std::shared_ptr<ScanSource> source, char16_t driveLetter)
 {
-    OpenedSource opened;
-    if (const ResultCode result = OpenImageSource(filePath, opened)) {
-        return result;
+    m_scanSource = std::move(source);
+    m_driveLetter = driveLetter;
+    m_sectorSize = static_cast<std::int32_t>(m_scanSource->SectorSize());
+    m_target = m_scanSource->Identity();
+    m_source.Open(m_scanSource);
+    std::shared_ptr<ScanSource> ahead;
+    if (m_scanSource->OpenAgain(&ahead) == ResultSuccess) {
+        m_aheadSource.Open(std::move(ahead));  // without it nothing is read ahead
     }
-    m_driveLetter = letter;
-    const std::uint64_t sectors = opened.sizeBytes / static_cast<std::uint64_t>(m_sectorSize);
-    m_target = {ImageDiskNumber, 0, sectors, filePath};
-    // Their failure shows in the reads; the quick engine and the analysers tell theirs themselves.
-    (void)m_source.OpenImage(filePath);
-    (void)m_aheadSource.OpenImage(filePath);
     m_resumeEntry = {};
-    m_resumeValid = ScanLogDirectory::Instance().FindScan(m_target, m_resumeEntry);
-    (void)m_fat.OpenImageFile(filePath, letter);
-    const ResultCode result = m_ntfs.OpenImageFile(filePath, letter);
-    m_fast = m_makeFast.forImage ? m_makeFast.forImage(filePath, letter) : nullptr;
-    return result;
-}
-
-ResultCode CProfessionalRecovery::OpenPartition(std::uint32_t diskNumber,
-                                                std::uint64_t startLba,
-                                                std::uint64_t sectorCount,
-                                                char16_t letter)
-{
-    OpenedSource opened;
-    if (const ResultCode result = OpenDriveSource(diskNumber, opened)) {
-        return result;
-    }
-    m_driveLetter = letter;
-    m_sectorSize = static_cast<std::int32_t>(opened.sectorSize);
-    m_target = {diskNumber, startLba, sectorCount, {}};
-    (void)m_source.OpenDrive(diskNumber);  // as above
-    (void)m_aheadSource.OpenDrive(diskNumber);
-    m_resumeEntry = {};
-    m_resumeValid = ScanLogDirectory::Instance().FindScan(m_target, m_resumeEntry);
-    (void)m_fat.OpenPartition(diskNumber, startLba, sectorCount, letter);
-    const ResultCode result = m_ntfs.OpenPartition(diskNumber, startLba, sectorCount, letter);
-    m_fast = m_makeFast.forPartition
-                 ? m_makeFast.forPartition(diskNumber, startLba, sectorCount, letter)
-                 : nullptr;
+    m_resumeValid = m_log->FindScan(*m_scanSource, m_resumeEntry);
+    (void)m_fat.Open(m_scanSource, driveLetter);
+    const ResultCode result = m_ntfs.Open(m_scanSource, driveLetter);
+    m_fast = m_makeFast ? m_makeFast(m_scanSource, driveLetter) : nullptr;
     return result;
 }
 
 void CProfessionalRecovery::DiscardResumableScan()
 {
     m_resumeValid = false;
-    (void)ScanLogDirectory::Instance().DeleteLog(
-        LogFolderOf(m_resumeEntry));  // what stays is not listed any more
+    (void)m_log->DeleteLog(LogFolderOf(m_resumeEntry));  // what stays is not listed any more
 }
 
 ResultCode CProfessionalRecovery::SetCallbacks(ProgressCallback scan,
@@ -110,6 +90,11 @@ IFileRecoveryParse* CProfessionalRecovery::EngineOf(const FileRecord& record)
     }
 }
 
+std::array<IFileRecoveryParse*, 4> CProfessionalRecovery::Engines()
+{
+    return {m_fast.get(), &m_fat, &m_ntfs, &m_carver};
+}
+
 ResultCode CProfessionalRecovery::ListChildren(const FileRecord* parentRecord,
                                                std::uint32_t depth,
                                                FileRecordList& outRecords)
@@ -122,9 +107,7 @@ ResultCode CProfessionalRecovery::ListChildren(const FileRecord* parentRecord,
     } else if (depth != 0) {
         return ResultInvalidParameter;
     } else {
-        for (IFileRecoveryParse* engine : {m_fast.get(), static_cast<IFileRecoveryParse*>(&m_fat),
-                                           static_cast<IFileRecoveryParse*>(&m_ntfs),
-                                           static_cast<IFileRecoveryParse*>(&m_carver)}) {
+        for (IFileRecoveryParse* engine : Engines()) {
             FileRecordList records;
             const ResultCode listed =
                 engine != nullptr ? engine->ListChildren(nullptr, 0, records) : ResultSuccess;
@@ -150,9 +133,7 @@ ResultCode CProfessionalRecovery::CountChildren(const FileRecord* parentRecord,
         return ResultInvalidParameter;
     }
     ResultCode result = ResultSuccess;
-    for (IFileRecoveryParse* engine :
-         {m_fast.get(), static_cast<IFileRecoveryParse*>(&m_fat),
-          static_cast<IFileRecoveryParse*>(&m_ntfs), static_cast<IFileRecoveryParse*>(&m_carver)}) {
+    for (IFileRecoveryParse* engine : Engines()) {
         std::uint32_t count = 0;
         const ResultCode counted =
             engine != nullptr ? engine->CountChildren(nullptr, 0, count) : ResultSuccess;
@@ -186,12 +167,6 @@ ResultCode CProfessionalRecovery::RestoreRecord(const FileRecord* record,
                              : ResultInvalidParameter;
 }
 
-std::int32_t CProfessionalRecovery::NextFreeRange(std::uint64_t& /*inOutSector*/,
-                                                  std::uint64_t& /*outLength*/)
-{
-    return 0;
-}
-
 ResultCode CProfessionalRecovery::SetSearchCallback(SearchProgressCallback callback, void* context)
 {
     m_searchCallback = callback;
@@ -205,7 +180,7 @@ ResultCode CProfessionalRecovery::SetSearchCallback(SearchProgressCallback callb
     return ResultSuccess;
 }
 
-std::optional<std::uint64_t> CProfessionalRecovery::FirstDataSector(const FileRecord& record)
+std::optional<std::uint64_t> CProfessionalRecovery::FindFirstDataSector(const FileRecord& record)
 {
     if (record.EngineKind == EngineKindProfessionalNtfs) {
         return m_ntfs.FirstDataSector(record);
@@ -223,34 +198,71 @@ std::optional<std::uint64_t> CProfessionalRecovery::FirstDataSector(const FileRe
     return dataSector + static_cast<std::uint32_t>((record.NodeId - 2) * sectorsPerCluster);
 }
 
+std::optional<std::uint64_t> CProfessionalRecovery::FirstDataSector(const FileRecord& record)
+{
+    if (record.EngineKind != EngineKindProfessionalNtfs &&
+        record.EngineKind != EngineKindFastNtfs) {
+        return FindFirstDataSector(record);  // by arithmetic alone
+    }
+    return m_firstSectors.Of(
+        record, [this](const FileRecord& asked) { return FindFirstDataSector(asked); });
+}
+
+// search asks one engine, and answers 1 when it could.
+template <typename Item, typename Search>
+std::int32_t CProfessionalRecovery::GatherSearch(const Search& search, std::vector<Item>& outItems)
+{
+    std::int32_t result = 0;
+    std::vector<Item> known;
+    for (IFileRecoveryParse* engine : {m_fast.get(), static_cast<IFileRecoveryParse*>(&m_fat),
+                                       static_cast<IFileRecoveryParse*>(&m_ntfs)}) {
+        std::vector<Item> items;
+        if (engine != nullptr && search(*engine, items) != 0) {
+            result = 1;
+        }
+        Append(known, items);
+    }
+    std::vector<Item> carved;
+    if (search(m_carver, carved) != 0) {
+        result = 1;
+    }
+    Heartbeat heartbeat;
+    DropCarvedDoubles(
+        known, [this](const FileRecord& record) { return FirstDataSector(record); },
+        [&] {
+            return m_searchCallback != nullptr && heartbeat.IsDue()
+                       ? m_searchCallback(m_searchContext, 100, 0)
+                       : ResultSuccess;
+        },
+        carved);
+    Append(outItems, known);
+    Append(outItems, carved);
+    return result;
+}
+
 std::int32_t CProfessionalRecovery::SearchRecords(std::string_view extensionPattern,
                                                   FileRecordList& outRecords)
 {
-    std::int32_t result = 0;
-    FileRecordList known;
-    for (IFileRecoveryParse* engine : {m_fast.get(), static_cast<IFileRecoveryParse*>(&m_fat),
-                                       static_cast<IFileRecoveryParse*>(&m_ntfs)}) {
-        FileRecordList records;
-        if (engine != nullptr && engine->SearchRecords(extensionPattern, records) != 0) {
-            result = 1;
-        }
-        Append(known, records);
-    }
-    FileRecordList carved;
-    if (m_carver.SearchRecords(extensionPattern, carved) != 0) {
-        result = 1;
-    }
-    DropCarvedDoubles(
-        known, [this](const FileRecord& record) { return FirstDataSector(record); }, carved);
-    Append(outRecords, known);
-    Append(outRecords, carved);
+    const std::int32_t result = GatherSearch(
+        [extensionPattern](IFileRecoveryParse& engine, FileRecordList& records) {
+            return engine.SearchRecords(extensionPattern, records);
+        },
+        outRecords);
     SortRecords(outRecords);
     return result;
 }
 
-ResultCode CProfessionalRecovery::BuildUsedClusterMap()
+std::int32_t CProfessionalRecovery::SearchRows(std::string_view extensionPattern,
+                                               FoundRowList& outRows)
 {
-    return ResultSuccess;
+    const std::int32_t result = GatherSearch(
+        [extensionPattern](IFileRecoveryParse& engine, FoundRowList& rows) {
+            auto* const searched = dynamic_cast<IRowSearch*>(&engine);
+            return searched != nullptr ? searched->SearchRows(extensionPattern, rows) : 0;
+        },
+        outRows);
+    SortRows(outRows);
+    return result;
 }
 
 ResultCode CProfessionalRecovery::ReadRecordData(const FileRecord* record,

@@ -2,56 +2,45 @@
 // not use (or over all) shows each to the analyser that it fits. Four stores in one log folder, searched as one.
 #pragma once
 
-#include "recovery/FileRecoveryParse.h"
+#include "recovery/EngineBase.h"
+#include "recovery/ResumableScan.h"
+#include "recovery/RowSearch.h"
 #include "recovery/ScanLogDirectory.h"
 #include "recovery/carving/FileTypeRecovery.h"
+#include "recovery/deep/FirstSectorCache.h"
 #include "recovery/fat/ProfessionalFatRecovery.h"
 #include "recovery/ntfs/ProfessionalNtfsRecovery.h"
 #include "storage/SectorSource.h"
 
+#include <array>
 #include <cstdint>
 #include <functional>
 #include <memory>
 
-// Makes the quick engine that fits a target, opened; null where none does. The deep engine does not know how.
-struct FastEngineMaker
-{
-    std::function<std::unique_ptr<IFileRecoveryParse>(const std::filesystem::path& path,
-                                                      char16_t letter)>
-        forImage;
-    std::function<std::unique_ptr<IFileRecoveryParse>(std::uint32_t diskNumber,
-                                                      std::uint64_t startLba,
-                                                      std::uint64_t sectorCount,
-                                                      char16_t letter)>
-        forPartition;
-};
+// Makes the quick engine that fits a target, opened; null where none does. The deep engine does not know how. Empty for
+// a scan of all sectors.
+using FastEngineMaker = std::function<std::unique_ptr<IFileRecoveryParse>(
+    const std::shared_ptr<ScanSource>& source, char16_t letter)>;
 
 // Opened once, scanned once, then queried. Only one in a process may scan at a time: the carver's state is shared.
-class CProfessionalRecovery : public IFileRecoveryParse
+class CProfessionalRecovery : public CEngineBase, public IResumableScan, public IRowSearch
 {
 public:
-    explicit CProfessionalRecovery(FastEngineMaker maker);
+    CProfessionalRecovery(std::shared_ptr<ScanLogDirectory> log, FastEngineMaker maker);
 
-    ResultCode OpenImageFile(const std::filesystem::path& filePath, char16_t driveLetter) override;
-    ResultCode OpenPartition(std::uint32_t diskNumber,
-                             std::uint64_t startLba,
-                             std::uint64_t sectorCount,
-                             char16_t driveLetter) override;
-    // An earlier scan of this target stands in the log, and Scan would go on with it.
-    bool HasResumableScan() const { return m_resumeValid; }
-    // That scan; meaningful while HasResumableScan.
-    const ScanLogEntry& ResumableScan() const { return m_resumeEntry; }
-    // Scan starts anew, and what the earlier one left is removed.
-    void DiscardResumableScan();
-    // Where the stores of the scan are; empty before Scan.
-    const std::filesystem::path& LogFolder() const { return m_logFolder; }
+    ResultCode Open(std::shared_ptr<ScanSource> source, char16_t driveLetter) override;
+    bool HasResumableScan() const override { return m_resumeValid; }
+    const ScanLogEntry& ResumableScan() const override { return m_resumeEntry; }
+    void DiscardResumableScan() override;
+    const std::filesystem::path& LogFolder() const override { return m_logFolder; }
 
     // The range is ignored: the pass takes 90, the quick engine 9.
     ResultCode SetCallbacks(ProgressCallback scanCallback,
                             FileProgressCallback fileCallback,
                             void* context,
                             std::int32_t progressRange) override;
-    // The whole pipeline, new or resumed; the name is ignored.
+    // The whole pipeline, new or resumed; the name is ignored. While the analyses end, the callback gets the pass's last
+    // call again from time to time; of its answers only ResultStoppedAtOnce counts then, and nothing is saved after it.
     ResultCode Scan(const std::string* logName) override;
     ResultCode ListChildren(const FileRecord* parentRecord,
                             std::uint32_t depth,
@@ -64,12 +53,11 @@ public:
     ResultCode RestoreRecord(const FileRecord* record,
                              const std::filesystem::path& destPath,
                              std::uint32_t baseDepth) override;
-    std::int32_t NextFreeRange(std::uint64_t& inOutSector, std::uint64_t& outLength) override;
     ResultCode SetSearchCallback(SearchProgressCallback callback, void* context) override;
     // All four stores; a carved file that a metadata record covers is left out.
     std::int32_t SearchRecords(std::string_view extensionPattern,
                                FileRecordList& outRecords) override;
-    ResultCode BuildUsedClusterMap() override;
+    std::int32_t SearchRows(std::string_view extensionPattern, FoundRowList& outRows) override;
     ResultCode ReadRecordData(const FileRecord* record,
                               std::filesystem::path& tempPathInOut,
                               std::uint8_t* buffer,
@@ -91,9 +79,15 @@ private:
         std::uint64_t lastTick = 0;
     };
 
+    // Those whose answers are gathered, in their order; the quick one may be null.
+    std::array<IFileRecoveryParse*, 4> Engines();
     IFileRecoveryParse* EngineOf(const FileRecord& record);
     std::optional<std::uint64_t> FirstDataSector(const FileRecord& record);
+    std::optional<std::uint64_t> FindFirstDataSector(const FileRecord& record);
+    template <typename Item, typename Search>
+    std::int32_t GatherSearch(const Search& search, std::vector<Item>& outItems);
     // DeepScan.cpp
+    void HandDownLogFolder();
     [[nodiscard]] ResultCode RunFastPhase(bool isResume, Pass& pass);
     void OpenStores(bool isResume);
     std::string StoredName(std::string_view prefix) const;
@@ -102,13 +96,17 @@ private:
     [[nodiscard]] ResultCode RunPass(Pass& pass);
     [[nodiscard]] ResultCode RunRange(Pass& pass, class BlockReader& reader);
     [[nodiscard]] ResultCode ReportBlock(Pass& pass);
+    ResultCode ReportPass(const Pass& pass) const;
+    [[nodiscard]] ResultCode FinishAnalyses(const Pass& pass);
 
+    std::shared_ptr<ScanLogDirectory> m_log;
     FastEngineMaker m_makeFast;
+    std::shared_ptr<ScanSource> m_scanSource;
     ScanIdentity m_target;
     char16_t m_driveLetter = 0;
     std::int32_t m_sectorSize = 512;
     SectorSource m_source;
-    SectorSource m_aheadSource;  // a second opening for reading ahead
+    SectorSource m_aheadSource;  // a second descriptor, for reading ahead
     CProfessionalFatRecovery m_fat;
     CProfessionalNtfsRecovery m_ntfs;
     CFileTypeRecovery m_carver;
@@ -116,6 +114,7 @@ private:
     bool m_resumeValid = false;
     ScanLogEntry m_resumeEntry;
     std::filesystem::path m_logFolder;
+    FirstSectorCache m_firstSectors;
 
     ProgressCallback m_scanCallback = nullptr;
     void* m_callbackContext = nullptr;

@@ -5,33 +5,22 @@
 #include "recovery/engines/FastExtRecovery.h"
 #include "recovery/fat/FastFatRecovery.h"
 #include "recovery/ntfs/FastNtfsRecovery.h"
-#include "storage/ByteReader.h"
 
+#include <utility>
 #include <vector>
 
 namespace {
 
-using Engine = std::unique_ptr<IFileRecoveryParse>;
+using Engine = std::unique_ptr<CEngineBase>;
+using Log = std::shared_ptr<ScanLogDirectory>;
 
-// What stands in the first 16 KB at a position, or the code that says why they could not be read whole.
-ResultCode RecogniseAt(OpenedSource& source, std::uint64_t startLba, FileSystemKind* outKind)
-{
-    std::vector<std::uint8_t> start(RecognitionBytes);
-    const ResultCode result =
-        ReadWhole(*source.reader, startLba * source.sectorSize, start.data(), start.size());
-    if (result == ResultSuccess) {
-        *outKind = RecogniseFileSystem(ByteView(start));
-    }
-    return result;
-}
-
-Engine MakeQuickEngine(FileSystemKind kind)
+Engine MakeQuickEngine(FileSystemKind kind, const Log& log)
 {
     switch (kind) {
     case FileSystemKind::Fat:
-        return std::make_unique<CFastFatRecovery>();
+        return std::make_unique<CFastFatRecovery>(log);
     case FileSystemKind::Ntfs:
-        return std::make_unique<CFastNtfsRecovery>();
+        return std::make_unique<CFastNtfsRecovery>(log);
     case FileSystemKind::Ext:
         return std::make_unique<CFastExtRecovery>();
     case FileSystemKind::Unknown:
@@ -40,35 +29,60 @@ Engine MakeQuickEngine(FileSystemKind kind)
     return nullptr;
 }
 
-FastEngineMaker QuickEngines(ScanDepth depth)
+FastEngineMaker QuickEngines(ScanDepth depth, const Log& log)
 {
     if (depth == ScanDepth::Whole) {
         return {};
     }
-    return {[](const std::filesystem::path& path, char16_t letter) {
-                return RecoveryEngineFactory::Instance().MakeEngineForImage(path, letter,
-                                                                            ScanDepth::Quick);
-            },
-            [](std::uint32_t diskNumber, std::uint64_t startLba, std::uint64_t sectorCount,
-               char16_t letter) {
-                return RecoveryEngineFactory::Instance().MakeEngineForPartition(
-                    diskNumber, startLba, sectorCount, letter, ScanDepth::Quick);
-            }};
+    return [log](const std::shared_ptr<ScanSource>& source, char16_t letter) {
+        return RecoveryEngineFactory(log).MakeEngine(source, letter, ScanDepth::Quick);
+    };
 }
 
 // A deep scan works on any target, a quick one where the file system is known.
-Engine MakeEngine(FileSystemKind kind, ScanDepth depth)
+Engine MakeEngineOf(FileSystemKind kind, ScanDepth depth, const Log& log)
 {
-    return depth == ScanDepth::Quick ? MakeQuickEngine(kind)
-                                     : std::make_unique<CProfessionalRecovery>(QuickEngines(depth));
+    return depth == ScanDepth::Quick
+               ? MakeQuickEngine(kind, log)
+               : std::make_unique<CProfessionalRecovery>(log, QuickEngines(depth, log));
+}
+
+// Null, and why, for a target that could not be opened.
+std::unique_ptr<IFileRecoveryParse> NotOpened(ResultCode why, ResultCode* outWhy)
+{
+    if (outWhy != nullptr) {
+        *outWhy = why;
+    }
+    return nullptr;
 }
 
 }  // namespace
 
-RecoveryEngineFactory& RecoveryEngineFactory::Instance()
+RecoveryEngineFactory::RecoveryEngineFactory(std::shared_ptr<ScanLogDirectory> log)
+    : m_log(std::move(log))
 {
-    static RecoveryEngineFactory factory;
-    return factory;
+}
+
+std::unique_ptr<IFileRecoveryParse>
+RecoveryEngineFactory::MakeEngine(const std::shared_ptr<ScanSource>& source,
+                                  char16_t driveLetter,
+                                  ScanDepth depth,
+                                  ResultCode* outWhy) const
+{
+    std::vector<std::uint8_t> start(RecognitionBytes);
+    const ResultCode why = source->ReadStart(start.data(), start.size());
+    if (why != ResultSuccess) {
+        return NotOpened(why, outWhy);
+    }
+    if (outWhy != nullptr) {
+        *outWhy = ResultSuccess;
+    }
+    Engine engine = MakeEngineOf(RecogniseFileSystem(ByteView(start)), depth, m_log);
+    if (engine != nullptr) {
+        // An engine that could not be opened finds nothing, and says so when it scans.
+        (void)engine->Open(source, driveLetter);
+    }
+    return engine;
 }
 
 std::unique_ptr<IFileRecoveryParse>
@@ -77,49 +91,22 @@ RecoveryEngineFactory::MakeEngineForPartition(std::uint32_t diskNumber,
                                               std::uint64_t sectorCount,
                                               char16_t driveLetter,
                                               ScanDepth depth,
-                                              ResultCode* outWhy)
+                                              ResultCode* outWhy) const
 {
-    OpenedSource source;
-    FileSystemKind kind = FileSystemKind::Unknown;
-    ResultCode why = OpenDriveSource(diskNumber, source);
-    if (why == ResultSuccess) {
-        why = RecogniseAt(source, startLba, &kind);
-    }
-    if (outWhy != nullptr) {
-        *outWhy = why;
-    }
-    Engine engine;
-    if (why == ResultSuccess) {
-        engine = MakeEngine(kind, depth);
-    }
-    if (engine != nullptr) {
-        // An engine that could not be opened finds nothing, and says so when it scans.
-        (void)engine->OpenPartition(diskNumber, startLba, sectorCount, driveLetter);
-    }
-    return engine;
+    std::shared_ptr<ScanSource> source;
+    const ResultCode why = ScanSource::OpenDriveRange(diskNumber, startLba, sectorCount, &source);
+    return why == ResultSuccess ? MakeEngine(source, driveLetter, depth, outWhy)
+                                : NotOpened(why, outWhy);
 }
 
 std::unique_ptr<IFileRecoveryParse>
 RecoveryEngineFactory::MakeEngineForImage(const std::filesystem::path& filePath,
                                           char16_t driveLetter,
                                           ScanDepth depth,
-                                          ResultCode* outWhy)
+                                          ResultCode* outWhy) const
 {
-    OpenedSource source;
-    FileSystemKind kind = FileSystemKind::Unknown;
-    ResultCode why = OpenImageSource(filePath, source);
-    if (why == ResultSuccess) {
-        why = RecogniseAt(source, 0, &kind);
-    }
-    if (outWhy != nullptr) {
-        *outWhy = why;
-    }
-    Engine engine;
-    if (why == ResultSuccess) {
-        engine = MakeEngine(kind, depth);
-    }
-    if (engine != nullptr) {
-        (void)engine->OpenImageFile(filePath, driveLetter);  // as above
-    }
-    return engine;
+    std::shared_ptr<ScanSource> source;
+    const ResultCode why = ScanSource::OpenImage(filePath, &source);
+    return why == ResultSuccess ? MakeEngine(source, driveLetter, depth, outWhy)
+                                : NotOpened(why, outWhy);
 }

@@ -2,36 +2,39 @@
 #pragma once
 
 #include "recovery/FileRecoveryParse.h"
+#include "recovery/ScanDepth.h"
+#include "recovery/ScanLogDirectory.h"
+#include "storage/ScanSource.h"
 
 #include <cstdint>
 #include <filesystem>
 #include <memory>
 
-// How thoroughly a target is searched.
-enum class ScanDepth
-{
-    Quick,  // what the file system still knows
-    Deep,   // that, then one pass over the sectors that the file system does not use
-    Whole   // one pass over all sectors, whatever the file system says
-};
-
-// One object for the process, made on first use, not locked: one worker thread at a time calls it.
+// Any thread may call it. The engines keep the log that it was given.
 class RecoveryEngineFactory
 {
 public:
-    static RecoveryEngineFactory& Instance();
+    explicit RecoveryEngineFactory(std::shared_ptr<ScanLogDirectory> log);
 
     // An opened engine, or null: the target cannot be opened, its first 16384 bytes cannot be read whole, or a quick
     // engine is asked for and the file system is not known. outWhy, when given, tells which: the read's result
     // code, or 0 in the last case.
+    std::unique_ptr<IFileRecoveryParse> MakeEngine(const std::shared_ptr<ScanSource>& source,
+                                                   char16_t driveLetter,
+                                                   ScanDepth depth,
+                                                   ResultCode* outWhy = nullptr) const;
+    // The same over a source that they open.
     std::unique_ptr<IFileRecoveryParse> MakeEngineForPartition(std::uint32_t diskNumber,
                                                                std::uint64_t startLba,
                                                                std::uint64_t sectorCount,
                                                                char16_t driveLetter,
                                                                ScanDepth depth,
-                                                               ResultCode* outWhy = nullptr);
+                                                               ResultCode* outWhy = nullptr) const;
     std::unique_ptr<IFileRecoveryParse> MakeEngineForImage(const std::filesystem::path& filePath,
                                                            char16_t driveLetter,
                                                            ScanDepth depth,
-                                                           ResultCode* outWhy = nullptr);
+                                                           ResultCode* outWhy = nullptr) const;
+
+private:
+    std::shared_ptr<ScanLogDirectory> m_log;
 };

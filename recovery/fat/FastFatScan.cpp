@@ -33,13 +33,6 @@ struct Ticker
 
 }  // namespace
 
-ResultCode CFastFatRecovery::Report(std::int32_t progress, std::int32_t secondsLeft) const
-{
-    return m_scanCallback != nullptr ? m_scanCallback(m_callbackContext, progress, m_progressRange,
-                                                      secondsLeft, 0, 0, 0, 0)
-                                     : ResultSuccess;
-}
-
 ResultCode CFastFatRecovery::Scan(const std::string* logName)
 {
     m_folderMap.clear();
@@ -47,16 +40,15 @@ ResultCode CFastFatRecovery::Scan(const std::string* logName)
     m_chainList.clear();
     m_chained.clear();
     ++m_folderMapVersion;
-    m_store = std::make_unique<ScanRecordStore>();
-    m_store->SetSearchCallback(m_searchCallback, m_searchContext);
     if (logName != nullptr) {
-        (void)m_store->OpenStore(*logName);  // a store that is gone has nothing to show
+        (void)MakeStore(*logName);  // a store that is gone has nothing to show
         return ResultSuccess;
     }
-    (void)m_store->OpenStore(
+    UseLogFolder();
+    (void)MakeStore(
         ScanRecordStore::MakeName("Fast_", m_startLba));  // the search tells that nothing was kept
     const ResultCode result = WalkAndRecord();
-    (void)m_store->FlushStore();  // what could not be written is not found
+    FlushStore();
     return result;
 }
 

@@ -161,15 +161,19 @@ std::uint32_t FatTable::NextCluster(std::uint32_t cluster)
     return m_isFat32 ? entry : entry & 0xFFFF;
 }
 
-void FatTable::ForEachUsedEntry(
+ResultCode FatTable::ForEachUsedEntry(
     std::uint64_t first,
     std::uint64_t limit,
+    const WorkReport& report,
     const std::function<bool(std::uint32_t cluster, std::uint32_t entry)>& visit)
 {
     // Offsets are 32-bit, so that clusters behind this many come round to the table's start.
     const std::uint64_t round = (std::uint64_t{1} << 32) / EntryBytes();
     const std::uint32_t step = EntryBytes();
     for (std::uint64_t cluster = first; cluster < limit;) {
+        if (const ResultCode answer = report()) {
+            return answer;
+        }
         const std::uint32_t offset = OffsetOf(static_cast<std::uint32_t>(cluster));
         ByteView bytes;
         const ResultCode result = BytesAt(offset, &bytes);
@@ -185,9 +189,10 @@ void FatTable::ForEachUsedEntry(
         for (std::uint64_t i = 0; result == ResultSuccess && i < count; ++i) {
             const std::uint32_t entry = EntryIn(bytes, i * step);
             if (entry != 0 && !visit(static_cast<std::uint32_t>(cluster + i), entry)) {
-                return;
+                return ResultSuccess;
             }
         }
         cluster += count;
     }
+    return ResultSuccess;
 }

@@ -1,6 +1,7 @@
 // Entries of the first FAT, read through a window of 16 MiB that moves, and the cluster that follows a cluster.
 #pragma once
 
+#include "recovery/WorkReport.h"
 #include "recovery/fat/FatGeometry.h"
 #include "storage/SectorSource.h"
 
@@ -31,9 +32,11 @@ public:
 
     // Calls visit(cluster, entry) for the non-zero entries of clusters from first to below limit that can be read,
     // in order, until it returns false. Same entries as ReadFatEntry gives one by one, but in time of what is there.
-    void
+    // 0, or what report answered.
+    ResultCode
     ForEachUsedEntry(std::uint64_t first,
                      std::uint64_t limit,
+                     const WorkReport& report,
                      const std::function<bool(std::uint32_t cluster, std::uint32_t entry)>& visit);
 
 private:

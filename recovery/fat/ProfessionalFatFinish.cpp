@@ -65,10 +65,12 @@ void CProfessionalFatRecovery::RecordLostFolder(std::uint32_t cluster, const Fol
                         record.NameText());
 }
 
-void CProfessionalFatRecovery::FinishAnalysis()
+ResultCode CProfessionalFatRecovery::RecordFolders(const WorkReport& report)
 {
-    ResolveStoredSectors();
     for (const auto& [cluster, reference] : m_referencedFolders) {
+        if (const ResultCode answer = report()) {
+            return answer;
+        }
         const auto known = m_folders.find(cluster);
         if (known != m_folders.end()) {
             RecordKnownFolder(known->second);
@@ -80,10 +82,32 @@ void CProfessionalFatRecovery::FinishAnalysis()
     m_folders.clear();
     m_settled.clear();
     m_settledClusters.clear();
-    PlacePendingFiles();
-    m_pendingFiles.PlaceRest(
-        [this](std::uint64_t lba) { return m_volumes.FindNearest(lba); },
-        [this](const FileRecord& file, const FatVolume& volume) { StoreFile(file, volume); });
+    return ResultSuccess;
+}
+
+// A list that is being placed cannot be left: behind an answer that ends the work its files are passed over.
+ResultCode CProfessionalFatRecovery::PlaceLastFiles(const WorkReport& report)
+{
+    ResultCode answer = ResultSuccess;
+    const auto place = [&](const FileRecord& file, const FatVolume& volume) {
+        answer = answer != ResultSuccess ? answer : report();
+        if (answer == ResultSuccess) {
+            StoreFile(file, volume);
+        }
+    };
+    m_pendingFiles.PlaceExact(m_volumes, place);
+    m_pendingFiles.PlaceRest([this](std::uint64_t lba) { return m_volumes.FindNearest(lba); },
+                             place);
     m_pendingFiles.Clear();
     m_nameCarries.Clear();
+    return answer;
+}
+
+ResultCode CProfessionalFatRecovery::FinishAnalysis(const WorkReport& report)
+{
+    ResultCode result = ResolveStoredSectors(report);
+    if (result == ResultSuccess) {
+        result = RecordFolders(report);
+    }
+    return result == ResultSuccess ? PlaceLastFiles(report) : result;
 }

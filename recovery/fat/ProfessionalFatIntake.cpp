@@ -3,7 +3,6 @@
 #include "recovery/FileSystemRecognition.h"
 #include "recovery/fat/FatGeometry.h"
 #include "recovery/fat/ProfessionalFatRecovery.h"
-#include "storage/ByteReader.h"
 
 #include <array>
 
@@ -22,15 +21,11 @@ std::vector<std::uint8_t> Joined(const std::vector<std::uint8_t>& front, ByteVie
 
 ResultCode CProfessionalFatRecovery::PrepareVolume()
 {
-    OpenedSource opened;
-    ResultCode result = m_imagePath.empty() ? OpenDriveSource(m_diskNumber, opened)
-                                            : OpenImageSource(m_imagePath, opened);
-    std::array<std::uint8_t, BootBytes> bytes = {};
-    if (result == ResultSuccess) {
-        const std::uint64_t position = m_startLba * static_cast<std::uint64_t>(m_bytesPerSector);
-        result = ReadWhole(*opened.reader, position, bytes.data(), BootBytes);
+    if (m_scanSource == nullptr) {
+        return ResultInvalidHandle;
     }
-    if (result != ResultSuccess) {
+    std::array<std::uint8_t, BootBytes> bytes = {};
+    if (const ResultCode result = m_scanSource->ReadStart(bytes.data(), BootBytes)) {
         return result;
     }
     FatGeometry geometry;
@@ -123,10 +118,13 @@ void CProfessionalFatRecovery::PlaceSectorByAlignment(ByteView sector, std::uint
     ParseWithContinuations(sector, m_lastPlaced);
 }
 
-void CProfessionalFatRecovery::ResolveStoredSectors()
+ResultCode CProfessionalFatRecovery::ResolveStoredSectors(const WorkReport& report)
 {
     m_lastResolved = {};
     for (const auto& [lba, stored] : m_storedSectors.Sectors()) {
+        if (const ResultCode answer = report()) {
+            return answer;
+        }
         if (stored.Used) {
             continue;
         }
@@ -138,6 +136,7 @@ void CProfessionalFatRecovery::ResolveStoredSectors()
         }
     }
     m_storedSectors.Clear();
+    return ResultSuccess;
 }
 
 // Without any volume the sector is given up.

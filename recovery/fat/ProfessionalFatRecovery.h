@@ -2,8 +2,8 @@
 // partition table may be gone. Live and deleted entries are treated alike.
 #pragma once
 
-#include "recovery/FileRecoveryParse.h"
-#include "recovery/ScanRecordStore.h"
+#include "recovery/StoreEngine.h"
+#include "recovery/WorkReport.h"
 #include "recovery/fat/DirectorySamples.h"
 #include "recovery/fat/FatEntryNames.h"
 #include "recovery/fat/FatVolume.h"
@@ -12,7 +12,6 @@
 #include "recovery/fat/NameCarries.h"
 #include "recovery/fat/PendingFiles.h"
 #include "recovery/fat/StoredSectors.h"
-#include "storage/SectorSource.h"
 
 #include <cstdint>
 #include <map>
@@ -22,18 +21,12 @@
 
 // OpenRecordStore, PrepareVolume, any number of AddDirectoryStart and AddDirectorySector in ascending LBA,
 // FinishAnalysis once; then only the store counts. One thread at a time, that of the deep pass.
-class CProfessionalFatRecovery : public IFileRecoveryParse
+class CProfessionalFatRecovery : public CStoreEngine
 {
 public:
-    ResultCode OpenImageFile(const std::filesystem::path& filePath, char16_t driveLetter) override;
-    ResultCode OpenPartition(std::uint32_t diskNumber,
-                             std::uint64_t startLba,
-                             std::uint64_t sectorCount,
-                             char16_t driveLetter) override;
-    ResultCode SetCallbacks(ProgressCallback scanCallback,
-                            FileProgressCallback fileCallback,
-                            void* context,
-                            std::int32_t progressRange) override;
+    using CStoreEngine::CStoreEngine;
+
+    ResultCode Open(std::shared_ptr<ScanSource> source, char16_t driveLetter) override;
 
     // Empties what an earlier pass left and opens the store of that name, or a new one for an empty name.
     [[nodiscard]] ResultCode OpenRecordStore(std::string_view logName);
@@ -43,36 +36,18 @@ public:
     void AddDirectoryStart(ByteView sector, std::uint64_t lba);
     // Any other directory sector.
     void AddDirectorySector(ByteView sector, std::uint64_t lba);
-    // The end of the pass: gives a place to everything that has none, and records the folders that files need.
-    void FinishAnalysis();
-    // Writes out what the store holds in memory, before a position is saved that counts on it.
-    void FlushStore();
+    // The end of the pass: gives a place to everything that has none, and records the folders that files need. Asked
+    // between any two of them, report ends it when it answers other than 0, which is returned.
+    ResultCode FinishAnalysis(const WorkReport& report);
 
-    // The deep pass drives this engine: 0.
-    ResultCode Scan(const std::string* logName) override;
-    ResultCode ListChildren(const FileRecord* parentRecord,
-                            std::uint32_t depth,
-                            FileRecordList& outRecords) override;
-    ResultCode CountChildren(const FileRecord* parentRecord,
-                             std::uint32_t depth,
-                             std::uint32_t& outCount) override;
-    std::uint64_t GetRecordCount() const override;
-    ResultCode GetRecordPath(const FileRecord* record, std::string& outPath) override;
+protected:
+    bool IsOpen() const override { return m_isOpen; }
+    ResultCode KeyOf(const FileRecord* parentRecord,
+                     std::uint32_t depth,
+                     KeyUse use,
+                     std::optional<std::uint64_t>* outKey) const override;
     // A file's clusters are taken to follow one another.
-    ResultCode RestoreRecord(const FileRecord* record,
-                             const std::filesystem::path& destPath,
-                             std::uint32_t baseDepth) override;
-    std::int32_t NextFreeRange(std::uint64_t& inOutSector, std::uint64_t& outLength) override;
-    ResultCode SetSearchCallback(SearchProgressCallback callback, void* context) override;
-    std::int32_t SearchRecords(std::string_view extensionPattern,
-                               FileRecordList& outRecords) override;
-    ResultCode BuildUsedClusterMap() override;
-    ResultCode ReadRecordData(const FileRecord* record,
-                              std::filesystem::path& tempPathInOut,
-                              std::uint8_t* buffer,
-                              std::uint32_t& inOutSize,
-                              PreviewProgressCallback progressFn,
-                              void* context) override;
+    std::unique_ptr<IRecordReader> MakeReader(const FileRecord& record) override;
 
 private:
     // Which directory a buffer belongs to, and where. An unknown volume has no cluster size.
@@ -105,13 +80,12 @@ private:
         std::uint8_t checksum = 0;  // of the last piece
     };
 
-    [[nodiscard]] ResultCode OpenAt(const OpenedSource& opened);
     // ProfessionalFatIntake.cpp
     void ParseAt(ByteView buffer, const DirectoryPlace& place);
     void ParseWithContinuations(ByteView buffer, DirectoryPlace place);
     void PlaceSectorByAlignment(ByteView sector, std::uint64_t lba);
     void ParseCarried(const NameCarry& carry, ByteView sector);
-    void ResolveStoredSectors();
+    ResultCode ResolveStoredSectors(const WorkReport& report);
     void ResolveByVolume(ByteView sector, std::uint64_t lba);
     // ProfessionalFatTree.cpp
     NameCarry ParseDirectory(ByteView buffer, const DirectoryPlace& place);
@@ -131,18 +105,15 @@ private:
     // ProfessionalFatFinish.cpp
     void StoreFile(const FileRecord& file, const FatVolume& volume);
     void PlacePendingFiles();
+    ResultCode RecordFolders(const WorkReport& report);
+    ResultCode PlaceLastFiles(const WorkReport& report);
     void RecordKnownFolder(const FolderNode& node);
     void RecordLostFolder(std::uint32_t cluster, const FolderRef& reference);
 
     bool m_isOpen = false;
-    std::uint32_t m_diskNumber = 0;
-    std::filesystem::path m_imagePath;  // empty for a drive
     std::uint64_t m_startLba = 0;
     std::uint64_t m_sectorCount = 0;
-    char16_t m_driveLetter = 0;
     std::int32_t m_bytesPerSector = 512;
-    SectorSource m_source;
-    std::unique_ptr<ScanRecordStore> m_store;
     std::uint32_t m_rootCluster = 2;  // of the boot volume; 0 on FAT12 and FAT16
 
     FatVolumeList m_volumes;
@@ -161,9 +132,4 @@ private:
     // start that it comes with.
     std::set<std::pair<std::uint32_t, std::uint64_t>> m_settled;
     std::set<std::uint32_t> m_settledClusters;
-
-    FileProgressCallback m_fileCallback = nullptr;
-    void* m_callbackContext = nullptr;
-    SearchProgressCallback m_searchCallback = nullptr;
-    void* m_searchContext = nullptr;
 };

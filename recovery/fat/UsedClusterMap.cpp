@@ -16,9 +16,10 @@ void UsedClusterMap::Mark(std::uint64_t bit)
     }
 }
 
-void UsedClusterMap::Build(FatTable& table,
-                           const FatGeometry& geometry,
-                           std::uint64_t partitionSectors)
+ResultCode UsedClusterMap::Build(FatTable& table,
+                                 const FatGeometry& geometry,
+                                 std::uint64_t partitionSectors,
+                                 const WorkReport& report)
 {
     m_sectorCount = partitionSectors;
     m_dataStart = geometry.dataStart;
@@ -33,19 +34,20 @@ void UsedClusterMap::Build(FatTable& table,
     m_mapBits = mapBytes * 8;
     m_keptBits = std::min(m_mapBits, m_sectorCount / m_sectorsPerCluster + 1);
     m_words.assign((m_keptBits + WordBits - 1) / WordBits, 0);
-    table.ForEachUsedEntry(2, clusters, [&](std::uint32_t cluster, std::uint32_t entry) {
-        Mark(std::uint64_t{cluster} - 2);
-        if (table.IsEndMark(entry)) {
+    return table.ForEachUsedEntry(
+        2, clusters, report, [&](std::uint32_t cluster, std::uint32_t entry) {
+            Mark(std::uint64_t{cluster} - 2);
+            if (table.IsEndMark(entry)) {
+                return true;
+            }
+            const std::uint32_t pointer = geometry.isFat32 ? entry : entry & 0xFFFF;
+            const std::uint32_t bit = pointer - 2;
+            if ((bit >> 3) >= mapBytes) {
+                return false;
+            }
+            Mark(bit);
             return true;
-        }
-        const std::uint32_t pointer = geometry.isFat32 ? entry : entry & 0xFFFF;
-        const std::uint32_t bit = pointer - 2;
-        if ((bit >> 3) >= mapBytes) {
-            return false;
-        }
-        Mark(bit);
-        return true;
-    });
+        });
 }
 
 std::uint64_t UsedClusterMap::FindBit(std::uint64_t from, bool marked) const

@@ -11,8 +11,12 @@
 class UsedClusterMap
 {
 public:
-    // Walks the table. An entry that points outside the map stops the walk: all behind it counts as free.
-    void Build(FatTable& table, const FatGeometry& geometry, std::uint64_t partitionSectors);
+    // Walks the table. An entry that points outside the map stops the walk: all behind it counts as free. 0, or what
+    // report answered.
+    [[nodiscard]] ResultCode Build(FatTable& table,
+                                   const FatGeometry& geometry,
+                                   std::uint64_t partitionSectors,
+                                   const WorkReport& report);
 
     // Moves inOutSector, relative to the partition start, to the next free cluster and measures the free stretch from
     // there; length 0 when there is none. dataStart is taken off a position that is not 0 and added to every answer,
@@ -21,7 +25,6 @@ public:
 
 private:
     void Mark(std::uint64_t bit);
-    bool IsMarked(std::uint64_t bit) const;
     // The first bit from here on that is (or is not) marked; the map's end when there is none.
     std::uint64_t FindBit(std::uint64_t from, bool marked) const;
 

@@ -2,15 +2,12 @@
 // marked deleted, and the folders above those files. A volume whose table is gone yields nothing here.
 #pragma once
 
-#include "recovery/FileRecoveryParse.h"
-#include "recovery/ScanRecordStore.h"
+#include "recovery/StoreEngine.h"
 #include "recovery/ntfs/NtfsAncestors.h"
 #include "recovery/ntfs/NtfsClusterMap.h"
 #include "recovery/ntfs/NtfsFileNames.h"
 #include "recovery/ntfs/NtfsReaders.h"
-#include "recovery/ntfs/NtfsRunCopy.h"
 #include "recovery/ntfs/NtfsVolume.h"
-#include "storage/SectorSource.h"
 
 #include <cstdint>
 #include <memory>
@@ -19,44 +16,29 @@
 #include <vector>
 
 // Also the deep pass's first stage, which takes the free ranges from it.
-class CFastNtfsRecovery : public IFileRecoveryParse
+class CFastNtfsRecovery : public CStoreEngine
 {
 public:
-    ResultCode OpenImageFile(const std::filesystem::path& filePath, char16_t driveLetter) override;
-    ResultCode OpenPartition(std::uint32_t diskNumber,
-                             std::uint64_t startLba,
-                             std::uint64_t sectorCount,
-                             char16_t driveLetter) override;
-    ResultCode SetCallbacks(ProgressCallback scanCallback,
-                            FileProgressCallback fileCallback,
-                            void* context,
-                            std::int32_t progressRange) override;
+    using CStoreEngine::CStoreEngine;
+
+    // Fails where no NTFS boot sector stands, and the engine stays closed.
+    ResultCode Open(std::shared_ptr<ScanSource> source, char16_t driveLetter) override;
     ResultCode Scan(const std::string* logName) override;
-    ResultCode ListChildren(const FileRecord* parentRecord,
-                            std::uint32_t depth,
-                            FileRecordList& outRecords) override;
-    ResultCode CountChildren(const FileRecord* parentRecord,
-                             std::uint32_t depth,
-                             std::uint32_t& outCount) override;
-    std::uint64_t GetRecordCount() const override;
-    ResultCode GetRecordPath(const FileRecord* record, std::string& outPath) override;
-    ResultCode RestoreRecord(const FileRecord* record,
-                             const std::filesystem::path& destPath,
-                             std::uint32_t baseDepth) override;
     std::int32_t NextFreeRange(std::uint64_t& inOutSector, std::uint64_t& outLength) override;
+    // 0 without a store too.
     ResultCode SetSearchCallback(SearchProgressCallback callback, void* context) override;
-    std::int32_t SearchRecords(std::string_view extensionPattern,
-                               FileRecordList& outRecords) override;
     ResultCode BuildUsedClusterMap() override;
-    ResultCode ReadRecordData(const FileRecord* record,
-                              std::filesystem::path& tempPathInOut,
-                              std::uint8_t* buffer,
-                              std::uint32_t& inOutSize,
-                              PreviewProgressCallback progressFn,
-                              void* context) override;
 
     // The sector of a record's first data; none when its record tells of no runs.
     std::optional<std::uint64_t> FirstDataSector(const FileRecord& record);
+
+protected:
+    bool IsOpen() const override { return m_isOpen; }
+    ResultCode KeyOf(const FileRecord* parentRecord,
+                     std::uint32_t depth,
+                     KeyUse use,
+                     std::optional<std::uint64_t>* outKey) const override;
+    std::unique_ptr<IRecordReader> MakeReader(const FileRecord& record) override;
 
 private:
     // A record being looked at: the bytes from its start to the end of the buffer that it was read into.
@@ -69,18 +51,11 @@ private:
     };
     struct ScanClock;
 
-    [[nodiscard]] ResultCode ReadBoot(const OpenedSource& opened, std::uint64_t startLba);
-    void FinishOpen();
-    [[nodiscard]] ResultCode
-    KeyOf(const FileRecord* parentRecord, std::uint32_t depth, std::uint64_t* outKey) const;
-    NtfsDataReader DataReader();
-
     // FastNtfsScan.cpp
     [[nodiscard]] ResultCode ScanMft();
     [[nodiscard]] ResultCode ScanRun(const NtfsRun& run, std::uint64_t lba, ScanClock& clock);
     [[nodiscard]] ResultCode ScanMftChunk(std::uint64_t firstSector, std::uint64_t sectors);
     void ScanFolders();
-    ResultCode Report(std::int32_t progress, std::int32_t secondsLeft) const;
     ResultCode ProcessRecord(const RecordInHand& inHand);
     bool TakeFileName(const RecordInHand& inHand, ByteView attribute, FileRecord*& current);
     FileRecord& MakeRecord(const RecordInHand& inHand, ByteView attribute);
@@ -90,17 +65,8 @@ private:
     NtfsVolume m_volume;
     NtfsRecordOrigin m_origin;
     bool m_isOpen = false;
-    SectorSource m_source;
     NtfsReaders m_readers{m_source, m_volume};
     NtfsAncestors m_ancestors{m_readers};
     NtfsClusterMap m_usedClusters;
     std::vector<std::uint8_t> m_chunkBuffer;
-    std::unique_ptr<ScanRecordStore> m_store;
-
-    std::int32_t m_progressRange = 100;
-    ProgressCallback m_scanCallback = nullptr;
-    FileProgressCallback m_fileCallback = nullptr;
-    void* m_callbackContext = nullptr;
-    SearchProgressCallback m_searchCallback = nullptr;
-    void* m_searchContext = nullptr;
 };

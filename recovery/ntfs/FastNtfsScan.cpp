@@ -40,23 +40,15 @@ struct CFastNtfsRecovery::ScanClock
 ResultCode CFastNtfsRecovery::Scan(const std::string* logName)
 {
     m_ancestors.Clear();
-    m_store = std::make_unique<ScanRecordStore>();
-    m_store->SetSearchCallback(m_searchCallback, m_searchContext);
     if (logName != nullptr) {
-        return m_store->OpenStore(*logName);
+        return MakeStore(*logName);
     }
+    UseLogFolder();
     // The search tells that nothing was kept.
-    (void)m_store->OpenStore(ScanRecordStore::MakeName("Fast_", m_volume.PartitionStart));
+    (void)MakeStore(ScanRecordStore::MakeName("Fast_", m_volume.PartitionStart));
     const ResultCode result = ScanMft();
-    (void)m_store->FlushStore();  // what could not be written is not found
+    FlushStore();
     return result;
-}
-
-ResultCode CFastNtfsRecovery::Report(std::int32_t progress, std::int32_t secondsLeft) const
-{
-    return m_scanCallback != nullptr ? m_scanCallback(m_callbackContext, progress, m_progressRange,
-                                                      secondsLeft, 0, 0, 0, 0)
-                                     : ResultSuccess;
 }
 
 ResultCode CFastNtfsRecovery::ScanMft()

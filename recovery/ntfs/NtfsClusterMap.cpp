@@ -10,14 +10,15 @@ namespace {
 
 constexpr std::uint64_t WordBits = 64;
 constexpr std::uint64_t WordBytes = 8;
-constexpr std::uint64_t ImageSectorSize = 512;
 // The format counts clusters in 32 bits.
 constexpr std::uint64_t LargestBitmap = std::uint64_t{1} << 29;
 
 }  // namespace
 
-ResultCode
-NtfsClusterMap::Build(NtfsReaders& readers, const NtfsVolume& volume, SectorSource& source)
+ResultCode NtfsClusterMap::Build(NtfsReaders& readers,
+                                 const NtfsVolume& volume,
+                                 SectorSource& source,
+                                 const WorkReport& report)
 {
     const std::uint64_t record = readers.RecordNumberToSector(BitmapRecordNumber);
     RunList runs;
@@ -39,12 +40,14 @@ NtfsClusterMap::Build(NtfsReaders& readers, const NtfsVolume& volume, SectorSour
     }
     m_bitmapSize = std::min({realSize, sectors * volume.BytesPerSector, LargestBitmap});
     m_bitmap.assign((m_bitmapSize + WordBytes - 1) / WordBytes, 0);
-    Fill(runs, volume, source);
-    return ResultSuccess;
+    return Fill(runs, volume, source, report);
 }
 
 // The bytes that arrived of one run are followed by those of the next, without a gap.
-void NtfsClusterMap::Fill(const RunList& runs, const NtfsVolume& volume, SectorSource& source)
+ResultCode NtfsClusterMap::Fill(const RunList& runs,
+                                const NtfsVolume& volume,
+                                SectorSource& source,
+                                const WorkReport& report)
 {
     std::uint64_t filled = 0;
     std::uint64_t sector = volume.PartitionStart;
@@ -53,6 +56,9 @@ void NtfsClusterMap::Fill(const RunList& runs, const NtfsVolume& volume, SectorS
         NtfsRunBytes bytes(source, sector, run.Length * volume.SectorsPerCluster,
                            volume.BytesPerSector);
         while (filled < m_bitmapSize) {
+            if (const ResultCode answer = report()) {
+                return answer;
+            }
             const ByteView piece = bytes.NextPiece();
             if (piece.Empty()) {
                 break;
@@ -64,6 +70,7 @@ void NtfsClusterMap::Fill(const RunList& runs, const NtfsVolume& volume, SectorS
             filled += count;
         }
     }
+    return ResultSuccess;
 }
 
 std::uint64_t NtfsClusterMap::FindBit(std::uint64_t from, bool set) const

@@ -24,10 +24,13 @@ ResultCode CProfessionalNtfsRecovery::AddFileRecord(std::span<std::uint8_t> buff
 }
 
 // The list may grow while it is walked; new folders are reached too.
-ResultCode CProfessionalNtfsRecovery::FinishAnalysis()
+ResultCode CProfessionalNtfsRecovery::FinishAnalysis(const WorkReport& report)
 {
     ResultCode result = ResultSuccess;
     for (std::size_t i = 0; i < m_folderWorkList.size(); ++i) {
+        if (const ResultCode answer = report()) {
+            return answer;
+        }
         const FolderWork work = m_folderWorkList[i];
         const std::uint64_t lba = work.table.SectorOf(work.recordNumber, m_sectorsPerRecord);
         RecordBuffer buffer;

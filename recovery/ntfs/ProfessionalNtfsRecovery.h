@@ -2,14 +2,12 @@
 // be walked. Live and deleted files are treated alike; folders are reached from the files inside them.
 #pragma once
 
-#include "recovery/FileRecoveryParse.h"
 #include "recovery/FolderChain.h"
-#include "recovery/ScanRecordStore.h"
+#include "recovery/StoreEngine.h"
+#include "recovery/WorkReport.h"
 #include "recovery/ntfs/NtfsFileNames.h"
 #include "recovery/ntfs/NtfsLostTables.h"
 #include "recovery/ntfs/NtfsReaders.h"
-#include "storage/ByteReader.h"
-#include "storage/SectorSource.h"
 
 #include <array>
 #include <cstdint>
@@ -22,56 +20,33 @@
 
 // OpenRecordStore, any number of AddFileRecord, FinishAnalysis once; then only the store counts. One thread at a time,
 // that of the deep pass.
-class CProfessionalNtfsRecovery : public IFileRecoveryParse
+class CProfessionalNtfsRecovery : public CStoreEngine
 {
 public:
-    // The open's result is that of reading the target's first sectors.
-    ResultCode OpenImageFile(const std::filesystem::path& filePath, char16_t driveLetter) override;
-    ResultCode OpenPartition(std::uint32_t diskNumber,
-                             std::uint64_t startLba,
-                             std::uint64_t sectorCount,
-                             char16_t driveLetter) override;
-    ResultCode SetCallbacks(ProgressCallback scanCallback,
-                            FileProgressCallback fileCallback,
-                            void* context,
-                            std::int32_t progressRange) override;
+    using CStoreEngine::CStoreEngine;
+
+    // The result is that of reading the target's first sectors.
+    ResultCode Open(std::shared_ptr<ScanSource> source, char16_t driveLetter) override;
 
     // Opens the store of that name, or a new one for an empty name.
     [[nodiscard]] ResultCode OpenRecordStore(std::string_view logName);
     // A record found at lba. It stands at the buffer's start and is repaired in place; a walk through it may stray up to
     // the buffer's end. 0, ResultNoFileRecord, or ResultInvalidParameter when its offsets are out of bounds.
     ResultCode AddFileRecord(std::span<std::uint8_t> buffer, std::uint64_t lba);
-    // The end of the pass: records the folders that files need. Ends at the first that cannot be read.
-    ResultCode FinishAnalysis();
-    // Writes out what the store holds in memory, before a position is saved that counts on it.
-    void FlushStore();
+    // The end of the pass: records the folders that files need. Ends at the first that cannot be read, or when report,
+    // asked before each, answers other than 0.
+    ResultCode FinishAnalysis(const WorkReport& report);
     // The sector of a record's first data; none when its record tells of no runs.
     std::optional<std::uint64_t> FirstDataSector(const FileRecord& record);
 
-    // The deep pass drives this engine: 0.
-    ResultCode Scan(const std::string* logName) override;
-    ResultCode ListChildren(const FileRecord* parentRecord,
-                            std::uint32_t depth,
-                            FileRecordList& outRecords) override;
-    ResultCode CountChildren(const FileRecord* parentRecord,
-                             std::uint32_t depth,
-                             std::uint32_t& outCount) override;
-    std::uint64_t GetRecordCount() const override;
-    ResultCode GetRecordPath(const FileRecord* record, std::string& outPath) override;
-    ResultCode RestoreRecord(const FileRecord* record,
-                             const std::filesystem::path& destPath,
-                             std::uint32_t baseDepth) override;
-    std::int32_t NextFreeRange(std::uint64_t& inOutSector, std::uint64_t& outLength) override;
-    ResultCode SetSearchCallback(SearchProgressCallback callback, void* context) override;
-    std::int32_t SearchRecords(std::string_view extensionPattern,
-                               FileRecordList& outRecords) override;
-    ResultCode BuildUsedClusterMap() override;
-    ResultCode ReadRecordData(const FileRecord* record,
-                              std::filesystem::path& tempPathInOut,
-                              std::uint8_t* buffer,
-                              std::uint32_t& inOutSize,
-                              PreviewProgressCallback progressFn,
-                              void* context) override;
+protected:
+    bool IsOpen() const override { return m_isOpen; }
+    // Unlike the listing, the count takes the root for a parent without a number.
+    ResultCode KeyOf(const FileRecord* parentRecord,
+                     std::uint32_t depth,
+                     KeyUse use,
+                     std::optional<std::uint64_t>* outKey) const override;
+    std::unique_ptr<IRecordReader> MakeReader(const FileRecord& record) override;
 
 private:
     // A record being taken apart.
@@ -97,14 +72,12 @@ private:
         std::uint32_t parent = 0;
     };
 
-    [[nodiscard]] ResultCode
-    OpenAt(const OpenedSource& opened, std::uint64_t startLba, std::uint64_t sectorCount);
+    [[nodiscard]] ResultCode ReadBoot();
     [[nodiscard]] ResultCode ReadRecordAt(std::uint64_t lba, RecordBuffer& outBuffer);
     [[nodiscard]] ResultCode ReadRepairedRecord(std::uint64_t lba, RecordBuffer& outBuffer);
     [[nodiscard]] ResultCode ReadRunsAt(std::uint64_t lba, RunList& outRuns);
-    [[nodiscard]] ResultCode ReadRecordRuns(const FileRecord& record, RunList& outRuns);
-    [[nodiscard]] ResultCode ReadResidentData(const FileRecord& record,
-                                              std::span<std::uint8_t> buffer);
+    [[nodiscard]] ResultCode ReadRecordRuns(std::uint64_t lba, RunList& outRuns);
+    [[nodiscard]] ResultCode ReadResidentData(std::uint64_t lba, std::span<std::uint8_t> buffer);
     // ProfessionalNtfsAnalysis.cpp
     ResultCode ProcessRecord(const RecordInHand& inHand);
     bool TakeFileName(const RecordInHand& inHand, ByteView attribute, FileRecord*& current);
@@ -123,18 +96,11 @@ private:
     std::uint32_t m_sectorsPerRecord = 2;
     std::uint32_t m_sectorsPerCluster = 8;  // the running estimate
     NtfsRecordOrigin m_origin{0, EngineKindProfessionalNtfs};
-    SectorSource m_source;
     NtfsRecordCodec m_codec;
-    std::unique_ptr<ScanRecordStore> m_store;
     NtfsLostTables m_mfts;
     std::vector<FolderWork> m_folderWorkList;  // no two with the same number, in order of first use
     std::unordered_set<std::uint32_t> m_listed;
     std::unordered_map<std::uint64_t, FolderHead> m_heads;  // by LBA
     // Depths of folders, by the table that they were looked up in.
     std::unordered_map<std::uint64_t, KnownDepths> m_depths;
-
-    FileProgressCallback m_fileCallback = nullptr;
-    void* m_callbackContext = nullptr;
-    SearchProgressCallback m_searchCallback = nullptr;
-    void* m_searchContext = nullptr;
 };

@@ -1,6 +1,5 @@
 #include "recovery/FileTypeCatalogue.h"
 #include "recovery/RestoreSupport.h"
-#include "recovery/ScanLogDirectory.h"
 #include "tests/support/Bytes.h"
 
 #include <gtest/gtest.h>
@@ -49,8 +48,8 @@ TEST(RestoreSupport, PreviewsGoToTheFileOfTheirKindAndReplaceTheOneBefore)
         EXPECT_TRUE(PreviewNeedsFile(name));
         std::filesystem::path path;
         OutputFile out;
-        ASSERT_EQ(OpenPreviewFile(name, path, out), ResultSuccess);
-        EXPECT_EQ(path, ScanLogDirectory::Instance().Root() / file);
+        ASSERT_EQ(OpenPreviewFile(data.Path(), name, path, out), ResultSuccess);
+        EXPECT_EQ(path, data.Path() / file);
         EXPECT_EQ(std::filesystem::file_size(path), 0u) << "nothing of the last preview is left";
         EXPECT_EQ(out.Write(Bytes("'bytes'").data(), 5), ResultSuccess);
     }

@@ -1,4 +1,5 @@
 #include "recovery/RelationText.h"
+#include "recovery/ScanLogDirectory.h"
 #include "tests/recovery/StoreFixture.h"
 
 namespace {
@@ -64,7 +65,7 @@ TEST_F(ScanRecordStoreTest, ReopenedItKeepsEveryFileByteForByteAndCountsAnew)
     EXPECT_EQ(AddFile("later.txt"), 1u);
     EXPECT_EQ(Search("*.txt|"), (NameList{"in.txt", "later.txt", "root.txt"}));
     FileRecordList children;
-    EXPECT_EQ(m_store->ListChildren(2, children), ResultSuccess);
+    EXPECT_EQ(ListChildren(2, children), ResultSuccess);
     EXPECT_EQ(Names(children), (NameList{"root.txt", "Folder", "Folder"}));
 }
 
@@ -90,8 +91,8 @@ TEST_F(ScanRecordStoreTest, AnEmptyScanLeavesThreeEmptyFiles)
     }
     FileRecordList records;
     std::uint32_t count = 9;
-    EXPECT_EQ(m_store->ListChildren(0, records), ResultSuccess);
-    EXPECT_EQ(m_store->CountChildren(0, count), ResultSuccess);
+    EXPECT_EQ(ListChildren(0, records), ResultSuccess);
+    EXPECT_EQ(CountChildren(0, count), ResultSuccess);
     EXPECT_EQ(count, 0u);
 }
 
@@ -99,10 +100,10 @@ TEST_F(ScanRecordStoreTest, AskingForAMissingFolderIsWrittenAndReadBackAsNumberZ
 {
     AddFile("a.txt");
     FileRecordList records;
-    EXPECT_EQ(m_store->ListChildren(77, records), ResultSuccess);
+    EXPECT_EQ(ListChildren(77, records), ResultSuccess);
     ASSERT_EQ(Reopen(), ResultSuccess);
     EXPECT_EQ(TextOf("_Relation"), " | 2 - [1] | 77 - []");
-    EXPECT_EQ(m_store->ListChildren(77, records), ResultNegativeSeek);
+    EXPECT_EQ(ListChildren(77, records), ResultNegativeSeek);
     EXPECT_TRUE(records.empty());
     ASSERT_EQ(m_store->FlushStore(), ResultSuccess);
 }
@@ -120,10 +121,10 @@ TEST_F(ScanRecordStoreTest, AStoreThatCannotBeOpenedTakesRecordsAndFindsNone)
     EXPECT_EQ(m_store->GetRecordCount(), 500u);
     ScanRecordStore neverOpened;
     (void)neverOpened.ReserveRecord();
-    FileRecordList records;
-    EXPECT_EQ(neverOpened.SearchRecords("*.txt|", records), 0);
+    ScanRecordReader reader(neverOpened);
+    EXPECT_EQ(reader.SearchRecords("*.txt|", {}, [](const FileRecord&, std::uint32_t) {}), 0);
     FileRecord found;
-    EXPECT_EQ(neverOpened.FindRecordByNode(1, found), ResultInvalidParameter);
+    EXPECT_EQ(reader.FindRecordByNode(1, found), ResultInvalidParameter);
 }
 
 TEST_F(ScanRecordStoreTest, WithoutTheFolderNamesFilesAreStillFound)
@@ -163,16 +164,17 @@ TEST(RelationText, HostileTextIsReadAsFarAsItGoes)
 TEST(ScanLogDirectory, EachNewLogHasAnEmptyFolderOfItsOwn)
 {
     const DataFolder data;
-    ScanLogDirectory& directory = ScanLogDirectory::Instance();
+    ScanLogDirectory directory;
     EXPECT_EQ(directory.Root(), data.Path() / "OrvantaLumivault/ScanLog");
     std::filesystem::create_directories(directory.Root() / "2");
     WriteFileBytes(directory.Root() / "2/left over", {});
-    directory.BeginNewLog();
-    EXPECT_EQ(directory.CurrentLogPath(), directory.Root() / "1");
-    directory.UndoLogNumber();
-    directory.BeginNewLog();
-    directory.BeginNewLog();
-    EXPECT_EQ(directory.CurrentLogPath(), directory.Root() / "2");
+    const std::filesystem::path first = directory.BeginNewLog();
+    EXPECT_EQ(first, directory.Root() / "1");
+    directory.UndoLogNumber(first);
+    EXPECT_EQ(directory.BeginNewLog(), first);
+    EXPECT_EQ(directory.BeginNewLog(), directory.Root() / "2");
+    directory.UndoLogNumber(first);
+    EXPECT_EQ(directory.BeginNewLog(), directory.Root() / "3") << "only the last one is taken back";
     EXPECT_FALSE(std::filesystem::exists(directory.Root() / "2/left over"));
 }
 

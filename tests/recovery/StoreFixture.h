@@ -1,7 +1,7 @@
 // A record store in a temporary log folder, and short ways to fill it.
 #pragma once
 
-#include "recovery/ScanLogDirectory.h"
+#include "recovery/ScanRecordReader.h"
 #include "recovery/ScanRecordStore.h"
 #include "tests/support/Bytes.h"
 
@@ -15,27 +15,42 @@
 class StoreFixture : public testing::Test
 {
 protected:
-    void SetUp() override
-    {
-        ScanLogDirectory::Instance().BeginNewLog();
-        ASSERT_EQ(Reopen(), ResultSuccess);
-    }
+    void SetUp() override { ASSERT_EQ(Reopen(), ResultSuccess); }
 
     ResultCode Reopen()
     {
+        m_reader.reset();
         m_store.reset();  // flushes
         m_store = std::make_unique<ScanRecordStore>();
-        return m_store->OpenStore("Store");
+        const ResultCode result = m_store->OpenStore(m_folder / "1", "Store");
+        m_reader = std::make_unique<ScanRecordReader>(*m_store);
+        return result;
     }
 
-    static std::filesystem::path FilePath(const std::string& suffix = "")
+    std::filesystem::path FilePath(const std::string& suffix = "") const
     {
-        return ScanLogDirectory::Instance().CurrentLogPath() / ("Store" + suffix);
+        return m_folder / "1" / ("Store" + suffix);
     }
-    static std::string TextOf(const std::string& suffix)
+    std::string TextOf(const std::string& suffix) const
     {
         const ByteVector bytes = ReadFileBytes(FilePath(suffix));
         return {bytes.begin(), bytes.end()};
+    }
+
+    // As an engine asks: what was looked up and is not there is entered.
+    ResultCode ListChildren(std::uint64_t key, FileRecordList& outRecords)
+    {
+        std::vector<std::uint64_t> missing;
+        const ResultCode result = m_reader->ListChildren(key, outRecords, missing);
+        m_store->EnterEmptyKeys(missing);
+        return result;
+    }
+    ResultCode CountChildren(std::uint64_t key, std::uint32_t& outCount)
+    {
+        std::vector<std::uint64_t> missing;
+        const ResultCode result = m_reader->CountChildren(key, outCount, missing);
+        m_store->EnterEmptyKeys(missing);
+        return result;
     }
 
     std::uint32_t AddFile(std::string_view name,
@@ -75,7 +90,12 @@ protected:
     std::vector<std::string> Search(std::string_view pattern)
     {
         FileRecordList records;
-        EXPECT_EQ(m_store->SearchRecords(pattern, records), 1);
+        (void)m_store->FlushStore();
+        EXPECT_EQ(m_reader->SearchRecords(
+                      pattern, m_progress,
+                      [&](const FileRecord& record, std::uint32_t) { records.push_back(record); }),
+                  1);
+        SortRecords(records);
         return Names(records);
     }
     std::string PathOf(std::uint32_t recordNumber)
@@ -83,10 +103,12 @@ protected:
         FileRecord record;
         record.RecordNumber = recordNumber;
         std::string path = "untouched";
-        EXPECT_EQ(m_store->GetRecordPath(&record, path), ResultSuccess);
+        EXPECT_EQ(m_reader->GetRecordPath(&record, path), ResultSuccess);
         return path;
     }
 
-    DataFolder m_data;
+    TempFolder m_folder;
     std::unique_ptr<ScanRecordStore> m_store;
+    std::unique_ptr<ScanRecordReader> m_reader;
+    ScanRecordReader::SearchProgress m_progress;
 };

@@ -27,13 +27,16 @@ TempFolder::~TempFolder()
 DataFolder::DataFolder()
 {
     SetApplicationDataFolder(m_folder.Path());
-    ScanLogDirectory::Instance().Reload();
 }
 
 DataFolder::~DataFolder()
 {
     SetApplicationDataFolder({});
-    ScanLogDirectory::Instance().Reload();
+}
+
+std::shared_ptr<ScanLogDirectory> OpenLog()
+{
+    return std::make_shared<ScanLogDirectory>();
 }
 
 ByteVector ReadFileBytes(const std::filesystem::path& path)

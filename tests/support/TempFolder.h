@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <filesystem>
+#include <memory>
 #include <span>
 #include <vector>
 
@@ -41,6 +42,10 @@ public:
 private:
     TempFolder m_folder;
 };
+
+// The log of scans in the application-data folder of now, read anew, as at a start of the program.
+class ScanLogDirectory;
+std::shared_ptr<ScanLogDirectory> OpenLog();
 
 // Both throw when the file cannot be read or written.
 ByteVector ReadFileBytes(const std::filesystem::path& path);

@@ -37,7 +37,7 @@ std::vector<CarvedFile> CarveImage::Carve(bool fresh)
     ResetCarveContext();
     const DataFolder data;  // store names of one minute are equal
     SectorSource source;
-    CFileTypeRecovery carver;
+    CFileTypeRecovery carver(OpenLog());
     EXPECT_EQ(carver.OpenImageFile(m_image.Path(), 0), ResultSuccess);
     EXPECT_EQ(source.OpenImage(m_image.Path()), ResultSuccess);
     ByteVector sector(static_cast<std::size_t>(m_sectorSize));

@@ -72,7 +72,7 @@ protected:
     TempFolder m_target;
     CarveImage m_image{400};
     ByteVector m_bytes;
-    CFileTypeRecovery m_carver;
+    CFileTypeRecovery m_carver{OpenLog()};
     Calls m_calls;
 };
 
@@ -168,8 +168,11 @@ TEST_F(FileTypeRecoveryTest, WhatCannotBeReadEndsTheCopyAndIsTold)
     EXPECT_EQ(m_calls.seen.size(), 1u);
     m_calls = {};
     FailingReader failing;
-    CFileTypeRecovery damaged;
-    ASSERT_EQ(damaged.ReopenStore("File_Type_old", 0, m_image.Path(), 512), ResultSuccess);
+    CFileTypeRecovery damaged(OpenLog());
+    std::shared_ptr<ScanSource> source;
+    ASSERT_EQ(ScanSource::OpenImage(m_image.Path(), &source), ResultSuccess);
+    damaged.SetLogFolder(m_target / "log");
+    ASSERT_EQ(damaged.ReopenStore("File_Type_old", 0, source, 512), ResultSuccess);
     failing.FailSector(150);
     record = Record("100.tif", 100, 65536);
     EXPECT_EQ(damaged.WriteCarvedFile(&record, m_target / "bad"), ResultReadFault);
@@ -198,7 +201,7 @@ TEST_F(FileTypeRecoveryTest, PreviewsGoToAFileOrToTheBuffer)
             continue;
         }
         EXPECT_EQ(size, 0u);
-        EXPECT_EQ(path, ScanLogDirectory::Instance().Root() / one.file);
+        EXPECT_EQ(path, ScanLogDirectory::DefaultRoot() / one.file);
         EXPECT_EQ(ReadFileBytes(path), Part(3, 70000));
         m_calls.answer = ResultCancelled;
         EXPECT_EQ(m_carver.ReadRecordData(&record, path, nullptr, size, OnPreview, &m_calls),

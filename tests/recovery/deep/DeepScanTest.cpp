@@ -78,7 +78,6 @@ TEST_F(DeepScanTest, AScanCancelledAnywhereAndResumedFindsTheSame)
                 ResultCancelled)
                 << reports;
         }
-        ScanLogDirectory::Instance().Reload();  // as the next start of the program does
         DeepRun run(m_image.Path());
         ASSERT_TRUE(run.Engine().HasResumableScan()) << reports;
         ASSERT_EQ(run.Scan(), ResultSuccess);
@@ -165,7 +164,7 @@ TEST_F(DeepScanTest, ReadingAheadBringsTheSameBlocksAsReadingPlainly)
 
 TEST_F(DeepScanTest, AConfigOfRandomBytesHarmsNothingOutsideTheLog)
 {
-    const std::filesystem::path root = ScanLogDirectory::Instance().Root();
+    const std::filesystem::path root = ScanLogDirectory::DefaultRoot();
     std::filesystem::create_directories(root);
     const std::filesystem::path precious = m_folder / "precious";
     std::filesystem::create_directories(precious / "7");
@@ -183,16 +182,15 @@ TEST_F(DeepScanTest, AConfigOfRandomBytesHarmsNothingOutsideTheLog)
             std::memcpy(bytes.data() + 8, &entry, sizeof entry - seed % 100);
         }
         WriteFileBytes(root / "config", bytes);
-        ScanLogDirectory& log = ScanLogDirectory::Instance();
-        log.Reload();
+        ScanLogDirectory log;
+        std::shared_ptr<ScanSource> source;
+        ASSERT_EQ(ScanSource::OpenImage(m_image.Path(), &source), ResultSuccess);
         ScanLogEntry found;
-        EXPECT_FALSE(log.FindScan({ImageDiskNumber, 0, Sectors, m_image.Path()}, found));
-        for (const ScanLogEntry& entry : std::vector<ScanLogEntry>(log.Entries())) {
+        EXPECT_FALSE(log.FindScan(*source, found));
+        for (const ScanLogEntry& entry : log.Entries()) {
             (void)log.DeleteLog(LogFolderOf(entry));
         }
-        log.BeginNewLog();
-        (void)log.SaveProgress({ImageDiskNumber, 0, Sectors, m_image.Path()}, {},
-                               log.CurrentLogPath());
+        (void)log.SaveProgress(source->Identity(), {}, log.BeginNewLog());
     }
     EXPECT_EQ(ReadFileBytes(precious / "7" / "letter"), Bytes("'dear'"));
 }
@@ -203,9 +201,8 @@ TEST_F(DeepScanTest, ASaveThatStoppedBetweenItsStepsIsFinishedAtTheNextStart)
         DeepRun run(m_image.Path());
         ASSERT_EQ(run.Scan(), ResultSuccess);
     }
-    const std::filesystem::path root = ScanLogDirectory::Instance().Root();
+    const std::filesystem::path root = ScanLogDirectory::DefaultRoot();
     std::filesystem::rename(root / "config", root / "config.tmp");
-    ScanLogDirectory::Instance().Reload();
     EXPECT_TRUE(DeepRun(m_image.Path()).Engine().HasResumableScan());
 }
 
@@ -219,7 +216,7 @@ TEST_F(DeepScanTest, ADriveIsGoneOnWithOnlyWhileItIsTheSameAndUnchanged)
     const std::filesystem::path disk = m_folder / "card";
     const std::uint32_t number = DriveRegistry::Instance().NumberOf(disk);
     const auto open = [&] {
-        auto engine = RecoveryEngineFactory::Instance().MakeEngineForPartition(
+        auto engine = RecoveryEngineFactory(OpenLog()).MakeEngineForPartition(
             number, 0, options.volumeBytes / 512, 1, ScanDepth::Deep);
         return std::unique_ptr<CProfessionalRecovery>(
             dynamic_cast<CProfessionalRecovery*>(engine.release()));

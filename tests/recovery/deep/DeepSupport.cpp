@@ -6,7 +6,7 @@
 #include <stdexcept>
 
 DeepRun::DeepRun(const std::filesystem::path& image, ScanDepth depth)
-    : m_owner(RecoveryEngineFactory::Instance().MakeEngineForImage(image, 1001, depth)),
+    : m_owner(RecoveryEngineFactory(OpenLog()).MakeEngineForImage(image, 1001, depth)),
       m_engine(dynamic_cast<CProfessionalRecovery*>(m_owner.get()))
 {
     if (m_engine == nullptr) {

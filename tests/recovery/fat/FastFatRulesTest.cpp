@@ -36,7 +36,7 @@ protected:
     DataFolder m_data;
     TempFolder m_folder;
     SmallFat m_fat;
-    CFastFatRecovery m_engine;
+    CFastFatRecovery m_engine{OpenLog()};
     FileRecordList m_records;
 };
 
@@ -193,7 +193,7 @@ TEST_F(FastFatRestoreTest, AnUnreadableClusterEndsTheFileAndIsReported)
 {
     Found();
     FailingReader failing;
-    CFastFatRecovery fresh;
+    CFastFatRecovery fresh(OpenLog());
     ASSERT_EQ(fresh.OpenImageFile(m_folder / "small.img", 1001), ResultSuccess);
     failing.FailSector(SmallFat::DataSector + 10);  // the third cluster
     Calls calls;

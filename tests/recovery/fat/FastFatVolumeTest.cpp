@@ -104,7 +104,7 @@ TEST_P(FastFatVolumeTest, DeletedFilesComeBackByteForByteUnderTheirNames)
     m_card->DeleteTree("GONE");
     m_expected["!one/Inner folder/still here.jpg"] = inner;
 
-    CFastFatRecovery engine;
+    CFastFatRecovery engine(OpenLog());
     const auto restored = ScanAndRestore(engine);
     std::size_t exact = 0;
     std::string wrong;
@@ -125,7 +125,7 @@ TEST_P(FastFatVolumeTest, FreeRangesAndUsedClustersCoverTheDataArea)
     m_card->Put("one.bin", RandomBytes(100 * 1024, 1));
     m_card->Put("two.bin", RandomBytes(100 * 1024, 2));
     m_card->Delete("one.bin");
-    CFastFatRecovery engine;
+    CFastFatRecovery engine(OpenLog());
     ASSERT_EQ(engine.OpenImageFile(m_card->ImagePath(), 1001), ResultSuccess);
     ASSERT_EQ(engine.BuildUsedClusterMap(), ResultSuccess);
     const std::uint64_t sectors = GetParam().volumeBytes / 512;

@@ -72,7 +72,7 @@ TEST_F(FatTableTest, TheMapEndsAtAPointerThatLeadsNowhere)
     m_entries = {{4, 0x0FFFFFFF}, {6, 7}, {9, 1}, {12, 0x0FFFFFFF}};
     Open(Window);
     UsedClusterMap map;
-    map.Build(m_table, m_geometry, 1000);
+    ASSERT_EQ(map.Build(m_table, m_geometry, 1000, [] { return ResultSuccess; }), ResultSuccess);
     std::vector<std::pair<std::uint64_t, std::uint64_t>> ranges;
     std::uint64_t length = 0;
     for (std::uint64_t sector = 0; map.NextFreeRange(sector, length), length != 0;

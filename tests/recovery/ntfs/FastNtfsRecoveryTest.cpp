@@ -75,7 +75,7 @@ protected:
     TempFolder m_folder;
     DataFolder m_data;
     NtfsImage m_image{Sectors, Records};
-    CFastNtfsRecovery m_engine;
+    CFastNtfsRecovery m_engine{OpenLog()};
 };
 
 TEST_F(FastNtfsRecoveryTest, OnlyDeletedFilesAndTheFoldersAboveThemAreFound)
@@ -312,7 +312,7 @@ TEST_F(FastNtfsRecoveryTest, UnreadableSectorsCostTheirOwnFolder)
     ASSERT_EQ(Scan(), ResultSuccess);
     EXPECT_EQ(Paths(), "folder folder/a.txt");
     FailingReader fault;
-    CFastNtfsRecovery second;
+    CFastNtfsRecovery second(OpenLog());
     ASSERT_EQ(second.OpenImageFile(m_folder / "volume.img", u'X'), ResultSuccess);
     ASSERT_EQ(second.Scan(nullptr), ResultSuccess);
     FileRecordList found;

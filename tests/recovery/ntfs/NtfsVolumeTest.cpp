@@ -1,5 +1,6 @@
 // Volumes that a real formatter and a real driver wrote: what comes back byte for byte, and what the rules make of the
 // rest.
+#include "recovery/RestoreSupport.h"
 #include "recovery/ntfs/FastNtfsRecovery.h"
 #include "tests/support/Bytes.h"
 #include "tests/support/RunCommand.h"
@@ -92,7 +93,7 @@ protected:
 
     TempFolder m_folder;
     DataFolder m_data;
-    CFastNtfsRecovery m_engine;
+    CFastNtfsRecovery m_engine{OpenLog()};
 };
 
 TEST_P(NtfsVolumeTest, WhatTheDriverDeletedComesBack)

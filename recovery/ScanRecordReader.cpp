@@ -1,4 +1,5 @@
-// The queries of ScanRecordStore: listing, counting and searching records, and a record's folder path.
+#include "recovery/ScanRecordReader.h"
+
 #include "platform/Text.h"
 #include "recovery/FileTypeCatalogue.h"
 #include "recovery/ScanRecordStore.h"
@@ -9,6 +10,7 @@
 namespace {
 
 constexpr std::size_t LongestPattern = 4095;
+constexpr std::size_t BlockRecords = 200;  // read at once
 
 // A picture whose first sector is gone is of no use to anyone: it is neither listed nor found.
 bool IsHiddenPicture(const FileRecord& record)
@@ -33,43 +35,17 @@ bool MatchesPattern(const FileRecord& record, std::string_view pattern)
     return pattern.find(LowerAscii(extension)) != std::string_view::npos;
 }
 
-// What a record is sorted by, made once: records are large and lower-casing in a comparison is dear.
-struct SortKey
-{
-    bool isFolder;
-    std::string name;
-    std::size_t place;
-};
-
 }  // namespace
 
-void SortRecords(FileRecordList& records)
+ScanRecordReader::ScanRecordReader(const ScanRecordStore& store)
+    : m_mainPath(store.MainPath()), m_index(store.Index())
 {
-    if (records.size() < 2) {
-        return;
+    if (!m_mainPath.empty()) {
+        (void)m_mainFile.OpenForReading(m_mainPath);  // each read tells that it could not be
     }
-    std::vector<SortKey> keys;
-    keys.reserve(records.size());
-    for (std::size_t i = 0; i < records.size(); ++i) {
-        keys.push_back({records[i].IsFolder != 0, LowerAscii(records[i].NameText()), i});
-    }
-    // std::string compares its bytes as unsigned, which is the order wanted.
-    std::sort(keys.begin(), keys.end(), [](const SortKey& left, const SortKey& right) {
-        if (left.isFolder != right.isFolder) {
-            return right.isFolder;
-        }
-        const int order = left.name.compare(right.name);
-        return order != 0 ? order < 0 : left.place < right.place;
-    });
-    FileRecordList sorted;
-    sorted.reserve(records.size());
-    for (const SortKey& key : keys) {
-        sorted.push_back(records[key.place]);
-    }
-    records = std::move(sorted);
 }
 
-ResultCode ScanRecordStore::ReadRecord(std::uint32_t recordNumber, FileRecord& outRecord)
+ResultCode ScanRecordReader::ReadRecord(std::uint32_t recordNumber, FileRecord& outRecord) const
 {
     if (recordNumber == 0) {
         return ResultNegativeSeek;
@@ -82,26 +58,36 @@ ResultCode ScanRecordStore::ReadRecord(std::uint32_t recordNumber, FileRecord& o
     return got == sizeof outRecord ? ResultSuccess : ResultReadFault;
 }
 
-// The list of a key; the lowest key's for 0. A key that is not there is entered with an empty list, which the
-// next flush writes.
-const std::vector<std::uint32_t>* ScanRecordStore::FindList(std::uint64_t key)
+// The list of a key; the lowest key's for 0. False when there is none; *outMissing when the key itself is not there.
+bool ScanRecordReader::NumbersOf(std::uint64_t key,
+                                 std::vector<std::uint32_t>& outNumbers,
+                                 bool* outMissing) const
 {
-    if (key == 0) {
-        return m_relation.empty() ? nullptr : &m_relation.begin()->second;
+    const std::lock_guard guard(m_index->lock);
+    const StoreRelation& relation = m_index->relation;
+    const auto found = key == 0 ? relation.begin() : relation.find(key);
+    *outMissing = key != 0 && found == relation.end();
+    if (found == relation.end()) {
+        return false;
     }
-    const auto [entry, isNew] = m_relation.try_emplace(key);
-    m_relationChanged = m_relationChanged || isNew;
-    return &entry->second;
+    outNumbers = found->second;
+    return true;
 }
 
-ResultCode ScanRecordStore::ListChildren(std::uint64_t key, FileRecordList& outRecords)
+ResultCode ScanRecordReader::ListChildren(std::uint64_t key,
+                                          FileRecordList& outRecords,
+                                          std::vector<std::uint64_t>& outMissing)
 {
-    const std::vector<std::uint32_t>* numbers = FindList(key);
-    if (numbers == nullptr) {
+    std::vector<std::uint32_t> numbers;
+    bool missing = false;
+    if (!NumbersOf(key, numbers, &missing) && !missing) {
         return ResultSuccess;
     }
+    if (missing) {
+        outMissing.push_back(key);
+    }
     ResultCode result = ResultSuccess;
-    for (const std::uint32_t number : *numbers) {
+    for (const std::uint32_t number : numbers) {
         FileRecord record;
         result = ReadRecord(number, record);
         if (result != ResultSuccess) {
@@ -115,7 +101,9 @@ ResultCode ScanRecordStore::ListChildren(std::uint64_t key, FileRecordList& outR
     return result;
 }
 
-ResultCode ScanRecordStore::CountChildren(std::uint64_t key, std::uint32_t& outCount)
+ResultCode ScanRecordReader::CountChildren(std::uint64_t key,
+                                           std::uint32_t& outCount,
+                                           std::vector<std::uint64_t>& outMissing)
 {
     outCount = 0;
     ResultCode result = ResultSuccess;
@@ -125,11 +113,16 @@ ResultCode ScanRecordStore::CountChildren(std::uint64_t key, std::uint32_t& outC
     while (!waiting.empty()) {
         const auto [current, times] = *waiting.begin();
         waiting.erase(waiting.begin());
-        const std::vector<std::uint32_t>* numbers = FindList(current);
+        std::vector<std::uint32_t> numbers;
+        bool missing = false;
+        (void)NumbersOf(current, numbers, &missing);
+        if (missing) {
+            outMissing.push_back(current);
+        }
         const std::uint64_t childDepth = (current >> 32) + 1;
-        for (std::size_t i = 0; numbers != nullptr && i < numbers->size(); ++i) {
+        for (const std::uint32_t number : numbers) {
             FileRecord record;
-            if (const ResultCode read = ReadRecord((*numbers)[i], record)) {
+            if (const ResultCode read = ReadRecord(number, record)) {
                 result = read;
                 break;
             }
@@ -143,36 +136,45 @@ ResultCode ScanRecordStore::CountChildren(std::uint64_t key, std::uint32_t& outC
     return result;
 }
 
-void ScanRecordStore::IndexParents()
+void ScanRecordReader::IndexParents()
 {
-    if (m_parentsIndexed) {
+    const std::lock_guard guard(m_index->lock);
+    if (m_parentsVersion == m_index->linkVersion) {
         return;
     }
+    m_parentsVersion = m_index->linkVersion;
     m_parentKeys.clear();
-    for (const auto& [key, numbers] : m_relation) {
+    for (const auto& [key, numbers] : m_index->relation) {
         for (const std::uint32_t number : numbers) {
             m_parentKeys.try_emplace(number, key);  // the lowest key stays
         }
     }
-    m_dirInfoByFolder.clear();
-    for (std::size_t i = 0; i < m_dirInfo.size(); ++i) {
-        m_dirInfoByFolder.try_emplace(std::uint32_t{m_dirInfo[i].FolderId},
-                                      i);  // the first entry stays
+    m_folderNames.clear();
+    for (const DirInfoRecord& folder : m_index->dirInfo) {
+        const auto [known, isNew] = m_folderNames.try_emplace(std::uint32_t{folder.FolderId});
+        if (isNew) {  // the first entry stays
+            known->second = {std::uint32_t{folder.RecordNumber}, std::string(folder.NameText())};
+        }
     }
-    m_parentsIndexed = true;
 }
 
-void ScanRecordStore::IndexFolders()
+void ScanRecordReader::IndexFolders()
 {
-    if (m_foldersIndexed) {
+    std::uint64_t version = 0;
+    {
+        const std::lock_guard guard(m_index->lock);
+        version = m_index->writeVersion;
+    }
+    if (m_foldersVersion == version) {
         return;
     }
+    m_foldersVersion = version;
     m_foldersByNode.clear();
-    std::vector<FileRecord> block(BufferRecords);
+    std::vector<FileRecord> block(BlockRecords);
     std::uint64_t position = 0;
     std::size_t got = 0;
     do {
-        if (m_mainFile.ReadAt(position, block.data(), BufferRecords * sizeof(FileRecord), &got) !=
+        if (m_mainFile.ReadAt(position, block.data(), BlockRecords * sizeof(FileRecord), &got) !=
             ResultSuccess) {
             break;
         }
@@ -186,10 +188,9 @@ void ScanRecordStore::IndexFolders()
         }
         position += records * sizeof(FileRecord);
     } while (got >= sizeof(FileRecord));
-    m_foldersIndexed = true;
 }
 
-ResultCode ScanRecordStore::FindRecordByNode(std::uint32_t nodeId, FileRecord& outRecord)
+ResultCode ScanRecordReader::FindRecordByNode(std::uint32_t nodeId, FileRecord& outRecord)
 {
     IndexFolders();
     const auto found = m_foldersByNode.find(nodeId);
@@ -200,29 +201,32 @@ ResultCode ScanRecordStore::FindRecordByNode(std::uint32_t nodeId, FileRecord& o
 // The folder that a record is linked under: *outFound is false at the root. Of a folder known by name alone only
 // Name and RecordNumber are set.
 ResultCode
-ScanRecordStore::FolderAbove(const FileRecord& record, FileRecord& outFolder, bool* outFound)
+ScanRecordReader::FolderAbove(const FileRecord& record, FileRecord& outFolder, bool* outFound)
 {
     *outFound = false;
     const auto key = m_parentKeys.find(std::uint32_t{record.RecordNumber});
-    // The lowest key stands for the root.
-    if (key == m_parentKeys.end() || key->second == m_relation.begin()->first) {
-        return ResultSuccess;
+    {
+        const std::lock_guard guard(m_index->lock);
+        // The lowest key stands for the root.
+        if (key == m_parentKeys.end() || key->second == m_index->relation.begin()->first) {
+            return ResultSuccess;
+        }
     }
     const auto folderId = static_cast<std::uint32_t>(key->second);
-    const auto known = m_dirInfoByFolder.find(folderId);
-    if (known == m_dirInfoByFolder.end()) {
+    const auto known = m_folderNames.find(folderId);
+    if (known == m_folderNames.end()) {
         const ResultCode result = FindRecordByNode(folderId, outFolder);
         *outFound = result == ResultSuccess;
         return result;
     }
     outFolder = FileRecord();
-    outFolder.RecordNumber = m_dirInfo[known->second].RecordNumber;
-    outFolder.SetName(m_dirInfo[known->second].NameText());
+    outFolder.RecordNumber = known->second.recordNumber;
+    outFolder.SetName(known->second.name);
     *outFound = true;
     return ResultSuccess;
 }
 
-ResultCode ScanRecordStore::GetRecordPath(const FileRecord* record, std::string& outPath)
+ResultCode ScanRecordReader::GetRecordPath(const FileRecord* record, std::string& outPath)
 {
     if (record == nullptr) {
         return ResultInvalidParameter;
@@ -247,37 +251,37 @@ ResultCode ScanRecordStore::GetRecordPath(const FileRecord* record, std::string&
     return ResultSuccess;
 }
 
-std::int32_t ScanRecordStore::SearchRecords(std::string_view extensionPattern,
-                                            FileRecordList& outRecords)
+std::int32_t ScanRecordReader::SearchRecords(std::string_view extensionPattern,
+                                             const SearchProgress& progress,
+                                             const TakeRow& take) const
 {
     const std::string_view pattern = extensionPattern.substr(0, LongestPattern);
-    (void)FlushStore();  // what could not be written is not found
     FileHandle file;
     std::uint64_t length = 0;
     if (file.OpenForReading(m_mainPath) != ResultSuccess || file.Size(&length) != ResultSuccess) {
-        SortRecords(outRecords);
         return 0;
     }
-    std::vector<FileRecord> block(BufferRecords);
+    std::vector<FileRecord> block(BlockRecords);
     for (std::uint64_t done = 0; length - done >= sizeof(FileRecord);) {
+        // Not beyond the length that was found: a store that is being filled grows on.
+        const std::size_t wanted =
+            std::min<std::uint64_t>(BlockRecords, (length - done) / sizeof(FileRecord));
         std::size_t got = 0;
         const ResultCode result =
-            file.ReadAt(done, block.data(), BufferRecords * sizeof(FileRecord), &got);
+            file.ReadAt(done, block.data(), wanted * sizeof(FileRecord), &got);
         const std::size_t records = got / sizeof(FileRecord);
         if (result != ResultSuccess || records == 0) {
             break;
         }
         for (std::size_t i = 0; i < records; ++i) {
             if (MatchesPattern(block[i], pattern)) {
-                outRecords.push_back(block[i]);
+                take(block[i], static_cast<std::uint32_t>(done / sizeof(FileRecord) + i + 1));
             }
         }
         done += records * sizeof(FileRecord);
-        const auto percent = static_cast<std::int32_t>(done * 100 / length);
-        if (m_searchCallback != nullptr && m_searchCallback(m_searchContext, percent, 0) != 0) {
+        if (progress && progress(static_cast<std::int32_t>(done * 100 / length)) != 0) {
             break;
         }
     }
-    SortRecords(outRecords);
     return 1;
 }

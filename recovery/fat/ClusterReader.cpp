@@ -1,0 +1,57 @@
+#include "recovery/fat/ClusterReader.h"
+
+#include "recovery/fat/FatGeometry.h"
+
+#include <utility>
+
+ClusterReader::ClusterReader(SectorSource& source,
+                             std::int32_t sectorSize,
+                             const FileRecord& record,
+                             NextClusterFunction nextCluster)
+    : m_source(source),
+      m_sectorSize(sectorSize),
+      m_clusterBytes(static_cast<std::int32_t>(record.ClusterBytes)),
+      m_cluster(record.NodeId),
+      m_dataSector(record.PartitionStart + record.DataStart),
+      m_nextCluster(std::move(nextCluster))
+{
+}
+
+CopyManners ClusterReader::Manners() const
+{
+    CopyManners manners;
+    manners.tellsEmptyFile = true;
+    manners.answerReplacesWriteError = true;
+    return manners;
+}
+
+ResultCode ClusterReader::Begin(std::uint64_t /*wanted*/, std::size_t* outBufferBytes)
+{
+    if (m_clusterBytes > LargestClusterBytes) {
+        return ResultWriteFault;
+    }
+    // A size of nothing, or less, brings a read fault with the first piece.
+    m_sectorsPerCluster = m_clusterBytes > 0 ? m_clusterBytes / m_sectorSize : 0;
+    *outBufferBytes =
+        static_cast<std::size_t>(m_sectorsPerCluster) * static_cast<std::size_t>(m_sectorSize);
+    return ResultSuccess;
+}
+
+ResultCode
+ClusterReader::Next(std::span<std::uint8_t> buffer, std::size_t* outBytes, bool* /*outIsWhole*/)
+{
+    const std::uint64_t lba =
+        m_cluster == 0
+            ? m_dataSector - FixedRootSectors
+            : m_dataSector + static_cast<std::uint32_t>(
+                                 (m_cluster - 2) * static_cast<std::uint32_t>(m_sectorsPerCluster));
+    std::int32_t sectorsRead = 0;
+    const ResultCode result =
+        m_source.ReadSectors(buffer.data(), m_sectorsPerCluster, lba, m_sectorSize, &sectorsRead);
+    if (sectorsRead == 0 || result != ResultSuccess) {
+        return sectorsRead == 0 ? ResultReadFault : result;
+    }
+    m_cluster = m_nextCluster(m_cluster);
+    *outBytes = buffer.size();
+    return ResultSuccess;
+}

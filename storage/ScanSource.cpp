@@ -1,0 +1,64 @@
+#include "storage/ScanSource.h"
+
+#include <utility>
+
+ScanSource::ScanSource(ScanIdentity identity, OpenedSource opened)
+    : m_identity(std::move(identity)), m_opened(std::move(opened))
+{
+}
+
+ResultCode ScanSource::OpenImage(const std::filesystem::path& path,
+                                 std::shared_ptr<ScanSource>* outSource)
+{
+    OpenedSource opened;
+    if (const ResultCode result = OpenImageSource(path, opened)) {
+        return result;
+    }
+    const std::uint64_t sectors = opened.sizeBytes / ImageSectorSize;
+    outSource->reset(new ScanSource({ImageDiskNumber, 0, sectors, path}, std::move(opened)));
+    return ResultSuccess;
+}
+
+ResultCode ScanSource::OpenImageRange(const std::filesystem::path& path,
+                                      std::uint64_t startLba,
+                                      std::uint64_t sectorCount,
+                                      std::shared_ptr<ScanSource>* outSource)
+{
+    OpenedSource opened;
+    if (const ResultCode result = OpenImageSource(path, opened)) {
+        return result;
+    }
+    outSource->reset(
+        new ScanSource({ImageDiskNumber, startLba, sectorCount, path}, std::move(opened)));
+    return ResultSuccess;
+}
+
+ResultCode ScanSource::OpenDriveRange(std::uint32_t diskNumber,
+                                      std::uint64_t startLba,
+                                      std::uint64_t sectorCount,
+                                      std::shared_ptr<ScanSource>* outSource)
+{
+    OpenedSource opened;
+    if (const ResultCode result = OpenDriveSource(diskNumber, DriveFlush::Flush, opened)) {
+        return result;
+    }
+    outSource->reset(new ScanSource({diskNumber, startLba, sectorCount, {}}, std::move(opened)));
+    return ResultSuccess;
+}
+
+ResultCode ScanSource::OpenAgain(std::shared_ptr<ScanSource>* outSource) const
+{
+    OpenedSource opened;
+    const ResultCode result =
+        IsImage() ? OpenImageSource(m_identity.imagePath, opened)
+                  : OpenDriveSource(m_identity.diskNumber, DriveFlush::None, opened);
+    if (result == ResultSuccess) {
+        outSource->reset(new ScanSource(m_identity, std::move(opened)));
+    }
+    return result;
+}
+
+ResultCode ScanSource::ReadStart(std::uint8_t* buffer, std::size_t count) const
+{
+    return ReadWhole(Reader(), StartLba() * SectorSize(), buffer, count);
+}
