@@ -2,6 +2,9 @@
 #include "recovery/ScanLogDirectory.h"
 #include "tests/recovery/StoreFixture.h"
 
+#include <atomic>
+#include <thread>
+
 namespace {
 
 using ScanRecordStoreTest = StoreFixture;
@@ -137,6 +140,39 @@ TEST_F(ScanRecordStoreTest, WithoutTheFolderNamesFilesAreStillFound)
     ASSERT_EQ(Reopen(), ResultSuccess);
     EXPECT_EQ(Search("*.txt|"), (NameList{"in.txt"}));
     EXPECT_EQ(PathOf(2), "Folder\\") << "by the folder's own record";
+}
+
+TEST_F(ScanRecordStoreTest, AThreadSeesWholeRecordsInTheirOrderWhileAnotherWrites)
+{
+    constexpr std::uint32_t Files = 5000;
+    std::atomic<bool> done = false;
+    std::thread writer([&] {
+        for (std::uint32_t i = 0; i < Files; ++i) {
+            AddFile(std::to_string(i) + ".txt");
+        }
+        (void)m_store->FlushStore();
+        done = true;
+    });
+    ScanRecordReader reader(*m_store);
+    std::uint32_t seen = 0;
+    for (bool last = false; !last;) {
+        last = done;
+        std::uint32_t count = 0;
+        EXPECT_EQ(reader.SearchRecords(AllFilesPattern, {},
+                                       [&](const FileRecord& record, std::uint32_t place) {
+                                           EXPECT_EQ(record.NameText(),
+                                                     std::to_string(place - 1) + ".txt");
+                                           ++count;
+                                       }),
+                  1);
+        EXPECT_GE(count, seen);
+        seen = count;
+        FileRecordList children;
+        std::vector<std::uint64_t> missing;
+        (void)reader.ListChildren(2, children, missing);  // up to a number that is not written yet
+    }
+    writer.join();
+    EXPECT_EQ(seen, Files);
 }
 
 TEST(RelationText, HostileTextIsReadAsFarAsItGoes)

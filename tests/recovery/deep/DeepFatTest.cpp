@@ -123,6 +123,17 @@ INSTANTIATE_TEST_SUITE_P(Kinds,
                                          WipedCase{"Fat32", 32, 80 * Mebibyte, 2, 600000}),
                          testing::PrintToStringParamName());
 
+TEST_F(DeepFatTest, APreviewShowsWhatARestoreBrings)
+{
+    const FatCard card(m_folder / "card.img", {});
+    Fill(card, 500);
+    card.DeleteTree("HOLIDAY");
+    DeepRun run(card.ImagePath(), ScanDepth::Whole);
+    ASSERT_EQ(run.Scan(), ResultSuccess);
+    EXPECT_EQ(run.ComparePreviews(), (std::map<std::uint32_t, std::set<std::string>>{
+                                         {EngineKindProfessionalFat, {"same"}}}));
+}
+
 TEST_F(DeepFatTest, TwoVolumesInOneImageWithoutATableAreToldApart)
 {
     const std::filesystem::path path = m_folder / "disk.img";

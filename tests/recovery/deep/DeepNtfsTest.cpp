@@ -2,6 +2,7 @@
 // somewhere inside a disk.
 #include "tests/recovery/deep/DeepSupport.h"
 #include "tests/support/Bytes.h"
+#include "tests/support/FailingReader.h"
 #include "tests/support/Pictures.h"
 #include "tests/support/RunCommand.h"
 
@@ -75,6 +76,25 @@ TEST_F(DeepNtfsTest, LiveAndDeletedFilesStandInTheirFolders)
     DeepRun run(m_path, ScanDepth::Whole);
     ASSERT_EQ(run.Scan(), ResultSuccess);
     ExpectAll(run.Restore());
+}
+
+TEST_F(DeepNtfsTest, APreviewShowsWhatARestoreBringsAndASecondSearchReadsNothing)
+{
+    FailingReader counting;
+    DeepRun run(m_path);
+    ASSERT_EQ(run.Scan(), ResultSuccess);
+    const FileRecordList first = run.Search();
+    const std::size_t reads = counting.ReadCount();
+    EXPECT_EQ(run.Search().size(), first.size());
+    EXPECT_EQ(counting.ReadCount(), reads);
+    for (const auto& [kind, results] : run.ComparePreviews()) {
+        EXPECT_EQ(results, std::set<std::string>{"same"}) << kind;
+    }
+    DeepRun whole(m_path, ScanDepth::Whole);
+    whole.Engine().DiscardResumableScan();
+    ASSERT_EQ(whole.Scan(), ResultSuccess);
+    EXPECT_EQ(whole.ComparePreviews().at(EngineKindProfessionalNtfs),
+              std::set<std::string>{"same"});
 }
 
 TEST_F(DeepNtfsTest, AWipedBootSectorCostsNothing)

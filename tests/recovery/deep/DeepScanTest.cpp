@@ -109,10 +109,49 @@ TEST_F(DeepScanTest, ACompleteScanIsTakenAsItStandsAndAChangedImageIsNot)
                   ResultSuccess);
         EXPECT_EQ(reports, 1);  // no pass at all, only the end
         EXPECT_EQ(again.Search().size(), 6u);
+        EXPECT_EQ(again.ComparePreviews(),
+                  (std::map<std::uint32_t, std::set<std::string>>{{EngineKindCarved, {"same"}}}));
     }
     m_image.Put(3, Bytes("01"));
     DeepRun changed(m_image.Path());
     EXPECT_FALSE(changed.Engine().HasResumableScan());
+}
+
+TEST_F(DeepScanTest, AScanThatIsStoppedAtOnceLeavesNothingToGoOnWith)
+{
+    int reports = 0;
+    {
+        DeepRun run(m_image.Path());
+        EXPECT_EQ(run.Scan([&](const DeepProgress&) {
+            return ++reports >= 20 ? ResultStoppedAtOnce : ResultSuccess;
+        }),
+                  ResultStoppedAtOnce);
+    }
+    EXPECT_LE(reports, 21) << "asked once more at the end of a block";
+    EXPECT_FALSE(DeepRun(m_image.Path()).Engine().HasResumableScan());
+}
+
+TEST_F(DeepScanTest, ADeepScanOfADriveOpensItThreeTimes)
+{
+    // For the pass and all engines, for reading ahead, and for the stamp that is saved at its end.
+    int opened = 0;
+    const std::uint32_t number = DriveRegistry::Instance().NumberOf(m_image.Path());
+    SetReaderDecorator([&](std::unique_ptr<IByteReader> reader) {
+        ++opened;
+        return reader;
+    });
+    const auto engine = RecoveryEngineFactory(OpenLog()).MakeEngineForPartition(number, 0, Sectors,
+                                                                                1, ScanDepth::Deep);
+    ASSERT_EQ(engine->Scan(nullptr), ResultSuccess);
+    FileRecordList found;
+    ASSERT_EQ(engine->SearchRecords(AllFilesPattern, found), 1);
+    for (const FileRecord& record : found) {
+        EXPECT_EQ(engine->RestoreRecord(&record, m_folder / "out", 0), ResultSuccess);
+    }
+    SetReaderDecorator({});
+    DriveRegistry::Instance().Forget(number);
+    EXPECT_EQ(found.size(), 6u);
+    EXPECT_EQ(opened, 3);
 }
 
 TEST_F(DeepScanTest, ThePassGoesOnBehindUnreadableSectors)

@@ -60,6 +60,38 @@ std::map<std::string, ByteVector> DeepRun::Restore()
     return files;
 }
 
+std::map<std::uint32_t, std::set<std::string>> DeepRun::ComparePreviews()
+{
+    const TempFolder folder;
+    std::map<std::uint32_t, std::set<std::string>> results;
+    for (const FileRecord& record : Search()) {
+        const std::filesystem::path restored = folder / "restored";
+        const ResultCode expected = m_engine->RestoreRecord(&record, restored, 0);
+        if (expected != ResultSuccess) {
+            continue;
+        }
+        ByteVector whole = ReadFileBytes(restored);
+        std::filesystem::remove(restored);
+        ByteVector buffer(2000);
+        std::uint32_t size = static_cast<std::uint32_t>(buffer.size());
+        std::filesystem::path temporary;
+        const ResultCode result =
+            m_engine->ReadRecordData(&record, temporary, buffer.data(), size, nullptr, nullptr);
+        buffer.resize(size);
+        if (result != ResultSuccess) {
+            whole.clear();
+        } else if (temporary.empty()) {
+            whole.resize(std::min(whole.size(), std::size_t{2000}));
+        } else {
+            buffer = ReadFileBytes(temporary);
+        }
+        results[record.EngineKind].insert(result == ResultSuccess && buffer == whole
+                                              ? "same"
+                                              : "other than " + std::string(record.NameText()));
+    }
+    return results;
+}
+
 std::map<std::string, ByteVector> DeepRun::StoreBytes() const
 {
     std::vector<std::string> names;

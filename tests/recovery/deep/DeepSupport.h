@@ -8,6 +8,7 @@
 #include <functional>
 #include <map>
 #include <memory>
+#include <set>
 #include <string>
 
 // What a callback sees of a pass.
@@ -33,6 +34,9 @@ public:
     // Equal paths keep the first.
     std::map<std::string, ByteVector> Restore();
     FileRecordList Search(std::string_view pattern = AllFilesPattern);
+    // Of each found file what a preview brings, as far as it shows the same bytes as a restore: "same", or what differs. By
+    // the kind of the engine that found the file.
+    std::map<std::uint32_t, std::set<std::string>> ComparePreviews();
     // The bytes of the four main files and their indexes, by name without the time in it.
     std::map<std::string, ByteVector> StoreBytes() const;
 

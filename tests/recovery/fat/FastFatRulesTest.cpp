@@ -135,6 +135,36 @@ TEST_F(FastFatRulesTest, AnUnreadableFolderIsDroppedAndTheScanGoesOn)
     EXPECT_EQ(Found(), "good\\!.txt");
 }
 
+TEST_F(FastFatRulesTest, ACancelEndsTheScanAndWhatWasFoundStands)
+{
+    m_fat.Entry(2, 0, "D       TXT", File, 10, 5, true);
+    struct Answer
+    {
+        std::int32_t stopAt = 0;
+        std::vector<std::int32_t> seen;
+    };
+    const auto onScan = [](void* context, std::int32_t progress, auto, auto, auto, auto, auto,
+                           auto) -> ResultCode {
+        auto& answer = *static_cast<Answer*>(context);
+        answer.seen.push_back(progress);
+        return progress == answer.stopAt ? ResultCancelled : ResultSuccess;
+    };
+    (void)Found();
+    const std::pair<std::int32_t, std::size_t> cases[] = {{1, 0}, {80, 1}, {100, 1}};
+    for (const auto& [stopAt, found] : cases) {
+        const DataFolder own;
+        CFastFatRecovery engine(OpenLog());
+        ASSERT_EQ(engine.OpenImageFile(m_folder / "small.img", 1001), ResultSuccess);
+        Answer answer{stopAt, {}};
+        engine.SetCallbacks(onScan, nullptr, &answer, 100);
+        EXPECT_EQ(engine.Scan(nullptr), ResultCancelled) << stopAt;
+        EXPECT_EQ(answer.seen.back(), stopAt) << "nothing is said behind the cancel";
+        FileRecordList records;
+        EXPECT_EQ(engine.SearchRecords(AllFilesPattern, records), 1);
+        EXPECT_EQ(records.size(), found) << stopAt;
+    }
+}
+
 struct Calls
 {
     int count = 0;

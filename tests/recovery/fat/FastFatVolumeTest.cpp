@@ -1,4 +1,5 @@
 // The quick FAT engine on real volumes: what mdel and mdeltree removed comes back.
+#include "recovery/RestoreSupport.h"
 #include "recovery/fat/FastFatRecovery.h"
 #include "tests/support/Bytes.h"
 #include "tests/support/FatCard.h"
@@ -118,6 +119,36 @@ TEST_P(FastFatVolumeTest, DeletedFilesComeBackByteForByteUnderTheirNames)
     RecordProperty("byteExact", static_cast<int>(exact));
     EXPECT_TRUE(exact == m_expected.size() || !GetParam().allComesBack) << wrong;
     EXPECT_GE(exact, m_expected.size() / 2);
+}
+
+TEST_P(FastFatVolumeTest, AFolderComesBackWithAllBelowIt)
+{
+    m_card->MakeFolder("TOP");
+    m_card->MakeFolder("TOP/MIDDLE");
+    m_card->MakeFolder("TOP/MIDDLE/LOW");
+    AddDeleted("TOP/the first one.xyz", "the first one.xyz", RandomBytes(3000, 1));
+    AddDeleted("TOP/MIDDLE/LOW/the second.xyz", "middle/low/the second.xyz", RandomBytes(5000, 2));
+    for (const std::string& path : m_toDelete) {
+        m_card->Delete(path);
+    }
+    CFastFatRecovery engine(OpenLog());
+    ASSERT_EQ(ScanAndRestore(engine).size(), 2u);
+    FileRecordList root;
+    ASSERT_EQ(engine.ListChildren(nullptr, 0, root), ResultSuccess);
+    ASSERT_EQ(root.size(), 1u);
+    // The depth of a folder is told by its path: that of the top one is 1.
+    const std::filesystem::path to = m_folder / "tree" / "top";
+    ASSERT_EQ(engine.RestoreRecord(&root.front(), to, CountSeparators(to) - 1), ResultSuccess);
+    std::map<std::string, std::uintmax_t> found;
+    for (const auto& entry : std::filesystem::recursive_directory_iterator(to)) {
+        if (entry.is_regular_file()) {
+            found[entry.path().lexically_relative(to)] = entry.file_size();
+        }
+    }
+    EXPECT_EQ(found, (std::map<std::string, std::uintmax_t>{{"middle/low/the second.xyz", 5000},
+                                                            {"the first one.xyz", 3000}}));
+    EXPECT_TRUE(!GetParam().allComesBack || ReadFileBytes(to / "middle/low/the second.xyz") ==
+                                                m_expected["middle/low/the second.xyz"]);
 }
 
 TEST_P(FastFatVolumeTest, FreeRangesAndUsedClustersCoverTheDataArea)
