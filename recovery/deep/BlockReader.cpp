@@ -1,6 +1,7 @@
 #include "recovery/deep/BlockReader.h"
 
 #include <algorithm>
+#include <exception>
 #include <utility>
 
 BlockReader::BlockReader(SectorSource& passSource,
@@ -13,7 +14,22 @@ BlockReader::BlockReader(SectorSource& passSource,
       m_block(BlockBytes)
 {
     if (m_aheadSource.IsOpen()) {
+        StartThread();
+    }
+}
+
+// Without memory or a thread for it the blocks are read one by one. What the thread needs is taken here: an exception
+// there would end the process.
+void BlockReader::StartThread()
+{
+    try {
+        for (Slot& slot : m_slots) {
+            slot.piece.bytes.resize(PieceBlocks * BlockBytes);
+        }
+        m_current.bytes.resize(PieceBlocks * BlockBytes);
         m_thread = std::thread([this] { RunAhead(); });
+    } catch (const std::exception&) {
+        m_current.bytes.clear();
     }
 }
 
@@ -49,7 +65,6 @@ void BlockReader::RunAhead()
         m_busy = true;
         guard.unlock();
         std::int32_t got = 0;
-        piece.bytes.resize(PieceBlocks * BlockBytes);
         piece.whole =
             m_aheadSource.ReadSectors(piece.bytes.data(), static_cast<std::int32_t>(piece.sectors),
                                       piece.lba, m_sectorSize, &got) == ResultSuccess;

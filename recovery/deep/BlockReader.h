@@ -34,6 +34,8 @@ public:
                                  std::int32_t* outGot);
 
 private:
+    void StartThread();
+
     static constexpr std::size_t PieceBlocks = 16;
     static constexpr std::uint32_t RunBeforeAhead =
         4;  // neighbouring blocks before reading ahead pays
