@@ -1,7 +1,7 @@
 #include "recovery/deep/ProfessionalRecovery.h"
 
 #include "recovery/deep/CarvedDoubles.h"
-#include "recovery/fat/FatGeometry.h"
+#include "recovery/metadata/FatGeometry.h"
 #include "recovery/ntfs/FastNtfsRecovery.h"
 #include "storage/ByteReader.h"
 

@@ -1,7 +1,7 @@
 #include "recovery/fat/ClusterCopy.h"
 
 #include "platform/Folders.h"
-#include "recovery/fat/FatGeometry.h"
+#include "recovery/metadata/FatGeometry.h"
 
 #include <algorithm>
 #include <cstring>

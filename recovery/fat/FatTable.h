@@ -1,7 +1,7 @@
 // Entries of the first FAT, read through a window of 16 MiB that moves, and the cluster that follows a cluster.
 #pragma once
 
-#include "recovery/fat/FatGeometry.h"
+#include "recovery/metadata/FatGeometry.h"
 #include "storage/SectorSource.h"
 
 #include <cstdint>

@@ -1,6 +1,6 @@
 #include "recovery/fat/PendingFiles.h"
 
-#include "recovery/fat/FatGeometry.h"
+#include "recovery/metadata/FatGeometry.h"
 
 #include <algorithm>
 

@@ -4,12 +4,12 @@
 
 #include "recovery/FileRecoveryParse.h"
 #include "recovery/ScanRecordStore.h"
+#include "recovery/metadata/NtfsVolume.h"
 #include "recovery/ntfs/NtfsAncestors.h"
 #include "recovery/ntfs/NtfsClusterMap.h"
 #include "recovery/ntfs/NtfsFileNames.h"
 #include "recovery/ntfs/NtfsReaders.h"
 #include "recovery/ntfs/NtfsRunCopy.h"
-#include "recovery/ntfs/NtfsVolume.h"
 #include "storage/SectorSource.h"
 
 #include <cstdint>

@@ -1,7 +1,7 @@
 #include "recovery/ntfs/NtfsFileNames.h"
 
 #include "platform/Text.h"
-#include "recovery/ntfs/NtfsAttributes.h"
+#include "recovery/metadata/NtfsAttributes.h"
 
 namespace {
 

@@ -2,9 +2,9 @@
 // engine. Parsers of a record in hand stand apart from the reading, so that one read serves several questions.
 #pragma once
 
-#include "recovery/ntfs/NtfsAttributes.h"
-#include "recovery/ntfs/NtfsRecordCodec.h"
-#include "recovery/ntfs/NtfsVolume.h"
+#include "recovery/metadata/NtfsAttributes.h"
+#include "recovery/metadata/NtfsRecordCodec.h"
+#include "recovery/metadata/NtfsVolume.h"
 #include "storage/SectorSource.h"
 
 #include <array>

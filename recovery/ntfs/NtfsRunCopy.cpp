@@ -1,7 +1,7 @@
 #include "recovery/ntfs/NtfsRunCopy.h"
 
 #include "platform/Folders.h"
-#include "recovery/ntfs/NtfsVolume.h"
+#include "recovery/metadata/NtfsVolume.h"
 
 #include <algorithm>
 #include <cstring>

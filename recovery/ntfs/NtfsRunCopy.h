@@ -3,7 +3,7 @@
 #pragma once
 
 #include "recovery/RestoreSupport.h"
-#include "recovery/ntfs/NtfsRecordCodec.h"
+#include "recovery/metadata/NtfsRecordCodec.h"
 #include "storage/SectorSource.h"
 
 #include <cstdint>

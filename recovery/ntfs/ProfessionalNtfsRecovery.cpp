@@ -1,7 +1,7 @@
 #include "recovery/ntfs/ProfessionalNtfsRecovery.h"
 
-#include "recovery/FileSystemRecognition.h"
 #include "recovery/RestoreSupport.h"
+#include "recovery/metadata/FileSystemRecognition.h"
 #include "recovery/ntfs/NtfsRunCopy.h"
 
 #include <algorithm>

@@ -1,4 +1,4 @@
-#include "recovery/ntfs/NtfsRecordCodec.h"
+#include "recovery/metadata/NtfsRecordCodec.h"
 
 #include <array>
 #include <cstring>

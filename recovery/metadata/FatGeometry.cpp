@@ -1,6 +1,6 @@
-#include "recovery/fat/FatGeometry.h"
+#include "recovery/metadata/FatGeometry.h"
 
-#include "recovery/FileSystemRecognition.h"
+#include "recovery/metadata/FileSystemRecognition.h"
 
 ResultCode ReadFatGeometry(ByteView bootSector, FatGeometry& outGeometry)
 {

@@ -1,4 +1,4 @@
-#include "recovery/FileSystemRecognition.h"
+#include "recovery/metadata/FileSystemRecognition.h"
 
 #include <bit>
 #include <string_view>

@@ -1,4 +1,4 @@
-#include "recovery/ntfs/NtfsAttributes.h"
+#include "recovery/metadata/NtfsAttributes.h"
 
 namespace {
 

@@ -1,4 +1,4 @@
-#include "recovery/ntfs/NtfsVolume.h"
+#include "recovery/metadata/NtfsVolume.h"
 
 namespace {
 
