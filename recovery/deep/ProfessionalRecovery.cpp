@@ -1,7 +1,7 @@
 #include "recovery/deep/ProfessionalRecovery.h"
 
 #include "recovery/deep/CarvedDoubles.h"
-#include "recovery/metadata/FatGeometry.h"
+#include "recovery/metadata/FatClusters.h"
 #include "recovery/ntfs/FastNtfsRecovery.h"
 #include "storage/ByteReader.h"
 
@@ -215,12 +215,9 @@ std::optional<std::uint64_t> CProfessionalRecovery::FirstDataSector(const FileRe
         return quick != nullptr ? quick->FirstDataSector(record) : std::nullopt;
     }
     const std::uint64_t dataSector = record.PartitionStart + record.DataStart;
-    if (record.NodeId == 0) {
-        return dataSector - FixedRootSectors;
-    }
     const std::uint32_t sectorsPerCluster =
         record.ClusterBytes / static_cast<std::uint32_t>(m_sectorSize);
-    return dataSector + static_cast<std::uint32_t>((record.NodeId - 2) * sectorsPerCluster);
+    return SectorOfFatCluster({dataSector, 0, sectorsPerCluster}, record.NodeId);
 }
 
 std::int32_t CProfessionalRecovery::SearchRecords(std::string_view extensionPattern,

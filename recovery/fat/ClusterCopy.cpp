@@ -1,7 +1,7 @@
 #include "recovery/fat/ClusterCopy.h"
 
 #include "platform/Folders.h"
-#include "recovery/metadata/FatGeometry.h"
+#include "recovery/metadata/FatClusters.h"
 
 #include <algorithm>
 #include <cstring>
@@ -34,12 +34,8 @@ public:
     // Reads the current cluster whole, or gives an error.
     ResultCode Read()
     {
-        const std::uint64_t lba =
-            m_cluster == 0
-                ? m_dataSector - FixedRootSectors
-                : m_dataSector +
-                      static_cast<std::uint32_t>((m_cluster - 2) *
-                                                 static_cast<std::uint32_t>(m_sectorsPerCluster));
+        const std::uint64_t lba = SectorOfFatCluster(
+            {m_dataSector, 0, static_cast<std::uint32_t>(m_sectorsPerCluster)}, m_cluster);
         std::int32_t sectorsRead = 0;
         const ResultCode result = m_reader.source.ReadSectors(
             m_bytes.data(), m_sectorsPerCluster, lba, m_reader.sectorSize, &sectorsRead);

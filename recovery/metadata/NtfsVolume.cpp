@@ -26,6 +26,7 @@ ResultCode ReadNtfsVolume(ByteView boot, NtfsVolume& volume)
     SetNtfsSectorSize(bytesPerSector, volume);
     volume.SectorsPerCluster = sectorsPerCluster;
     // Wraps for a wild number; the place is then simply not found.
-    volume.MftStartSector = boot.U64(48) * volume.SectorsPerCluster + volume.PartitionStart;
+    volume.MftStartSector =
+        SectorOfCluster(boot.U64(48), volume.SectorsPerCluster, 1) + volume.PartitionStart;
     return ResultSuccess;
 }

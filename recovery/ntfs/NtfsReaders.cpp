@@ -34,7 +34,7 @@ std::uint64_t NtfsMftMap::SectorOf(std::uint64_t recordNumber,
         Stretch stretch = m_stretches.empty() ? Stretch() : m_stretches.back();
         stretch.begin = stretch.end;
         stretch.end += run.Length * volume.SectorsPerCluster;
-        stretch.sector += static_cast<std::uint64_t>(run.Offset) * volume.SectorsPerCluster;
+        stretch.sector += SectorsToRun(run, volume.SectorsPerCluster);
         m_stretches.push_back(stretch);
     }
     const std::uint64_t wanted = recordNumber * volume.SectorsPerRecord;
@@ -231,7 +231,7 @@ void NtfsReaders::FollowNonResidentList(ByteView listAttribute, RunList& outRuns
     std::uint64_t sector = m_volume.PartitionStart;
     for (const NtfsRun& run : listRuns) {
         const std::uint64_t sectors = run.Length * m_volume.SectorsPerCluster;
-        sector += static_cast<std::uint64_t>(run.Offset) * m_volume.SectorsPerCluster;
+        sector += SectorsToRun(run, m_volume.SectorsPerCluster);
         NtfsRunBytes bytes(m_source, sector, sectors, m_volume.BytesPerSector);
         for (std::uint64_t at = 0; at < sectors * m_volume.BytesPerSector;) {
             if (++looked > LongestAttributeList) {
