@@ -1,9 +1,11 @@
 #include "recovery/metadata/NtfsVolume.h"
 
+#include "recovery/metadata/BootSectors.h"
+
 namespace {
 
 constexpr std::uint32_t SmallestSector = 512;
-constexpr std::uint8_t LargestClusterSectors = 127;  // above, the signed byte is negative
+constexpr std::uint32_t LargestClusterSectors = 127;  // above, the signed byte is negative
 
 }  // namespace
 
@@ -14,19 +16,19 @@ void SetNtfsSectorSize(std::uint32_t bytesPerSector, NtfsVolume& volume)
     volume.RecordSize = volume.SectorsPerRecord * bytesPerSector;
 }
 
-ResultCode ReadNtfsVolume(ByteView boot, NtfsVolume& volume)
+ResultCode ReadNtfsVolume(ByteView bootSector, NtfsVolume& volume)
 {
-    const std::uint32_t stated = boot.U16(11);
-    const std::uint32_t bytesPerSector = stated != 0 ? stated : SmallestSector;
-    const std::uint8_t sectorsPerCluster = boot.U8(13);
-    if (bytesPerSector % SmallestSector != 0 || sectorsPerCluster == 0 ||
-        sectorsPerCluster > LargestClusterSectors) {
+    const NtfsBootFields boot = ReadNtfsBootFields(bootSector);
+    const std::uint32_t bytesPerSector =
+        boot.bytesPerSector != 0 ? boot.bytesPerSector : SmallestSector;
+    if (bytesPerSector % SmallestSector != 0 || boot.sectorsPerCluster == 0 ||
+        boot.sectorsPerCluster > LargestClusterSectors) {
         return ResultInvalidParameter;
     }
     SetNtfsSectorSize(bytesPerSector, volume);
-    volume.SectorsPerCluster = sectorsPerCluster;
+    volume.SectorsPerCluster = boot.sectorsPerCluster;
     // Wraps for a wild number; the place is then simply not found.
     volume.MftStartSector =
-        SectorOfCluster(boot.U64(48), volume.SectorsPerCluster, 1) + volume.PartitionStart;
+        SectorOfCluster(boot.mftCluster, volume.SectorsPerCluster, 1) + volume.PartitionStart;
     return ResultSuccess;
 }

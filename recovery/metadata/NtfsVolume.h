@@ -25,7 +25,7 @@ void SetNtfsSectorSize(std::uint32_t bytesPerSector, NtfsVolume& volume);
 
 // Takes the sizes and the table's place from a boot sector; PartitionStart is set. ResultInvalidParameter when the
 // sector size is no multiple of 512 or the cluster size, a signed byte, is not above 0.
-[[nodiscard]] ResultCode ReadNtfsVolume(ByteView boot, NtfsVolume& volume);
+[[nodiscard]] ResultCode ReadNtfsVolume(ByteView bootSector, NtfsVolume& volume);
 
 // The sector of a cluster, counted from the volume's start: the product is taken modulo 2^64, then divided as a signed
 // number. In bytes, as copies of records count, a wild cluster leads elsewhere than in sectors of one unit each.
