@@ -21,10 +21,9 @@ VolumeStamp(std::uint32_t diskNumber, std::uint64_t startLba, std::uint64_t sect
     if (ReadVolumeSpace(*drive.reader, startByte, sectors * drive.sectorSize, space)) {
         return space.freeBytes;
     }
-    const BlockDevice* disk = DriveRegistry::Instance().Find(diskNumber);
+    const std::optional<BlockDevice> disk = DriveRegistry::Instance().Find(diskNumber);
     const StorageMap storage;
-    const MountEntry* mount =
-        disk != nullptr ? FindMountAt(storage, disk->deviceNumber, startByte) : nullptr;
+    const MountEntry* mount = disk ? FindMountAt(storage, disk->deviceNumber, startByte) : nullptr;
     const bool told = mount != nullptr && FileSystemSpace(mount->mountPoint, &space.totalBytes,
                                                           &space.freeBytes) == ResultSuccess;
     return told ? space.freeBytes : 0;
