@@ -41,6 +41,3 @@ struct FileIdentity
 [[nodiscard]] ResultCode IdentifyPath(const std::filesystem::path& path, FileIdentity& outIdentity);
 // The number of a block device's node; empty when it is none.
 std::string DeviceNumberOf(const std::filesystem::path& node);
-
-// The running program may do everything, so that asking for more rights has no use.
-bool RunsAsRoot();

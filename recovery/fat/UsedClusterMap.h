@@ -21,7 +21,6 @@ public:
 
 private:
     void Mark(std::uint64_t bit);
-    bool IsMarked(std::uint64_t bit) const;
     // The first bit from here on that is (or is not) marked; the map's end when there is none.
     std::uint64_t FindBit(std::uint64_t from, bool marked) const;
 

@@ -18,7 +18,6 @@ inline constexpr std::uint32_t RootRecordNumber = 5;
 inline constexpr std::uint32_t BitmapRecordNumber = 6;
 inline constexpr std::uint32_t FirstUserRecordNumber = 12;  // those below are system files
 
-inline constexpr std::uint16_t RecordInUse = 0x0001;
 inline constexpr std::uint16_t RecordIsFolder = 0x0002;
 
 // Offsets in an attribute.
