@@ -20,9 +20,10 @@ struct FatDataArea
     std::uint64_t base = 0;       // of the volume, an LBA; 0 for an answer relative to it
     std::uint64_t dataStart = 0;  // sectors from base to cluster 2
     std::uint32_t sectorsPerCluster = 1;
-    bool zeroIsRoot = true;  // cluster 0 is the root directory in front of the data area
-    bool sumIn32Bits =
-        false;  // data start and offset are added in 32 bits, so that cluster 1 lies in reach
+    // Cluster 0 is the root directory in front of the data area.
+    bool zeroIsRoot = true;
+    // Data start and offset are added in 32 bits, so that cluster 1 lies in reach.
+    bool sumIn32Bits = false;
 };
 
 inline constexpr std::uint64_t SectorOfFatCluster(const FatDataArea& area, std::uint32_t cluster)

@@ -3,6 +3,7 @@
 #pragma once
 
 #include "platform/ByteView.h"
+#include "platform/ResultCode.h"
 
 #include <cstdint>
 
@@ -90,3 +91,10 @@ private:
     std::uint32_t m_type = 0;
     std::uint32_t m_shown = 0;
 };
+
+// The data attribute of a repaired record: 0 and the value with its padding, ResultDataNotResident when it lies in runs
+// or there is none, ResultInvalidParameter when it does not fit into a record. limit bounds the walk.
+[[nodiscard]] ResultCode FindResidentData(ByteView record,
+                                          std::uint32_t recordSize,
+                                          std::uint64_t limit,
+                                          ByteView& outValue);

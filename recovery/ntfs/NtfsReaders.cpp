@@ -45,34 +45,6 @@ std::uint64_t NtfsMftMap::SectorOf(std::uint64_t recordNumber,
                                       : noMatch;
 }
 
-ResultCode
-FindResidentData(ByteView record, std::uint32_t recordSize, std::uint64_t limit, ByteView& outValue)
-{
-    AttributeWalk walk(record, limit, ResidentReaderRules);
-    while (walk.Next()) {
-        if (walk.Type() != AttributeData) {
-            continue;
-        }
-        const ByteView attribute = walk.Attribute();
-        if (attribute.U8(AttributeNonResident) != 0 ||
-            !attribute.Covers(AttributeValueOffset, sizeof(std::uint16_t))) {
-            return ResultDataNotResident;
-        }
-        const std::uint32_t valueOffset = attribute.U16(AttributeValueOffset);
-        // The padding behind the value belongs to it. An offset behind the end wraps and is too long.
-        const std::uint32_t size = attribute.U32(4) - valueOffset;
-        if (size >= recordSize) {
-            return ResultInvalidParameter;
-        }
-        if (!attribute.Covers(valueOffset, size)) {
-            return ResultDataNotResident;
-        }
-        outValue = attribute.Sub(valueOffset, size);
-        return ResultSuccess;
-    }
-    return ResultDataNotResident;
-}
-
 NtfsReaders::NtfsReaders(SectorSource& sectorSource, const NtfsVolume& ntfsVolume)
     : m_source(sectorSource), m_volume(ntfsVolume)
 {
