@@ -15,7 +15,7 @@ using enum LengthEnd;
 // The first row of a type names and measures every file of that type, whatever row fired.
 // clang-format off
 constexpr SignatureEntry Rows[] = {
-    {"mpeg",   Mpeg,        PackStart,    ""sv,     DetectMpeg,   LengthMpeg,         Seen},  // its mark may stand behind another format's
+    {"mpeg",   Mpeg,        PackStart,    ""sv,     DetectMpeg,   LengthMpeg,         Seen},  // its mark may follow another's
     {"mpg",    Mpeg,        PackStart,    ""sv,     DetectMpeg,   LengthMpeg,         Seen},
     {"vob",    Mpeg,        PackStart,    ""sv,     DetectMpeg,   LengthMpeg,         Seen},
     {"mp4",    Mp4,         FileType,     ""sv,     DetectMp4,    LengthMp4,          Seen},
@@ -39,7 +39,7 @@ constexpr SignatureEntry Rows[] = {
     {"mov",    Mov,         FileType,     "m"sv,    DetectMov,    LengthBounded64M,   Seen},
     {"mp2",    Mp2,         FirstByte,    "\xFF"sv, DetectMp2,    LengthBounded64M,   Seen},
     {"mmf",    Mmf,         FirstByte,    "M"sv,    DetectMmf,    LengthBounded64M,   Seen},
-    {"fla",    Fla,         FirstByte,    "\xD0"sv, DetectFla,    LengthBounded64M,   Seen},  // before doc: takes every compound file
+    {"fla",    Fla,         FirstByte,    "\xD0"sv, DetectFla,    LengthBounded64M,   Seen},  // before doc: takes all of them
     {"gif",    Gif,         FirstByte,    "G"sv,    DetectGif,    LengthGif,          Seen},
     {"bmp",    Bmp,         FirstByte,    "B"sv,    DetectBmp,    LengthBmp,          Claimed},
     {"dib",    Bmp,         FirstByte,    "B"sv,    DetectBmp,    LengthBmp,          Claimed},
@@ -67,7 +67,7 @@ constexpr SignatureEntry Rows[] = {
     {"dps",    SlidesOle,   FirstByte,    "\xD0"sv, DetectOle2,   nullptr,            Claimed},
     {"dpt",    SlidesOle,   FirstByte,    "\xD0"sv, DetectOle2,   nullptr,            Claimed},
     {"ole",    OtherOle,    FirstByte,    "\xD0"sv, DetectOle2,   nullptr,            Claimed},
-    {"docx",   WordOoxml,   ContentTypes, "P"sv,    DetectOoxml,  nullptr,            Seen},  // before zip: takes the zips that are documents
+    {"docx",   WordOoxml,   ContentTypes, "P"sv,    DetectOoxml,  nullptr,            Seen},  // before zip: takes documents
     {"docm",   WordOoxml,   ContentTypes, "P"sv,    DetectOoxml,  nullptr,            Seen},
     {"dotm",   WordOoxml,   ContentTypes, "P"sv,    DetectOoxml,  nullptr,            Seen},
     {"dotx",   WordOoxml,   ContentTypes, "P"sv,    DetectOoxml,  nullptr,            Seen},
@@ -84,7 +84,7 @@ constexpr SignatureEntry Rows[] = {
     {"potm",   SlidesOoxml, ContentTypes, "P"sv,    DetectOoxml,  nullptr,            Seen},
     {"ppsx",   SlidesOoxml, ContentTypes, "P"sv,    DetectOoxml,  nullptr,            Seen},
     {"ppsm",   SlidesOoxml, ContentTypes, "P"sv,    DetectOoxml,  nullptr,            Seen},
-    {"mso07",  OtherOoxml,  ContentTypes, "P"sv,    DetectOoxml,  nullptr,            Seen},  // answers no to every head: nothing returns its type
+    {"mso07",  OtherOoxml,  ContentTypes, "P"sv,    DetectOoxml,  nullptr,            Seen},  // nothing returns its type
     {"pdf",    Pdf,         FirstByte,    "%"sv,    DetectPdf,    nullptr,            Seen},
     {"gz",     Gzip,        FirstByte,    "\x1F"sv, DetectGzip,   nullptr,            Seen},
     {"gzip",   Gzip,        FirstByte,    "\x1F"sv, DetectGzip,   nullptr,            Seen},
