@@ -201,7 +201,6 @@ TEST_F(DetectTest, EveryRowIsAskedAboutWhatItAccepts)
         ASSERT_EQ(source.OpenImage(m_image.Path()), ResultSuccess);
         PointAt(1);
         CarveContext::Instance().source = &source;
-        EXPECT_EQ(DetectAny(sample.data(), 512), WalkTable(sample.data(), 512));
         for (const SignatureEntry& row : SignatureTable()) {
             if (row.detect == nullptr || row.detect(sample.data(), 512) == None) {
                 continue;
