@@ -113,7 +113,7 @@ std::optional<NtfsTableLayout> ReadNtfsTableLayout(ByteView bootSector)
     const std::uint64_t sectorBytes = boot.bytesPerSector;
     const std::uint64_t clusterSectors = ClusterSectorsOf(boot);
     if (!std::has_single_bit(sectorBytes) || sectorBytes < 256 || sectorBytes > 4096 ||
-        !std::has_single_bit(clusterSectors) || boot.sectors == 0 ||
+        clusterSectors == 0 || !std::has_single_bit(clusterSectors) || boot.sectors == 0 ||
         boot.sectors > INT64_MAX / 4096) {
         return std::nullopt;
     }
