@@ -184,8 +184,8 @@ Refusal WhyNotOpened(const std::string& text, ResultCode why)
 
 std::uint32_t SectorSizeOf(const VolumeRecord& volume)
 {
-    const BlockDevice* disk = DriveRegistry::Instance().Find(volume.DiskNumber);
-    return disk != nullptr ? disk->sectorSize : 512;
+    const auto disk = DriveRegistry::Instance().Find(volume.DiskNumber);
+    return disk ? disk->sectorSize : 512;
 }
 
 Touching PathTouchesTarget(const std::filesystem::path& path, const ScanTarget& target)

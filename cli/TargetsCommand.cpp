@@ -24,7 +24,7 @@ struct DiskFacts
 DiskFacts FactsOf(std::uint32_t diskNumber)
 {
     DiskFacts facts;
-    if (const BlockDevice* disk = DriveRegistry::Instance().Find(diskNumber)) {
+    if (const auto disk = DriveRegistry::Instance().Find(diskNumber)) {
         facts.disk = *disk;
     }
     FileHandle handle;

@@ -1,8 +1,8 @@
 // Directory sectors through the deep FAT analysis, with the same bytes as the source behind it: intake in disk order,
 // the end of the pass, search, paths. The input is an image; what the validators let through is shown.
 #include "fuzz/ScratchImage.h"
-#include "recovery/carving/SectorValidators.h"
 #include "recovery/fat/ProfessionalFatRecovery.h"
+#include "recovery/metadata/SectorValidators.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {

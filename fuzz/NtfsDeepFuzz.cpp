@@ -1,7 +1,7 @@
 // FILE records through the deep NTFS analysis, with the same bytes as the source behind it, as a pass over the image would
 // show them: whole in the block, or cut at its end.
 #include "fuzz/ScratchImage.h"
-#include "recovery/carving/SectorValidators.h"
+#include "recovery/metadata/SectorValidators.h"
 #include "recovery/ntfs/ProfessionalNtfsRecovery.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)

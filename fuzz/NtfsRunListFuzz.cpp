@@ -1,6 +1,6 @@
 // A run list at any sector size. Cut anywhere, it must give the same runs, only fewer. The input is the number of
 // 512-byte units in a sector, then an attribute.
-#include "recovery/ntfs/NtfsRecordCodec.h"
+#include "recovery/metadata/NtfsRecordCodec.h"
 
 #include <algorithm>
 #include <cstdlib>

@@ -1,6 +1,6 @@
 // The first 16 KB of a target: recognition, and the geometry that the FAT engines take from what it lets through.
-#include "recovery/FileSystemRecognition.h"
-#include "recovery/fat/FatGeometry.h"
+#include "recovery/metadata/FatGeometry.h"
+#include "recovery/metadata/FileSystemRecognition.h"
 
 #include <cstdlib>
 

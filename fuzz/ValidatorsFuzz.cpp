@@ -1,6 +1,6 @@
 // The tests for file-system metadata, on the input cut at every entry border and as a sector.
 #include "recovery/carving/BoundaryScan.h"
-#include "recovery/carving/SectorValidators.h"
+#include "recovery/metadata/SectorValidators.h"
 
 #include <algorithm>
 

@@ -40,7 +40,8 @@ bool IsWritableFolder(const std::filesystem::path& path);
 
 // XDG_DATA_HOME, else ~/.local/share, else the home folder of the user database; or what was set below.
 std::filesystem::path ApplicationDataFolder();
-// Puts another folder in its place for the rest of the process (a command-line option, tests).
+// Puts another folder in its place for the rest of the process (a command-line option, tests), before threads start:
+// reading it takes no lock, and the environment behind it is not to change either.
 void SetApplicationDataFolder(const std::filesystem::path& path);
 
 // XDG_CONFIG_HOME, else ~/.config, else the same in the home folder of the user database.

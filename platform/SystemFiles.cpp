@@ -6,7 +6,6 @@
 #include <fstream>
 #include <sys/stat.h>
 #include <sys/sysmacros.h>
-#include <unistd.h>
 
 namespace {
 
@@ -87,9 +86,4 @@ std::string DeviceNumberOf(const std::filesystem::path& node)
 {
     FileIdentity identity;
     return IdentifyPath(node, identity) == ResultSuccess ? identity.ownDeviceNumber : std::string();
-}
-
-bool RunsAsRoot()
-{
-    return ::geteuid() == 0;
 }

@@ -11,7 +11,7 @@
 #include <vector>
 
 // "/sys/block", "/dev/sda" or "/proc/self/mountinfo" where the system keeps them; below another root folder once one was
-// set (tests, on a made-up system). Not to be changed while a thread lists disks.
+// set (tests, on a made-up system). Set before threads start: reading it takes no lock.
 std::filesystem::path SystemPath(std::string_view absolutePath);
 void SetSystemRoot(const std::filesystem::path& root);
 
@@ -41,6 +41,3 @@ struct FileIdentity
 [[nodiscard]] ResultCode IdentifyPath(const std::filesystem::path& path, FileIdentity& outIdentity);
 // The number of a block device's node; empty when it is none.
 std::string DeviceNumberOf(const std::filesystem::path& node);
-
-// The running program may do everything, so that asking for more rights has no use.
-bool RunsAsRoot();

@@ -73,15 +73,16 @@ std::unique_ptr<IByteReader> MakeHandleReader(FileHandle handle)
 
 ResultCode OpenDriveSource(std::uint32_t diskNumber, DriveFlush flush, OpenedSource& outSource)
 {
+    const std::optional<BlockDevice> disk = DriveRegistry::Instance().Find(diskNumber);
     FileHandle handle;
-    if (const ResultCode result = DriveRegistry::Instance().Open(diskNumber, handle)) {
+    if (const ResultCode result =
+            disk ? DriveRegistry::Instance().Open(diskNumber, handle) : ResultFileNotFound) {
         return result;
     }
     std::uint64_t sizeBytes = 0;
     if (const ResultCode result = handle.Size(&sizeBytes)) {
         return result;
     }
-    const BlockDevice* disk = DriveRegistry::Instance().Find(diskNumber);
     if (flush == DriveFlush::Flush) {
         SyncMountsOn(disk->deviceNumber);
         // The kernel keeps what it read from the disk before; a mounted volume may have changed since.

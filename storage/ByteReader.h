@@ -53,6 +53,6 @@ std::unique_ptr<IByteReader> MakeHandleReader(FileHandle handle);
 ReadWhole(IByteReader& reader, std::uint64_t position, std::uint8_t* buffer, std::size_t count);
 
 // Every source opened from now on goes through the decorator; an empty one takes it out again. Tests use
-// it to damage reads on purpose.
+// it to damage reads on purpose; it is set while no other thread opens a source.
 using ReaderDecorator = std::function<std::unique_ptr<IByteReader>(std::unique_ptr<IByteReader>)>;
 void SetReaderDecorator(ReaderDecorator decorator);

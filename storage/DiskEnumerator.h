@@ -10,7 +10,8 @@
 #include <tuple>
 #include <vector>
 
-// Keep one for the whole run: an entry that is found again keeps its number, and no number is given twice. Not thread-safe.
+// Keep one for the whole run: an entry that is found again keeps its number, and no number is given twice. One thread uses it;
+// another may open drives by their numbers meanwhile.
 class DiskEnumerator
 {
 public:

@@ -25,8 +25,8 @@ std::string ProbedName(const StorageMap& storage, const StorageExtent& extent)
 
 bool IsRemovable(std::uint32_t diskNumber)
 {
-    const BlockDevice* disk = DriveRegistry::Instance().Find(diskNumber);
-    return disk != nullptr && disk->removable;
+    const std::optional<BlockDevice> disk = DriveRegistry::Instance().Find(diskNumber);
+    return disk && disk->removable;
 }
 
 ResultCode GetDiskLength(std::uint32_t diskNumber, std::uint64_t* out)
@@ -76,9 +76,9 @@ ResultCode GetFileSize(const std::filesystem::path& path, std::uint64_t* out)
 
 std::string DiskIdentity(std::uint32_t diskNumber)
 {
-    const BlockDevice* disk = DriveRegistry::Instance().Find(diskNumber);
+    const std::optional<BlockDevice> disk = DriveRegistry::Instance().Find(diskNumber);
     FileHandle handle;
-    if (disk == nullptr || DriveRegistry::Instance().Open(diskNumber, handle) != ResultSuccess) {
+    if (!disk || DriveRegistry::Instance().Open(diskNumber, handle) != ResultSuccess) {
         return {};
     }
     std::uint64_t sizeBytes = 0;

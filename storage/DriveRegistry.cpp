@@ -29,7 +29,7 @@ std::uint32_t DriveRegistry::FreeNumber() const
     return number < NumberLimit ? number : NoNumber;
 }
 
-std::uint32_t DriveRegistry::NumberOf(const BlockDevice& disk)
+std::uint32_t DriveRegistry::NumberLocked(const BlockDevice& disk)
 {
     for (auto& [number, entry] : m_entries) {
         if (!entry.disk.name.empty() && IsSameDisk(entry.disk, disk)) {
@@ -40,20 +40,28 @@ std::uint32_t DriveRegistry::NumberOf(const BlockDevice& disk)
     }
     const std::uint32_t number = FreeNumber();
     if (number != NoNumber) {
-        m_entries.try_emplace(number, Entry{disk, disk.Node(), FileHandle()});
+        m_entries.try_emplace(number, Entry{disk, disk.Node()});
     }
     return number;
 }
 
+std::uint32_t DriveRegistry::NumberOf(const BlockDevice& disk)
+{
+    const std::lock_guard guard(m_lock);
+    return NumberLocked(disk);
+}
+
 void DriveRegistry::NumberAll(const std::vector<BlockDevice>& disks)
 {
+    const std::lock_guard guard(m_lock);
     for (const BlockDevice& disk : disks) {
-        (void)NumberOf(disk);
+        (void)NumberLocked(disk);
     }
 }
 
 std::uint32_t DriveRegistry::NumberOf(const std::filesystem::path& node)
 {
+    const std::lock_guard guard(m_lock);
     for (const auto& [number, entry] : m_entries) {
         if (entry.node == node) {
             return number;
@@ -61,26 +69,35 @@ std::uint32_t DriveRegistry::NumberOf(const std::filesystem::path& node)
     }
     const std::uint32_t number = FreeNumber();
     if (number != NoNumber) {
-        m_entries.try_emplace(number, Entry{BlockDevice(), node, FileHandle()});
+        m_entries.try_emplace(number, Entry{BlockDevice(), node});
     }
     return number;
 }
 
-const BlockDevice* DriveRegistry::Find(std::uint32_t diskNumber) const
+std::optional<BlockDevice> DriveRegistry::Find(std::uint32_t diskNumber) const
 {
+    const std::lock_guard guard(m_lock);
     const auto found = m_entries.find(diskNumber);
-    return found != m_entries.end() ? &found->second.disk : nullptr;
+    return found != m_entries.end() ? std::optional(found->second.disk) : std::nullopt;
 }
 
 std::filesystem::path DriveRegistry::DeviceOf(std::uint32_t diskNumber) const
 {
+    const std::lock_guard guard(m_lock);
     const auto found = m_entries.find(diskNumber);
     return found != m_entries.end() ? found->second.node : std::filesystem::path();
 }
 
 void DriveRegistry::Forget(std::uint32_t diskNumber)
 {
+    const std::lock_guard guard(m_lock);
     m_entries.erase(diskNumber);
+}
+
+void DriveRegistry::SetPrivilegedOpener(PrivilegedOpener opener)
+{
+    const std::lock_guard guard(m_lock);
+    m_privilegedOpener = std::move(opener);
 }
 
 // A node keeps its name when the card in the reader is changed.
@@ -94,25 +111,43 @@ ResultCode DriveRegistry::CheckMedium(const Entry& entry)
     return now && *now != entry.disk.diskSequence ? ResultNotConnected : ResultSuccess;
 }
 
-ResultCode DriveRegistry::Open(std::uint32_t diskNumber, FileHandle& outHandle)
+ResultCode
+DriveRegistry::OpenEntry(const Entry& entry, const PrivilegedOpener& opener, FileHandle& outHandle)
 {
-    const auto found = m_entries.find(diskNumber);
-    if (found == m_entries.end()) {
-        return ResultFileNotFound;
-    }
-    Entry& entry = found->second;
     if (const ResultCode result = CheckMedium(entry)) {
         return result;
     }
-    if (entry.privileged.IsOpen()) {
-        return entry.privileged.Duplicate(outHandle);
+    const std::lock_guard asking(entry.consent->lock);
+    FileHandle& privileged = entry.consent->handle;
+    if (!privileged.IsOpen()) {
+        const ResultCode result = outHandle.OpenForReading(entry.node);
+        if (result != ResultAccessDenied || !opener) {
+            return result;
+        }
+        if (const ResultCode denied = opener(entry.node, privileged)) {
+            return denied;
+        }
+        // The question may have stood for long enough to change the card.
+        if (const ResultCode changed = CheckMedium(entry)) {
+            privileged.Close();
+            return changed;
+        }
     }
-    const ResultCode result = outHandle.OpenForReading(entry.node);
-    if (result != ResultAccessDenied || !m_privilegedOpener) {
-        return result;
+    return privileged.Duplicate(outHandle);
+}
+
+ResultCode DriveRegistry::Open(std::uint32_t diskNumber, FileHandle& outHandle)
+{
+    Entry entry;
+    PrivilegedOpener opener;
+    {
+        const std::lock_guard guard(m_lock);
+        const auto found = m_entries.find(diskNumber);
+        if (found == m_entries.end()) {
+            return ResultFileNotFound;
+        }
+        entry = found->second;
+        opener = m_privilegedOpener;
     }
-    if (const ResultCode denied = m_privilegedOpener(entry.node, entry.privileged)) {
-        return denied;
-    }
-    return entry.privileged.Duplicate(outHandle);
+    return OpenEntry(entry, opener, outHandle);
 }

@@ -30,8 +30,8 @@ Touching PathTouches(const std::filesystem::path& path,
                      std::uint64_t startByte,
                      std::uint64_t byteCount)
 {
-    const BlockDevice* disk = DriveRegistry::Instance().Find(diskNumber);
-    if (disk == nullptr) {
+    const std::optional<BlockDevice> disk = DriveRegistry::Instance().Find(diskNumber);
+    if (!disk) {
         return Touching::Unknown;
     }
     if (disk->deviceNumber.empty()) {

@@ -18,7 +18,8 @@ std::uint64_t VolumeStamp(const ScanSource& drive)
     if (ReadVolumeSpace(drive.Reader(), startByte, sectors * drive.SectorSize(), space)) {
         return space.freeBytes;
     }
-    const auto disk = DriveRegistry::Instance().Find(drive.Identity().diskNumber);
+    const std::optional<BlockDevice> disk =
+        DriveRegistry::Instance().Find(drive.Identity().diskNumber);
     const StorageMap storage;
     const MountEntry* mount = disk ? FindMountAt(storage, disk->deviceNumber, startByte) : nullptr;
     const bool told = mount != nullptr && FileSystemSpace(mount->mountPoint, &space.totalBytes,

@@ -3,7 +3,7 @@
 #include "recovery/carving/ByteSearch.h"
 #include "recovery/carving/CarveContext.h"
 #include "recovery/carving/DetectDispatch.h"
-#include "recovery/carving/SectorValidators.h"
+#include "recovery/metadata/SectorValidators.h"
 
 #include <string_view>
 

@@ -48,11 +48,6 @@ FindOneByOne(ByteView block, std::string_view pattern, std::size_t from, std::si
 
 }  // namespace
 
-bool IsAllZero(const std::uint8_t* bytes, std::size_t count)
-{
-    return ByteView(bytes, count).AllZero();
-}
-
 std::size_t FindBytes(ByteView block, std::string_view pattern, std::size_t from)
 {
     if (pattern.empty() || !block.Covers(from, pattern.size())) {

@@ -8,8 +8,6 @@
 
 inline constexpr std::size_t NotFound = SIZE_MAX;
 
-bool IsAllZero(const std::uint8_t* bytes, std::size_t count);
-
 // Offset of the first occurrence at or behind from; NotFound also for an empty pattern.
 std::size_t FindBytes(ByteView block, std::string_view pattern, std::size_t from = 0);
 

@@ -89,6 +89,7 @@ ResultCode TrySignatureTable(ByteView sector,
     outHead.name =
         std::to_string(static_cast<std::int64_t>(lba)).append(1, '.').append(row->extension);
     outHead.typeId = hit.typeId;
+    outHead.lengthEnd = row->lengthEnd;
     context.lastCallbackResult = ResultSuccess;
     outHead.lengthBytes = row->length(sector.Data(), SizeOf(sector));
     // Any other answer of the callback has cut the measuring short, but the file counts.

@@ -25,6 +25,7 @@ struct CarvedHead
     std::string name;  // "<lba>.<extension of the type's first row>"
     FileTypeId typeId = FileTypeId::None;
     std::int64_t lengthBytes = 0;
+    LengthEnd lengthEnd = LengthEnd::Seen;
 };
 
 // Tries the rows on a sector in table order and measures what fires. ResultInvalidParameter (87) when nothing

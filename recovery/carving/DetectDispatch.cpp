@@ -1,82 +1,11 @@
 #include "recovery/carving/DetectDispatch.h"
 
-#include "platform/ByteView.h"
-#include "recovery/carving/formats/Formats.h"
-
 #include <array>
 #include <bit>
 #include <cstring>
-#include <string_view>
 #include <vector>
 
 namespace {
-
-using namespace std::string_view_literals;
-
-// A format whose mark does not stand at offset 0 is asked for any first byte, behind a cheap test of its own.
-enum class Gate
-{
-    FirstByte,
-    PackStart,     // 00 00 01 somewhere in the first 32 bytes
-    FileType,      // "ftyp" at 4
-    TimedTable,    // a program association table behind a time stamp
-    ContentTypes,  // "[" at 31
-};
-
-struct HeadRule
-{
-    DetectFunction detect;
-    Gate gate;
-    std::string_view firstBytes;
-};
-
-// Any of the first bytes, or the gate, makes a row a candidate. A detect function that is missing here is asked for
-// every sector.
-// clang-format off
-constexpr HeadRule HeadRules[] = {
-    {DetectMpeg,   Gate::PackStart,    ""sv},
-    {DetectMp4,    Gate::FileType,     ""sv},
-    {DetectRm,     Gate::FirstByte,    "."sv},
-    {DetectAsf,    Gate::FirstByte,    "0"sv},
-    {DetectSwf,    Gate::FirstByte,    "CF"sv},
-    {DetectAvi,    Gate::FirstByte,    "R"sv},
-    {DetectFlv,    Gate::FirstByte,    "F"sv},
-    {Detect3gp,    Gate::FileType,     ""sv},
-    {DetectMkv,    Gate::FirstByte,    "\x1A"sv},
-    {DetectTs,     Gate::FirstByte,    "G"sv},
-    {DetectMts,    Gate::TimedTable,   ""sv},
-    {DetectMxf,    Gate::FirstByte,    "\x06"sv},
-    {DetectMp3,    Gate::FirstByte,    "I"sv},
-    {DetectMidi,   Gate::FirstByte,    "M"sv},
-    {DetectApe,    Gate::FirstByte,    "M"sv},
-    {DetectWav,    Gate::FirstByte,    "R"sv},
-    {DetectMov,    Gate::FileType,     "m"sv},
-    {DetectMp2,    Gate::FirstByte,    "\xFF"sv},
-    {DetectMmf,    Gate::FirstByte,    "M"sv},
-    {DetectFla,    Gate::FirstByte,    "\xD0"sv},
-    {DetectGif,    Gate::FirstByte,    "G"sv},
-    {DetectBmp,    Gate::FirstByte,    "B"sv},
-    {DetectJpeg,   Gate::FirstByte,    "\xFF"sv},
-    {DetectPng,    Gate::FirstByte,    "\x89"sv},
-    {DetectPsd,    Gate::FirstByte,    "8"sv},
-    {DetectTiff,   Gate::FirstByte,    "MI"sv},
-    {DetectIco,    Gate::FirstByte,    "\0"sv},
-    {DetectOle2,   Gate::FirstByte,    "\xD0"sv},
-    {DetectOoxml,  Gate::ContentTypes, "P"sv},
-    {DetectPdf,    Gate::FirstByte,    "%"sv},
-    {DetectGzip,   Gate::FirstByte,    "\x1F"sv},
-    {Detect7z,     Gate::FirstByte,    "7"sv},
-    {DetectZip,    Gate::FirstByte,    "P"sv},
-    {DetectRar,    Gate::FirstByte,    "R"sv},
-    {DetectCab,    Gate::FirstByte,    "M"sv},
-    {DetectPe,     Gate::FirstByte,    "M"sv},
-    {DetectGho,    Gate::FirstByte,    "\xFE"sv},
-    {DetectSqlite, Gate::FirstByte,    "S"sv},
-    {DetectDbx,    Gate::FirstByte,    "\xCF"sv},
-    {DetectPst,    Gate::FirstByte,    "!"sv},
-    {DetectTtf,    Gate::FirstByte,    "\0"sv},
-};
-// clang-format on
 
 constexpr std::int32_t GateBytes = 32;
 
@@ -92,43 +21,27 @@ struct Dispatch
     std::vector<const SignatureEntry*> rows;
 };
 
-void Enter(Dispatch& dispatch, const HeadRule* rule, std::uint64_t bit)
+void Enter(Dispatch& dispatch, const SignatureEntry& row, std::uint64_t bit)
 {
-    if (rule == nullptr) {
-        for (std::uint64_t& mask : dispatch.byFirstByte) {
-            mask |= bit;
-        }
-        return;
-    }
-    for (const char first : rule->firstBytes) {
+    for (const char first : row.firstBytes) {
         dispatch.byFirstByte[static_cast<std::uint8_t>(first)] |= bit;
     }
-    switch (rule->gate) {
-    case Gate::FirstByte:
+    switch (row.gate) {
+    case HeadGate::FirstByte:
         break;
-    case Gate::PackStart:
+    case HeadGate::PackStart:
         dispatch.packStart |= bit;
         break;
-    case Gate::FileType:
+    case HeadGate::FileType:
         dispatch.fileType |= bit;
         break;
-    case Gate::TimedTable:
+    case HeadGate::TimedTable:
         dispatch.timedTable |= bit;
         break;
-    case Gate::ContentTypes:
+    case HeadGate::ContentTypes:
         dispatch.contentTypes |= bit;
         break;
     }
-}
-
-const HeadRule* RuleOf(DetectFunction detect)
-{
-    for (const HeadRule& rule : HeadRules) {
-        if (rule.detect == detect) {
-            return &rule;
-        }
-    }
-    return nullptr;
 }
 
 Dispatch MakeDispatch()
@@ -141,13 +54,11 @@ Dispatch MakeDispatch()
             continue;
         }
         before = row.detect;
-        Enter(dispatch, RuleOf(row.detect), std::uint64_t{1} << dispatch.rows.size());
+        Enter(dispatch, row, std::uint64_t{1} << dispatch.rows.size());
         dispatch.rows.push_back(&row);
     }
     return dispatch;
 }
-
-static_assert(std::size(HeadRules) <= 64);
 
 std::uint64_t Word(const std::uint8_t* at)
 {

@@ -8,29 +8,6 @@ namespace {
 
 constexpr std::string_view StorePrefix = "File_Type_";
 
-// These are as long as a field of their head claims, with nothing seen of their end: the pass does not jump over a
-// claim. Some of them have no length function and never come here; they stay in the list.
-bool LengthIsOnlyClaimed(FileTypeId typeId)
-{
-    switch (typeId) {
-    case FileTypeId::WordOle:
-    case FileTypeId::OtherOle:
-    case FileTypeId::SheetOle:
-    case FileTypeId::SlidesOle:
-    case FileTypeId::Wav:
-    case FileTypeId::Avi:
-    case FileTypeId::Asf:
-    case FileTypeId::Swf:
-    case FileTypeId::Bmp:
-    case FileTypeId::Cab:
-    case FileTypeId::Ttf:
-    case FileTypeId::Ico:
-        return true;
-    default:
-        return false;
-    }
-}
-
 }  // namespace
 
 ResultCode CFileTypeRecovery::Open(std::shared_ptr<ScanSource> source, char16_t driveLetter)
@@ -84,7 +61,7 @@ ResultCode CFileTypeRecovery::CarveAtSector(ByteView sector,
     record.EntrySector = lba;
     record.SetName(head.name);
     m_store->LinkRecord(0, 0, record.RecordNumber);
-    if (!LengthIsOnlyClaimed(head.typeId)) {
+    if (head.lengthEnd == LengthEnd::Seen) {
         outStep = head.lengthBytes / size + (head.lengthBytes % size != 0 ? 1 : 0);
     }
     ++inOutFilesFound;

@@ -3,103 +3,139 @@
 #include "platform/Text.h"
 #include "recovery/carving/formats/Formats.h"
 
+#include <algorithm>
+
 namespace {
 
+using namespace std::string_view_literals;
 using enum FileTypeId;
+using enum HeadGate;
+using enum LengthEnd;
 
 // The first row of a type names and measures every file of that type, whatever row fired.
 // clang-format off
 constexpr SignatureEntry Rows[] = {
-    {"mpeg",  Mpeg,        DetectMpeg,   LengthMpeg},  // its mark may stand behind another format's
-    {"mpg",   Mpeg,        DetectMpeg,   LengthMpeg},
-    {"vob",   Mpeg,        DetectMpeg,   LengthMpeg},
-    {"mp4",   Mp4,         DetectMp4,    LengthMp4},
-    {"rmvb",  RealMedia,   DetectRm,     LengthRm},
-    {"rm",    RealMedia,   DetectRm,     LengthRm},
-    {"wmv",   Asf,         DetectAsf,    LengthAsf},
-    {"asf",   Asf,         DetectAsf,    LengthAsf},
-    {"wma",   Asf,         DetectAsf,    LengthAsf},
-    {"swf",   Swf,         DetectSwf,    LengthSwf},
-    {"avi",   Avi,         DetectAvi,    LengthAvi},
-    {"flv",   Flv,         DetectFlv,    LengthBounded4G},
-    {"3gp",   ThreeGp,     Detect3gp,    LengthBounded4G},
-    {"mkv",   Mkv,         DetectMkv,    LengthMkv},
-    {"ts",    Ts,          DetectTs,     LengthTs},
-    {"mts",   Mts,         DetectMts,    LengthBounded4G},
-    {"mxf",   Mxf,         DetectMxf,    LengthBounded4G},
-    {"mp3",   Mp3,         DetectMp3,    LengthMp3},
-    {"mid",   Midi,        DetectMidi,   LengthMidi},
-    {"ape",   Ape,         DetectApe,    LengthApe},
-    {"wav",   Wav,         DetectWav,    LengthWav},
-    {"mov",   Mov,         DetectMov,    LengthBounded64M},
-    {"mp2",   Mp2,         DetectMp2,    LengthBounded64M},
-    {"mmf",   Mmf,         DetectMmf,    LengthBounded64M},
-    {"fla",   Fla,         DetectFla,    LengthBounded64M},  // before doc: takes every compound file
-    {"gif",   Gif,         DetectGif,    LengthGif},
-    {"bmp",   Bmp,         DetectBmp,    LengthBmp},
-    {"dib",   Bmp,         DetectBmp,    LengthBmp},
-    {"jpg",   Jpeg,        DetectJpeg,   LengthJpeg},
-    {"jpeg",  Jpeg,        DetectJpeg,   LengthJpeg},
-    {"jpe",   Jpeg,        DetectJpeg,   LengthJpeg},
-    {"jfif",  Jpeg,        DetectJpeg,   LengthJpeg},
-    {"png",   Png,         DetectPng,    LengthPng},
-    {"psd",   Psd,         DetectPsd,    LengthScanOnly128M},
-    {"tif",   Tiff,        DetectTiff,   LengthScanOnly128M},
-    {"tiff",  Tiff,        DetectTiff,   LengthScanOnly128M},
-    {"ico",   Ico,         DetectIco,    LengthIco},
-    {"doc",   WordOle,     DetectOle2,   nullptr},
-    {"dot",   WordOle,     DetectOle2,   nullptr},
-    {"wps",   WordOle,     DetectOle2,   nullptr},
-    {"wpt",   WordOle,     DetectOle2,   nullptr},
-    {"xls",   SheetOle,    DetectOle2,   nullptr},
-    {"xlt",   SheetOle,    DetectOle2,   nullptr},
-    {"xla",   SheetOle,    DetectOle2,   nullptr},
-    {"et",    SheetOle,    DetectOle2,   nullptr},
-    {"ett",   SheetOle,    DetectOle2,   nullptr},
-    {"ppt",   SlidesOle,   DetectOle2,   nullptr},
-    {"pot",   SlidesOle,   DetectOle2,   nullptr},
-    {"pps",   SlidesOle,   DetectOle2,   nullptr},
-    {"dps",   SlidesOle,   DetectOle2,   nullptr},
-    {"dpt",   SlidesOle,   DetectOle2,   nullptr},
-    {"ole",   OtherOle,    DetectOle2,   nullptr},
-    {"docx",  WordOoxml,   DetectOoxml,  nullptr},  // before zip: takes the zips that are documents
-    {"docm",  WordOoxml,   DetectOoxml,  nullptr},
-    {"dotm",  WordOoxml,   DetectOoxml,  nullptr},
-    {"dotx",  WordOoxml,   DetectOoxml,  nullptr},
-    {"xlsx",  SheetOoxml,  DetectOoxml,  nullptr},
-    {"xlsb",  SheetOoxml,  DetectOoxml,  nullptr},
-    {"xlsm",  SheetOoxml,  DetectOoxml,  nullptr},
-    {"xlsx",  SheetOoxml,  DetectOoxml,  nullptr},  // a second time, on purpose
-    {"xlam",  SheetOoxml,  DetectOoxml,  nullptr},
-    {"xltx",  SheetOoxml,  DetectOoxml,  nullptr},
-    {"xltm",  SheetOoxml,  DetectOoxml,  nullptr},
-    {"pptx",  SlidesOoxml, DetectOoxml,  nullptr},
-    {"pptm",  SlidesOoxml, DetectOoxml,  nullptr},
-    {"potx",  SlidesOoxml, DetectOoxml,  nullptr},
-    {"potm",  SlidesOoxml, DetectOoxml,  nullptr},
-    {"ppsx",  SlidesOoxml, DetectOoxml,  nullptr},
-    {"ppsm",  SlidesOoxml, DetectOoxml,  nullptr},
-    {"mso07", OtherOoxml,  DetectOoxml,  nullptr},  // answers no to every head: nothing returns its type
-    {"pdf",   Pdf,         DetectPdf,    nullptr},
-    {"gz",    Gzip,        DetectGzip,   nullptr},
-    {"gzip",  Gzip,        DetectGzip,   nullptr},
-    {"7z",    SevenZip,    Detect7z,     nullptr},
-    {"zip",   Zip,         DetectZip,    nullptr},
-    {"rar",   Rar,         DetectRar,    nullptr},
-    {"cab",   Cab,         DetectCab,    nullptr},
-    {"exe",   Exe,         DetectPe,     nullptr},
-    {"dll",   Dll,         DetectPe,     nullptr},
-    {"sys",   Sys,         DetectPe,     nullptr},
-    {"gho",   Gho,         DetectGho,    nullptr},
-    {"db",    Sqlite,      DetectSqlite, nullptr},
-    {"dbx",   Dbx,         DetectDbx,    nullptr},
-    {"pst",   Pst,         DetectPst,    nullptr},
-    {"ttf",   Ttf,         DetectTtf,    nullptr},
-    {"",      None,        nullptr,      nullptr},
+    {"mpeg",   Mpeg,        PackStart,    ""sv,     DetectMpeg,   LengthMpeg,         Seen},  // its mark may follow another's
+    {"mpg",    Mpeg,        PackStart,    ""sv,     DetectMpeg,   LengthMpeg,         Seen},
+    {"vob",    Mpeg,        PackStart,    ""sv,     DetectMpeg,   LengthMpeg,         Seen},
+    {"mp4",    Mp4,         FileType,     ""sv,     DetectMp4,    LengthMp4,          Seen},
+    {"rmvb",   RealMedia,   FirstByte,    "."sv,    DetectRm,     LengthRm,           Seen},
+    {"rm",     RealMedia,   FirstByte,    "."sv,    DetectRm,     LengthRm,           Seen},
+    {"wmv",    Asf,         FirstByte,    "0"sv,    DetectAsf,    LengthAsf,          Claimed},
+    {"asf",    Asf,         FirstByte,    "0"sv,    DetectAsf,    LengthAsf,          Claimed},
+    {"wma",    Asf,         FirstByte,    "0"sv,    DetectAsf,    LengthAsf,          Claimed},
+    {"swf",    Swf,         FirstByte,    "CF"sv,   DetectSwf,    LengthSwf,          Claimed},
+    {"avi",    Avi,         FirstByte,    "R"sv,    DetectAvi,    LengthAvi,          Claimed},
+    {"flv",    Flv,         FirstByte,    "F"sv,    DetectFlv,    LengthBounded4G,    Seen},
+    {"3gp",    ThreeGp,     FileType,     ""sv,     Detect3gp,    LengthBounded4G,    Seen},
+    {"mkv",    Mkv,         FirstByte,    "\x1A"sv, DetectMkv,    LengthMkv,          Seen},
+    {"ts",     Ts,          FirstByte,    "G"sv,    DetectTs,     LengthTs,           Seen},
+    {"mts",    Mts,         TimedTable,   ""sv,     DetectMts,    LengthBounded4G,    Seen},
+    {"mxf",    Mxf,         FirstByte,    "\x06"sv, DetectMxf,    LengthBounded4G,    Seen},
+    {"mp3",    Mp3,         FirstByte,    "I"sv,    DetectMp3,    LengthMp3,          Seen},
+    {"mid",    Midi,        FirstByte,    "M"sv,    DetectMidi,   LengthMidi,         Seen},
+    {"ape",    Ape,         FirstByte,    "M"sv,    DetectApe,    LengthApe,          Seen},
+    {"wav",    Wav,         FirstByte,    "R"sv,    DetectWav,    LengthWav,          Claimed},
+    {"mov",    Mov,         FileType,     "m"sv,    DetectMov,    LengthBounded64M,   Seen},
+    {"mp2",    Mp2,         FirstByte,    "\xFF"sv, DetectMp2,    LengthBounded64M,   Seen},
+    {"mmf",    Mmf,         FirstByte,    "M"sv,    DetectMmf,    LengthBounded64M,   Seen},
+    {"fla",    Fla,         FirstByte,    "\xD0"sv, DetectFla,    LengthBounded64M,   Seen},  // before doc: takes all of them
+    {"gif",    Gif,         FirstByte,    "G"sv,    DetectGif,    LengthGif,          Seen},
+    {"bmp",    Bmp,         FirstByte,    "B"sv,    DetectBmp,    LengthBmp,          Claimed},
+    {"dib",    Bmp,         FirstByte,    "B"sv,    DetectBmp,    LengthBmp,          Claimed},
+    {"jpg",    Jpeg,        FirstByte,    "\xFF"sv, DetectJpeg,   LengthJpeg,         Seen},
+    {"jpeg",   Jpeg,        FirstByte,    "\xFF"sv, DetectJpeg,   LengthJpeg,         Seen},
+    {"jpe",    Jpeg,        FirstByte,    "\xFF"sv, DetectJpeg,   LengthJpeg,         Seen},
+    {"jfif",   Jpeg,        FirstByte,    "\xFF"sv, DetectJpeg,   LengthJpeg,         Seen},
+    {"png",    Png,         FirstByte,    "\x89"sv, DetectPng,    LengthPng,          Seen},
+    {"psd",    Psd,         FirstByte,    "8"sv,    DetectPsd,    LengthScanOnly128M, Seen},
+    {"tif",    Tiff,        FirstByte,    "MI"sv,   DetectTiff,   LengthScanOnly128M, Seen},
+    {"tiff",   Tiff,        FirstByte,    "MI"sv,   DetectTiff,   LengthScanOnly128M, Seen},
+    {"ico",    Ico,         FirstByte,    "\0"sv,   DetectIco,    LengthIco,          Claimed},
+    {"doc",    WordOle,     FirstByte,    "\xD0"sv, DetectOle2,   nullptr,            Claimed},
+    {"dot",    WordOle,     FirstByte,    "\xD0"sv, DetectOle2,   nullptr,            Claimed},
+    {"wps",    WordOle,     FirstByte,    "\xD0"sv, DetectOle2,   nullptr,            Claimed},
+    {"wpt",    WordOle,     FirstByte,    "\xD0"sv, DetectOle2,   nullptr,            Claimed},
+    {"xls",    SheetOle,    FirstByte,    "\xD0"sv, DetectOle2,   nullptr,            Claimed},
+    {"xlt",    SheetOle,    FirstByte,    "\xD0"sv, DetectOle2,   nullptr,            Claimed},
+    {"xla",    SheetOle,    FirstByte,    "\xD0"sv, DetectOle2,   nullptr,            Claimed},
+    {"et",     SheetOle,    FirstByte,    "\xD0"sv, DetectOle2,   nullptr,            Claimed},
+    {"ett",    SheetOle,    FirstByte,    "\xD0"sv, DetectOle2,   nullptr,            Claimed},
+    {"ppt",    SlidesOle,   FirstByte,    "\xD0"sv, DetectOle2,   nullptr,            Claimed},
+    {"pot",    SlidesOle,   FirstByte,    "\xD0"sv, DetectOle2,   nullptr,            Claimed},
+    {"pps",    SlidesOle,   FirstByte,    "\xD0"sv, DetectOle2,   nullptr,            Claimed},
+    {"dps",    SlidesOle,   FirstByte,    "\xD0"sv, DetectOle2,   nullptr,            Claimed},
+    {"dpt",    SlidesOle,   FirstByte,    "\xD0"sv, DetectOle2,   nullptr,            Claimed},
+    {"ole",    OtherOle,    FirstByte,    "\xD0"sv, DetectOle2,   nullptr,            Claimed},
+    {"docx",   WordOoxml,   ContentTypes, "P"sv,    DetectOoxml,  nullptr,            Seen},  // before zip: takes documents
+    {"docm",   WordOoxml,   ContentTypes, "P"sv,    DetectOoxml,  nullptr,            Seen},
+    {"dotm",   WordOoxml,   ContentTypes, "P"sv,    DetectOoxml,  nullptr,            Seen},
+    {"dotx",   WordOoxml,   ContentTypes, "P"sv,    DetectOoxml,  nullptr,            Seen},
+    {"xlsx",   SheetOoxml,  ContentTypes, "P"sv,    DetectOoxml,  nullptr,            Seen},
+    {"xlsb",   SheetOoxml,  ContentTypes, "P"sv,    DetectOoxml,  nullptr,            Seen},
+    {"xlsm",   SheetOoxml,  ContentTypes, "P"sv,    DetectOoxml,  nullptr,            Seen},
+    {"xlsx",   SheetOoxml,  ContentTypes, "P"sv,    DetectOoxml,  nullptr,            Seen},  // a second time, on purpose
+    {"xlam",   SheetOoxml,  ContentTypes, "P"sv,    DetectOoxml,  nullptr,            Seen},
+    {"xltx",   SheetOoxml,  ContentTypes, "P"sv,    DetectOoxml,  nullptr,            Seen},
+    {"xltm",   SheetOoxml,  ContentTypes, "P"sv,    DetectOoxml,  nullptr,            Seen},
+    {"pptx",   SlidesOoxml, ContentTypes, "P"sv,    DetectOoxml,  nullptr,            Seen},
+    {"pptm",   SlidesOoxml, ContentTypes, "P"sv,    DetectOoxml,  nullptr,            Seen},
+    {"potx",   SlidesOoxml, ContentTypes, "P"sv,    DetectOoxml,  nullptr,            Seen},
+    {"potm",   SlidesOoxml, ContentTypes, "P"sv,    DetectOoxml,  nullptr,            Seen},
+    {"ppsx",   SlidesOoxml, ContentTypes, "P"sv,    DetectOoxml,  nullptr,            Seen},
+    {"ppsm",   SlidesOoxml, ContentTypes, "P"sv,    DetectOoxml,  nullptr,            Seen},
+    {"mso07",  OtherOoxml,  ContentTypes, "P"sv,    DetectOoxml,  nullptr,            Seen},  // nothing returns its type
+    {"pdf",    Pdf,         FirstByte,    "%"sv,    DetectPdf,    nullptr,            Seen},
+    {"gz",     Gzip,        FirstByte,    "\x1F"sv, DetectGzip,   nullptr,            Seen},
+    {"gzip",   Gzip,        FirstByte,    "\x1F"sv, DetectGzip,   nullptr,            Seen},
+    {"7z",     SevenZip,    FirstByte,    "7"sv,    Detect7z,     nullptr,            Seen},
+    {"zip",    Zip,         FirstByte,    "P"sv,    DetectZip,    nullptr,            Seen},
+    {"rar",    Rar,         FirstByte,    "R"sv,    DetectRar,    nullptr,            Seen},
+    {"cab",    Cab,         FirstByte,    "M"sv,    DetectCab,    nullptr,            Claimed},
+    {"exe",    Exe,         FirstByte,    "M"sv,    DetectPe,     nullptr,            Seen},
+    {"dll",    Dll,         FirstByte,    "M"sv,    DetectPe,     nullptr,            Seen},
+    {"sys",    Sys,         FirstByte,    "M"sv,    DetectPe,     nullptr,            Seen},
+    {"gho",    Gho,         FirstByte,    "\xFE"sv, DetectGho,    nullptr,            Seen},
+    {"db",     Sqlite,      FirstByte,    "S"sv,    DetectSqlite, nullptr,            Seen},
+    {"dbx",    Dbx,         FirstByte,    "\xCF"sv, DetectDbx,    nullptr,            Seen},
+    {"pst",    Pst,         FirstByte,    "!"sv,    DetectPst,    nullptr,            Seen},
+    {"ttf",    Ttf,         FirstByte,    "\0"sv,   DetectTtf,    nullptr,            Claimed},
+    {"",       None,        FirstByte,    ""sv,     nullptr,      nullptr,            Seen},
 };
 // clang-format on
 
 static_assert(std::size(Rows) == 86);
+
+// What the dispatch and the driver take for granted: a row says how its heads begin, rows of one detect function stand
+// together and say the same, and so do rows of one type of its end; every type has a row.
+consteval bool RowsAgree()
+{
+    constexpr std::size_t MostDetectFunctions = 64;  // a bit for each in the dispatch
+    bool named[static_cast<std::size_t>(None)] = {};
+    std::size_t detectFunctions = 0;
+    for (std::size_t i = 0; Rows[i].typeId != None; ++i) {
+        const SignatureEntry& row = Rows[i];
+        if (row.extension.empty() || row.detect == nullptr ||
+            (row.gate == FirstByte && row.firstBytes.empty())) {
+            return false;
+        }
+        named[static_cast<std::size_t>(row.typeId)] = true;
+        detectFunctions += i == 0 || Rows[i - 1].detect != row.detect ? 1 : 0;
+        for (std::size_t before = 0; before < i; ++before) {
+            const SignatureEntry& other = Rows[before];
+            const bool sameHead = other.gate == row.gate && other.firstBytes == row.firstBytes;
+            if (other.detect == row.detect && (!sameHead || Rows[i - 1].detect != row.detect)) {
+                return false;
+            }
+            if (other.typeId == row.typeId && other.lengthEnd != row.lengthEnd) {
+                return false;
+            }
+        }
+    }
+    return detectFunctions <= MostDetectFunctions &&
+           std::find(std::begin(named), std::end(named), false) == std::end(named);
+}
+static_assert(RowsAgree());
 
 }  // namespace
 

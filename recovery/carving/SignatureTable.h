@@ -65,12 +65,36 @@ using DetectFunction = FileTypeId (*)(const std::uint8_t* buffer, std::int32_t s
 // Bytes believed to belong to the file, from the head sector's first byte. Never fails.
 using LengthFunction = std::int64_t (*)(const std::uint8_t* buffer, std::int32_t size);
 
+// Which sectors a row is asked about at all. A format whose mark does not stand at offset 0 has a cheap test of its own;
+// sectors that pass it are asked about besides those of the first bytes.
+enum class HeadGate
+{
+    FirstByte,     // none: the first bytes alone
+    PackStart,     // 00 00 01 somewhere in the first 32 bytes
+    FileType,      // "ftyp" at 4
+    TimedTable,    // a program association table behind a time stamp
+    ContentTypes,  // "[" at 31
+};
+
+// What a length is worth. The pass jumps over a file whose end was seen, by structure or by a boundary; not over a claim,
+// which a field of the head makes alone. Rows that measure nothing have one too, and it changes nothing.
+enum class LengthEnd
+{
+    Seen,
+    Claimed,
+};
+
+// A row is all that the carver knows of a format beside the functions' own file.
 struct SignatureEntry
 {
-    std::string_view extension;  // lower-case ASCII, without the dot
-    FileTypeId typeId;           // None ends the table
+    std::string_view
+        extension;      // lower-case ASCII, without the dot; the first row's names the type
+    FileTypeId typeId;  // None ends the table
+    HeadGate gate;
+    std::string_view firstBytes;  // each of them alone makes a sector worth asking about
     DetectFunction detect;
     LengthFunction length;  // null: ends running files and judges heads, but makes no file
+    LengthEnd lengthEnd;
 };
 
 // All 85 rows and the end row.

@@ -3,7 +3,7 @@
 #include "platform/FileTime.h"
 #include "recovery/Heartbeat.h"
 #include "recovery/deep/CarvedDoubles.h"
-#include "recovery/fat/FatGeometry.h"
+#include "recovery/metadata/FatClusters.h"
 #include "recovery/ntfs/FastNtfsRecovery.h"
 
 #include <utility>
@@ -190,12 +190,9 @@ std::optional<std::uint64_t> CProfessionalRecovery::FindFirstDataSector(const Fi
         return quick != nullptr ? quick->FirstDataSector(record) : std::nullopt;
     }
     const std::uint64_t dataSector = record.PartitionStart + record.DataStart;
-    if (record.NodeId == 0) {
-        return dataSector - FixedRootSectors;
-    }
     const std::uint32_t sectorsPerCluster =
         record.ClusterBytes / static_cast<std::uint32_t>(m_sectorSize);
-    return dataSector + static_cast<std::uint32_t>((record.NodeId - 2) * sectorsPerCluster);
+    return SectorOfFatCluster({dataSector, 0, sectorsPerCluster}, record.NodeId);
 }
 
 std::optional<std::uint64_t> CProfessionalRecovery::FirstDataSector(const FileRecord& record)

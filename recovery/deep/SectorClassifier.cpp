@@ -1,6 +1,6 @@
 #include "recovery/deep/SectorClassifier.h"
 
-#include "recovery/carving/SectorValidators.h"
+#include "recovery/metadata/SectorValidators.h"
 
 #include <array>
 

@@ -1,9 +1,9 @@
 #include "recovery/engines/RecoveryEngineFactory.h"
 
-#include "recovery/FileSystemRecognition.h"
 #include "recovery/deep/ProfessionalRecovery.h"
 #include "recovery/engines/FastExtRecovery.h"
 #include "recovery/fat/FastFatRecovery.h"
+#include "recovery/metadata/FileSystemRecognition.h"
 #include "recovery/ntfs/FastNtfsRecovery.h"
 
 #include <utility>

@@ -1,6 +1,6 @@
 #include "recovery/fat/ClusterReader.h"
 
-#include "recovery/fat/FatGeometry.h"
+#include "recovery/metadata/FatClusters.h"
 
 #include <utility>
 
@@ -40,11 +40,8 @@ ResultCode ClusterReader::Begin(std::uint64_t /*wanted*/, std::size_t* outBuffer
 ResultCode
 ClusterReader::Next(std::span<std::uint8_t> buffer, std::size_t* outBytes, bool* /*outIsWhole*/)
 {
-    const std::uint64_t lba =
-        m_cluster == 0
-            ? m_dataSector - FixedRootSectors
-            : m_dataSector + static_cast<std::uint32_t>(
-                                 (m_cluster - 2) * static_cast<std::uint32_t>(m_sectorsPerCluster));
+    const std::uint64_t lba = SectorOfFatCluster(
+        {m_dataSector, 0, static_cast<std::uint32_t>(m_sectorsPerCluster)}, m_cluster);
     std::int32_t sectorsRead = 0;
     const ResultCode result =
         m_source.ReadSectors(buffer.data(), m_sectorsPerCluster, lba, m_sectorSize, &sectorsRead);

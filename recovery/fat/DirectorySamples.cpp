@@ -44,8 +44,8 @@ std::optional<FatVolume> TryVolume(std::uint32_t clusterHigh,
     const std::uint64_t inFront = static_cast<std::uint32_t>(clusterLow - 2) * sectorsPerCluster;
     const auto start = static_cast<std::int64_t>(lbaLow - inFront);
     // The other product is taken in 32 bits and sign extended, so volumes beyond 2^31 sectors are refused.
-    const auto product = static_cast<std::int32_t>(static_cast<std::uint32_t>(
-        (clusterHigh - 2) * static_cast<std::uint32_t>(sectorsPerCluster)));
+    const auto product = static_cast<std::int32_t>(
+        FatClusterOffset(clusterHigh, static_cast<std::uint32_t>(sectorsPerCluster)));
     const auto check =
         static_cast<std::int64_t>(lbaHigh - static_cast<std::uint64_t>(std::int64_t{product}));
     if (start < 0 || check != start) {

@@ -2,7 +2,7 @@
 // whole number of clusters from the data area.
 #pragma once
 
-#include "recovery/fat/FatVolume.h"
+#include "recovery/fat/FatVolumeList.h"
 
 #include <cstdint>
 #include <map>

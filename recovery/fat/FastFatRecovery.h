@@ -3,12 +3,12 @@
 #pragma once
 
 #include "recovery/StoreEngine.h"
-#include "recovery/fat/FatEntryNames.h"
 #include "recovery/fat/FatFolderDepth.h"
-#include "recovery/fat/FatGeometry.h"
 #include "recovery/fat/FatTable.h"
 #include "recovery/fat/FirstSector.h"
 #include "recovery/fat/UsedClusterMap.h"
+#include "recovery/metadata/FatEntryNames.h"
+#include "recovery/metadata/FatGeometry.h"
 
 #include <queue>
 

@@ -1,9 +1,9 @@
 // The scan of CFastFatRecovery: the walk through the folders, one record for each file found, then the folders above
 // them.
 #include "platform/FileTime.h"
-#include "recovery/carving/FatDateTime.h"
-#include "recovery/carving/SectorValidators.h"
 #include "recovery/fat/FastFatRecovery.h"
+#include "recovery/metadata/FatDateTime.h"
+#include "recovery/metadata/SectorValidators.h"
 
 namespace {
 

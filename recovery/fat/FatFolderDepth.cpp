@@ -1,7 +1,7 @@
 #include "recovery/fat/FatFolderDepth.h"
 
-#include "recovery/carving/SectorValidators.h"
-#include "recovery/fat/FatEntryNames.h"
+#include "recovery/metadata/FatEntryNames.h"
+#include "recovery/metadata/SectorValidators.h"
 
 #include <array>
 

@@ -2,7 +2,7 @@
 #pragma once
 
 #include "recovery/FolderChain.h"
-#include "recovery/fat/FatGeometry.h"
+#include "recovery/metadata/FatGeometry.h"
 #include "storage/SectorSource.h"
 
 #include <cstdint>

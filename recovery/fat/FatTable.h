@@ -2,7 +2,7 @@
 #pragma once
 
 #include "recovery/WorkReport.h"
-#include "recovery/fat/FatGeometry.h"
+#include "recovery/metadata/FatGeometry.h"
 #include "storage/SectorSource.h"
 
 #include <cstdint>
@@ -50,7 +50,6 @@ private:
 
     std::uint32_t OffsetOf(std::uint32_t cluster) const { return cluster * EntryBytes(); }
     bool InWindow(std::uint32_t offset) const;
-    std::uint32_t WindowEnd() const;
     [[nodiscard]] ResultCode MoveWindow(std::uint32_t offset);
     [[nodiscard]] ResultCode LoadPage(std::uint32_t offset, const Page** outPage);
     // The bytes that hold the entry at offset, up to the end of what is in memory.

@@ -4,7 +4,7 @@
 #include "recovery/FileTypeCatalogue.h"
 #include "recovery/carving/CarveContext.h"
 #include "recovery/carving/CarveDriver.h"
-#include "recovery/fat/FatEntryNames.h"
+#include "recovery/metadata/FatEntryNames.h"
 
 #include <string>
 #include <vector>

@@ -2,7 +2,7 @@
 #pragma once
 
 #include "recovery/FolderChain.h"
-#include "recovery/fat/FatVolume.h"
+#include "recovery/fat/FatVolumeList.h"
 #include "storage/SectorSource.h"
 
 #include <cstdint>

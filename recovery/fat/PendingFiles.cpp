@@ -1,7 +1,5 @@
 #include "recovery/fat/PendingFiles.h"
 
-#include "recovery/fat/FatGeometry.h"
-
 #include <algorithm>
 
 namespace {
@@ -10,7 +8,7 @@ namespace {
 std::uint64_t PlaceKey(const FileRecord& record, std::uint32_t sectorsPerCluster)
 {
     const std::uint32_t cluster = record.RecordNumber;
-    const std::uint32_t product = (cluster - 2) * sectorsPerCluster;
+    const std::uint32_t product = FatClusterOffset(cluster, sectorsPerCluster);
     return cluster != 0 ? record.EntrySector - product : record.EntrySector + FixedRootSectors;
 }
 

@@ -2,7 +2,7 @@
 #pragma once
 
 #include "recovery/FileRecord.h"
-#include "recovery/fat/FatVolume.h"
+#include "recovery/fat/FatVolumeList.h"
 
 #include <cstdint>
 #include <functional>

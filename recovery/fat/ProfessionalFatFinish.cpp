@@ -11,10 +11,9 @@ void CProfessionalFatRecovery::StoreFile(const FileRecord& file, const FatVolume
     record.DataStart = volume.DataStart;
     record.PartitionStart = volume.Base;
     m_store->LinkRecord(parent, m_probe.CountDepth(volume, parent), record.RecordNumber);
-    // Unlike a cluster's place, the sum here has 64 bits: cluster 1 lies out of reach.
-    const std::uint64_t dataSector = volume.Base + volume.DataStart;
-    const std::uint32_t offset = (record.NodeId - 2) * volume.SectorsPerCluster;
-    const std::uint64_t lba = record.NodeId != 0 ? dataSector + offset : ClusterSector(volume, 0);
+    // Unlike elsewhere in this volume, cluster 1 lies out of reach.
+    const FatDataArea area = {volume.Base, volume.DataStart, volume.SectorsPerCluster};
+    const std::uint64_t lba = SectorOfFatCluster(area, record.NodeId);
     record.HeadIntact = HeadFitsName(FirstSectors(), record.NameText(), lba) ? 1 : 0;
 }
 

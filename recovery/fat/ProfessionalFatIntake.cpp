@@ -1,8 +1,8 @@
 // How directory sectors reach CProfessionalFatRecovery: which volume and cluster each belongs to, how a name that spans
 // two sectors is put together, and what becomes of sectors that fit nowhere yet.
-#include "recovery/FileSystemRecognition.h"
-#include "recovery/fat/FatGeometry.h"
 #include "recovery/fat/ProfessionalFatRecovery.h"
+#include "recovery/metadata/FatGeometry.h"
+#include "recovery/metadata/FileSystemRecognition.h"
 
 #include <array>
 

@@ -5,13 +5,13 @@
 #include "recovery/StoreEngine.h"
 #include "recovery/WorkReport.h"
 #include "recovery/fat/DirectorySamples.h"
-#include "recovery/fat/FatEntryNames.h"
-#include "recovery/fat/FatVolume.h"
+#include "recovery/fat/FatVolumeList.h"
 #include "recovery/fat/FirstSector.h"
 #include "recovery/fat/FolderProbe.h"
 #include "recovery/fat/NameCarries.h"
 #include "recovery/fat/PendingFiles.h"
 #include "recovery/fat/StoredSectors.h"
+#include "recovery/metadata/FatEntryNames.h"
 
 #include <cstdint>
 #include <map>

@@ -1,7 +1,7 @@
 // Turns a directory buffer into records and folders for CProfessionalFatRecovery.
-#include "recovery/carving/FatDateTime.h"
-#include "recovery/carving/SectorValidators.h"
 #include "recovery/fat/ProfessionalFatRecovery.h"
+#include "recovery/metadata/FatDateTime.h"
+#include "recovery/metadata/SectorValidators.h"
 
 #include <unordered_set>
 

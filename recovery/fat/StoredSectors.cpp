@@ -1,6 +1,6 @@
 #include "recovery/fat/StoredSectors.h"
 
-#include "recovery/carving/SectorValidators.h"
+#include "recovery/metadata/SectorValidators.h"
 
 #include <algorithm>
 

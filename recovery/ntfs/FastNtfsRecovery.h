@@ -3,11 +3,11 @@
 #pragma once
 
 #include "recovery/StoreEngine.h"
+#include "recovery/metadata/NtfsVolume.h"
 #include "recovery/ntfs/NtfsAncestors.h"
 #include "recovery/ntfs/NtfsClusterMap.h"
 #include "recovery/ntfs/NtfsFileNames.h"
 #include "recovery/ntfs/NtfsReaders.h"
-#include "recovery/ntfs/NtfsVolume.h"
 
 #include <cstdint>
 #include <memory>

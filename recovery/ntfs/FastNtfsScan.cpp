@@ -59,7 +59,7 @@ ResultCode CFastNtfsRecovery::ScanMft()
     }
     std::uint64_t lba = m_volume.PartitionStart;
     for (const NtfsRun& run : m_readers.MftRuns()) {
-        lba += static_cast<std::uint64_t>(run.Offset) * m_volume.SectorsPerCluster;
+        lba += SectorsToRun(run, m_volume.SectorsPerCluster);
         if (const ResultCode result = ScanRun(run, lba, clock)) {
             return result;
         }

@@ -52,7 +52,7 @@ ResultCode NtfsClusterMap::Fill(const RunList& runs,
     std::uint64_t filled = 0;
     std::uint64_t sector = volume.PartitionStart;
     for (const NtfsRun& run : runs) {
-        sector += static_cast<std::uint64_t>(run.Offset) * volume.SectorsPerCluster;
+        sector += SectorsToRun(run, volume.SectorsPerCluster);
         NtfsRunBytes bytes(source, sector, run.Length * volume.SectorsPerCluster,
                            volume.BytesPerSector);
         while (filled < m_bitmapSize) {

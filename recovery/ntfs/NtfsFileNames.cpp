@@ -1,30 +1,6 @@
 #include "recovery/ntfs/NtfsFileNames.h"
 
-#include "platform/Text.h"
-#include "recovery/ntfs/NtfsAttributes.h"
-
-namespace {
-
-std::size_t NameUnits(ByteView attribute)
-{
-    return attribute.U8(88);
-}
-
-}  // namespace
-
-bool HasWholeName(ByteView attribute)
-{
-    return attribute.Covers(FileNameHeadBytes, 2 * NameUnits(attribute));
-}
-
-std::string NameOfFileName(ByteView attribute)
-{
-    std::u16string units(NameUnits(attribute), u'\0');
-    for (std::size_t i = 0; i < units.size(); ++i) {
-        units[i] = attribute.U16(FileNameHeadBytes + 2 * i);
-    }
-    return Utf16ToUtf8(UntilZero(units));
-}
+#include "recovery/metadata/NtfsAttributes.h"
 
 FileRecord& MakeRecordFromFileName(ScanRecordStore& store,
                                    const NtfsRecordOrigin& origin,
@@ -38,10 +14,11 @@ FileRecord& MakeRecordFromFileName(ScanRecordStore& store,
     record.EngineKind = origin.EngineKind;
     record.DriveLetter = origin.DriveLetter;
     record.ClusterBytes = NoClusterBytes;
-    record.CreationTime = attribute.U64(32);
-    record.WriteTime = attribute.U64(40);
-    record.AccessTime = attribute.U64(56);
-    record.FileSize = attribute.U64(72);
+    const NtfsFileNameFields fields = ReadFileNameFields(attribute);
+    record.CreationTime = fields.creationTime;
+    record.WriteTime = fields.writeTime;
+    record.AccessTime = fields.accessTime;
+    record.FileSize = fields.realSize;
     record.SetName(NameOfFileName(attribute));
     return record;
 }

@@ -1,27 +1,10 @@
 // From file name and data attributes to the fields of a FileRecord, for the engines that read FILE records.
 #pragma once
 
-#include "platform/ByteView.h"
 #include "recovery/ScanRecordStore.h"
+#include "recovery/metadata/NtfsFileName.h"
 
 #include <cstdint>
-#include <string>
-
-inline constexpr std::size_t FileNameHeadBytes = 90;  // of a file name attribute, up to the name
-
-// The number of the folder that holds the file, without its sequence number.
-inline std::uint32_t ParentOfFileName(ByteView attribute)
-{
-    return attribute.U32(24);
-}
-// Of a record's later names only these count, and only for Name.
-inline bool IsWin32Name(ByteView attribute)
-{
-    return attribute.U8(89) == 1;
-}
-// The name lies in the buffer with all its characters.
-bool HasWholeName(ByteView attribute);
-std::string NameOfFileName(ByteView attribute);
 
 // What all records of one engine share.
 struct NtfsRecordOrigin

@@ -1,5 +1,7 @@
 #include "recovery/ntfs/NtfsLostTables.h"
 
+#include "recovery/metadata/NtfsVolume.h"
+
 std::uint32_t DefaultSectorsPerCluster(std::uint64_t sectorCount, std::uint32_t bytesPerSector)
 {
     const double mebibytes =
@@ -26,7 +28,7 @@ std::uint64_t NtfsLostTable::SectorOf(std::uint32_t recordNumber,
     std::uint64_t sector = 0;
     for (const NtfsRun& run : *runs) {
         const std::uint64_t length = run.Length * sectorsPerCluster;
-        sector += static_cast<std::uint64_t>(run.Offset) * sectorsPerCluster;
+        sector += SectorsToRun(run, sectorsPerCluster);
         if (length == 0) {
             return sector + wanted + volumeStart;
         }
@@ -63,13 +65,12 @@ bool NtfsLostTables::FindMftOfRecord(std::uint64_t sectorInTable,
                 return false;  // it never gets smaller
             }
             const std::uint64_t length = run.Length * sectorsPerCluster;
-            sector += static_cast<std::uint64_t>(run.Offset) * sectorsPerCluster;
+            sector += SectorsToRun(run, sectorsPerCluster);
             if (sectorInTable - position > length) {
                 position += length;
                 continue;
             }
-            const std::uint64_t start =
-                key - static_cast<std::uint64_t>(runs->front().Offset) * sectorsPerCluster;
+            const std::uint64_t start = key - SectorsToRun(runs->front(), sectorsPerCluster);
             if (sectorInTable - position + sector + start == lba) {
                 *outKey = key;
                 return true;
@@ -105,8 +106,7 @@ NtfsLostTable NtfsLostTables::ResolveVolumeStart(std::uint64_t lba,
         const std::shared_ptr<const RunList>& found = m_tables.at(key);
         shared = found.get();
         if (key != 0) {
-            const std::uint64_t inFront =
-                static_cast<std::uint64_t>(found->front().Offset) * sectorsPerCluster;
+            const std::uint64_t inFront = SectorsToRun(found->front(), sectorsPerCluster);
             table.volumeStart = inFront != 0 ? key - inFront : startLba;
             table.runs = found;
             GiveId(table, shared);

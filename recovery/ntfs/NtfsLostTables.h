@@ -1,7 +1,7 @@
 // Master file tables that a deep scan knows, and where it takes a record number to lie.
 #pragma once
 
-#include "recovery/ntfs/NtfsRecordCodec.h"
+#include "recovery/metadata/NtfsRecordCodec.h"
 
 #include <cstdint>
 #include <map>

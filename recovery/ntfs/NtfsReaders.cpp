@@ -34,7 +34,7 @@ std::uint64_t NtfsMftMap::SectorOf(std::uint64_t recordNumber,
         Stretch stretch = m_stretches.empty() ? Stretch() : m_stretches.back();
         stretch.begin = stretch.end;
         stretch.end += run.Length * volume.SectorsPerCluster;
-        stretch.sector += static_cast<std::uint64_t>(run.Offset) * volume.SectorsPerCluster;
+        stretch.sector += SectorsToRun(run, volume.SectorsPerCluster);
         m_stretches.push_back(stretch);
     }
     const std::uint64_t wanted = recordNumber * volume.SectorsPerRecord;
@@ -43,34 +43,6 @@ std::uint64_t NtfsMftMap::SectorOf(std::uint64_t recordNumber,
                          [](const Stretch& stretch, std::uint64_t s) { return stretch.end < s; });
     return found != m_stretches.end() ? wanted - found->begin + found->sector + volumeStart
                                       : noMatch;
-}
-
-ResultCode
-FindResidentData(ByteView record, std::uint32_t recordSize, std::uint64_t limit, ByteView& outValue)
-{
-    AttributeWalk walk(record, limit, ResidentReaderRules);
-    while (walk.Next()) {
-        if (walk.Type() != AttributeData) {
-            continue;
-        }
-        const ByteView attribute = walk.Attribute();
-        if (attribute.U8(AttributeNonResident) != 0 ||
-            !attribute.Covers(AttributeValueOffset, sizeof(std::uint16_t))) {
-            return ResultDataNotResident;
-        }
-        const std::uint32_t valueOffset = attribute.U16(AttributeValueOffset);
-        // The padding behind the value belongs to it. An offset behind the end wraps and is too long.
-        const std::uint32_t size = attribute.U32(4) - valueOffset;
-        if (size >= recordSize) {
-            return ResultInvalidParameter;
-        }
-        if (!attribute.Covers(valueOffset, size)) {
-            return ResultDataNotResident;
-        }
-        outValue = attribute.Sub(valueOffset, size);
-        return ResultSuccess;
-    }
-    return ResultDataNotResident;
 }
 
 NtfsReaders::NtfsReaders(SectorSource& sectorSource, const NtfsVolume& ntfsVolume)
@@ -231,7 +203,7 @@ void NtfsReaders::FollowNonResidentList(ByteView listAttribute, RunList& outRuns
     std::uint64_t sector = m_volume.PartitionStart;
     for (const NtfsRun& run : listRuns) {
         const std::uint64_t sectors = run.Length * m_volume.SectorsPerCluster;
-        sector += static_cast<std::uint64_t>(run.Offset) * m_volume.SectorsPerCluster;
+        sector += SectorsToRun(run, m_volume.SectorsPerCluster);
         NtfsRunBytes bytes(m_source, sector, sectors, m_volume.BytesPerSector);
         for (std::uint64_t at = 0; at < sectors * m_volume.BytesPerSector;) {
             if (++looked > LongestAttributeList) {

@@ -2,9 +2,9 @@
 // engine. Parsers of a record in hand stand apart from the reading, so that one read serves several questions.
 #pragma once
 
-#include "recovery/ntfs/NtfsAttributes.h"
-#include "recovery/ntfs/NtfsRecordCodec.h"
-#include "recovery/ntfs/NtfsVolume.h"
+#include "recovery/metadata/NtfsAttributes.h"
+#include "recovery/metadata/NtfsRecordCodec.h"
+#include "recovery/metadata/NtfsVolume.h"
 #include "storage/SectorSource.h"
 
 #include <array>
@@ -44,13 +44,6 @@ private:
 
     std::vector<Stretch> m_stretches;  // of the first of the runs
 };
-
-// The data attribute of a repaired record: 0 and the value with its padding, ResultDataNotResident when it lies in runs
-// or there is none, ResultInvalidParameter when it does not fit into a record. limit bounds the walk.
-[[nodiscard]] ResultCode FindResidentData(ByteView record,
-                                          std::uint32_t recordSize,
-                                          std::uint64_t limit,
-                                          ByteView& outValue);
 
 // One engine owns it. The source and the volume stay its own.
 class NtfsReaders

@@ -1,6 +1,6 @@
 #include "recovery/ntfs/ProfessionalNtfsRecovery.h"
 
-#include "recovery/FileSystemRecognition.h"
+#include "recovery/metadata/FileSystemRecognition.h"
 #include "recovery/ntfs/RunReader.h"
 
 #include <algorithm>

@@ -1,6 +1,6 @@
 #include "recovery/ntfs/RunReader.h"
 
-#include "recovery/ntfs/NtfsVolume.h"
+#include "recovery/metadata/NtfsVolume.h"
 
 #include <algorithm>
 #include <utility>

@@ -3,7 +3,7 @@
 #pragma once
 
 #include "recovery/RecordCopy.h"
-#include "recovery/ntfs/NtfsRecordCodec.h"
+#include "recovery/metadata/NtfsRecordCodec.h"
 #include "storage/SectorSource.h"
 
 #include <cstdint>

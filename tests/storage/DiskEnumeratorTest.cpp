@@ -1,6 +1,8 @@
 #include "storage/DiskEnumerator.h"
 
 #include "platform/SystemFiles.h"
+#include "storage/ByteReader.h"
+#include "storage/DiskHelpers.h"
 #include "storage/DriveRegistry.h"
 #include "tests/support/Bytes.h"
 #include "tests/support/FatCard.h"
@@ -10,7 +12,10 @@
 
 #include <gtest/gtest.h>
 
+#include <atomic>
+#include <chrono>
 #include <sstream>
+#include <thread>
 #include <unistd.h>
 
 namespace {
@@ -21,13 +26,6 @@ constexpr std::uint64_t Cylinder = 16065;
 class DiskEnumeratorTest : public testing::Test
 {
 protected:
-    void TearDown() override
-    {
-        for (std::uint32_t number = 0; number < DriveRegistry::NumberLimit; ++number) {
-            DriveRegistry::Instance().Forget(number);
-        }
-    }
-
     // "2048+100 type 7 FAT32 'CARD'", a line an entry.
     std::string Listing()
     {
@@ -45,12 +43,18 @@ protected:
         return out.str();
     }
 
-    std::vector<unsigned> Numbers()
+    std::vector<VolumeRecord> List()
     {
+        EXPECT_EQ(m_enumerator.Enumerate(), 1);
         std::vector<VolumeRecord> list;
         m_enumerator.Snapshot(list);
+        return list;
+    }
+
+    std::vector<unsigned> Numbers()
+    {
         std::vector<unsigned> numbers;
-        for (const VolumeRecord& volume : list) {
+        for (const VolumeRecord& volume : List()) {
             numbers.push_back(volume.Letter);
         }
         return numbers;
@@ -170,9 +174,7 @@ TEST_F(DiskEnumeratorTest, AFileSystemOnTheBareDiskIsOneEntry)
     const FatCard card(disk.Path(), FatOptions());
     disk.PutAt(1024, old);
     card.Put("picture", RandomBytes(5 * MiB, 1));
-    std::vector<VolumeRecord> list;
-    ASSERT_EQ(m_enumerator.Enumerate(), 1);
-    m_enumerator.Snapshot(list);
+    const std::vector<VolumeRecord> list = List();
     ASSERT_EQ(list.size(), 1u);
     EXPECT_EQ(list[0].FileSystemName, "FAT32");
     EXPECT_EQ(list[0].PartitionType, 11);
@@ -228,33 +230,15 @@ TEST_F(DiskEnumeratorTest, WithoutRightsTheSystemsOwnTablesTell)
     EXPECT_EQ(m_enumerator.SectorSize, 4096);
 }
 
-TEST_F(DiskEnumeratorTest, AMountedVolumeTellsItsOwnSpace)
-{
-    m_system.AddDisk("sda", "8:0", 400 * MiB);
-    m_system.Lock("sda");
-    m_system.AddPartition("sda", 1, "8:1", 2048, 400000);
-    std::filesystem::create_directory(m_system.Folder() / "a place");
-    const std::string escaped = (m_system.Folder() / "a\\040place").string();
-    m_system.AddMount("nonsense");
-    m_system.AddMount("36 25 8:1 / " + escaped + " rw shared:1 - vfat /dev/sda1 rw");
-    std::vector<VolumeRecord> list;
-    ASSERT_EQ(m_enumerator.Enumerate(), 1);
-    m_enumerator.Snapshot(list);
-    const std::filesystem::space_info space = std::filesystem::space(m_system.Folder());
-    EXPECT_EQ(list.at(0).RootPath, (m_system.Folder() / "a place/").string());
-    EXPECT_EQ(list[0].TotalBytes, space.capacity);
-    EXPECT_EQ(list[0].UsedBytes, list[0].TotalBytes - list[0].FreeBytes);
-    EXPECT_EQ(list[0].FileSystemName, "FAT32");
-    EXPECT_EQ(list[0].PartitionType, 11);
-}
-
-// A mount point that leads to another file system would tell that one's space. Its name may hold any white space.
+// A mounted volume tells its own space; a mount point that leads to another file system would tell that one's. Its name may
+// hold any white space.
 TEST_F(DiskEnumeratorTest, AMountPointCountsWhereItLeadsToTheVolume)
 {
     m_system.AddDisk("sda", "8:0", 400 * MiB);
     m_system.Lock("sda");
     m_system.AddPartition("sda", 1, "8:1", 2048, 400000);
-    const std::string place = (m_system.Folder() / "a\v\rplace").string();
+    const std::string place = (m_system.Folder() / "a \v\rplace").string();
+    const std::string escaped = (m_system.Folder() / "a\\040\v\rplace").string();
     std::filesystem::create_directory(place);
     struct MountCase
     {
@@ -262,21 +246,23 @@ TEST_F(DiskEnumeratorTest, AMountPointCountsWhereItLeadsToTheVolume)
         bool leadsThere;
     };
     for (const MountCase& row : {
-             MountCase{"37 36 0:50 / " + place + "/below", true},
-             MountCase{"37 25 0:50 / " + place + "bo", true},
-             MountCase{"37 99 0:50 / " + place, true},  // seen from another system's root
-             MountCase{"37 36 0:50 / " + place, false},
+             MountCase{"nonsense", true},
+             MountCase{"37 36 0:50 / " + escaped + "/below", true},
+             MountCase{"37 25 0:50 / " + escaped + "bo", true},
+             MountCase{"37 99 0:50 / " + escaped, true},  // seen from another system's root
+             MountCase{"37 36 0:50 / " + escaped, false},
              MountCase{"37 25 0:50 / " + m_system.Folder().string(), false},
          }) {
         std::filesystem::remove(m_system.Folder() / "proc/self/mountinfo");
         m_system.AddMount("25 25 8:99 / / rw - ext4 /dev/sdz rw");
-        m_system.AddMount("36 25 8:1 / " + place + " rw shared:1 - ext4  rw");
+        m_system.AddMount("36 25 8:1 / " + escaped + " rw shared:1 - vfat  rw");
         m_system.AddMount(row.also + " rw - tmpfs none rw");
-        std::vector<VolumeRecord> list;
-        ASSERT_EQ(m_enumerator.Enumerate(), 1);
-        m_enumerator.Snapshot(list);
+        const std::vector<VolumeRecord> list = List();
+        const std::uint64_t capacity = std::filesystem::space(place).capacity;
         EXPECT_EQ(list.at(0).RootPath, row.leadsThere ? place + "/" : "") << row.also;
-        EXPECT_EQ(list[0].TotalBytes == std::uint64_t{400000} * 512, !row.leadsThere) << row.also;
+        EXPECT_EQ(list[0].TotalBytes, row.leadsThere ? capacity : std::uint64_t{400000} * 512);
+        EXPECT_EQ(list[0].UsedBytes, list[0].TotalBytes - list[0].FreeBytes) << row.also;
+        EXPECT_EQ(list[0].PartitionType, row.leadsThere ? 11 : 7) << row.also;
     }
 }
 
@@ -314,10 +300,8 @@ TEST_F(DiskEnumeratorTest, NumbersStayWithTheirEntriesAndAreNeverGivenTwice)
     for (int i = 0; i < 40; ++i) {
         m_system.AddDisk("sda" + std::to_string(i), "8:" + std::to_string(i), MiB);
     }
-    ASSERT_EQ(m_enumerator.Enumerate(), 1);
-    EXPECT_EQ(Numbers().back(), 40u);
-    std::vector<VolumeRecord> before;
-    m_enumerator.Snapshot(before);
+    const std::vector<VolumeRecord> before = List();
+    EXPECT_EQ(before.back().Letter, 40);
     std::vector<VolumeRecord> missing;
     EXPECT_EQ(m_enumerator.FindMissing(before, missing), 1);
     EXPECT_TRUE(missing.empty());
@@ -332,18 +316,15 @@ TEST_F(DiskEnumeratorTest, NumbersStayWithTheirEntriesAndAreNeverGivenTwice)
     for (int i = 50; i < 80; ++i) {
         m_system.AddDisk("sdb" + std::to_string(i), "9:" + std::to_string(i), 2 * MiB);
     }
-    ASSERT_EQ(m_enumerator.Enumerate(), 1);
+    std::vector<unsigned> expected = {41, 43, 44, 45, 46};
+    for (unsigned number = 48; number <= 124; ++number) {
+        if (number <= 64 || (number >= 91 && number <= 96) || number >= 123) {
+            expected.push_back(number);
+        }
+    }
     const std::vector<unsigned> numbers = Numbers();
     ASSERT_EQ(numbers.size(), 69u);
-    const std::vector<unsigned> added(numbers.begin() + 39, numbers.end());
-    EXPECT_EQ(added[0], 41u);
-    EXPECT_EQ(added[1], 43u);
-    EXPECT_EQ(added[4], 46u);
-    EXPECT_EQ(added[5], 48u);
-    EXPECT_EQ(added[21], 64u);
-    EXPECT_EQ(added[22], 91u);
-    EXPECT_EQ(added[27], 96u);
-    EXPECT_EQ(added[28], 123u);
+    EXPECT_EQ(std::vector<unsigned>(numbers.begin() + 39, numbers.end()), expected);
 }
 
 TEST_F(DiskEnumeratorTest, AnotherMediumInTheSameDriveIsAnotherDisk)
@@ -369,24 +350,69 @@ TEST_F(DiskEnumeratorTest, TheOpenerWithMoreRightsIsAskedOnce)
 {
     DriveRegistry& registry = DriveRegistry::Instance();
     m_system.AddDisk("sda", "8:0", MiB);
-    std::filesystem::permissions(m_system.Node("sda"), std::filesystem::perms::none);
+    m_system.AddDisk("sdb", "8:16", MiB, {{"diskseq", "5"}});
+    for (const char* name : {"sda", "sdb"}) {
+        std::filesystem::permissions(m_system.Node(name), std::filesystem::perms::none);
+    }
     ASSERT_EQ(m_enumerator.Enumerate(), 1);
     constexpr uid_t Nobody = 65534;
     const bool asNobody = ::geteuid() == 0 && ::seteuid(Nobody) == 0;  // root may open everything
     FileHandle handle;
     EXPECT_EQ(registry.Open(0, handle), ResultAccessDenied);
-    int asked = 0;
+    std::atomic<int> asked = 0;
     registry.SetPrivilegedOpener([&](const std::filesystem::path&, FileHandle& out) {
         ++asked;
+        EXPECT_TRUE(registry.Find(0)) << "the list goes on while the question stands";
+        std::this_thread::sleep_for(std::chrono::milliseconds(20));
         return out.OpenForReading("/dev/null");
     });
+    std::thread other([&registry] {
+        FileHandle own;
+        EXPECT_EQ(registry.Open(0, own), ResultSuccess);
+    });
     EXPECT_EQ(registry.Open(0, handle), ResultSuccess);
+    other.join();
     EXPECT_EQ(registry.Open(0, handle), ResultSuccess);
     EXPECT_EQ(asked, 1);
+    registry.SetPrivilegedOpener([&](const std::filesystem::path&, FileHandle& out) {
+        EXPECT_EQ(asNobody ? ::seteuid(0) : 0, 0);
+        m_system.AddDisk("sdb", "8:16", MiB, {{"diskseq", "6"}});
+        return out.OpenForReading("/dev/null");
+    });
+    EXPECT_EQ(registry.Open(1, handle), ResultNotConnected) << "changed while the question stood";
     registry.SetPrivilegedOpener({});
-    if (asNobody) {
-        ASSERT_EQ(::seteuid(0), 0);
+}
+
+// What ThreadSanitizer looks at: a refresh of the list beside a scan that opens its drive.
+TEST_F(DiskEnumeratorTest, OneThreadListsDisksWhileAnotherOpensThem)
+{
+    for (const char* name : {"sda", "sdb", "sdc"}) {
+        m_system.AddDisk(name, std::string("8:") + name, MiB);
     }
+    ASSERT_EQ(m_enumerator.Enumerate(), 1);
+    std::atomic<bool> listing = true;
+    int opened = 0;
+    std::thread opener([&] {
+        for (std::uint32_t number = 0; listing || opened == 0; number = (number + 1) % 2) {
+            OpenedSource source;
+            EXPECT_EQ(OpenDriveSource(number, DriveFlush::Flush, source), ResultSuccess);
+            EXPECT_EQ(source.sizeBytes, MiB);
+            EXPECT_FALSE(IsRemovable(number));
+            EXPECT_FALSE(DiskIdentity(number).empty());
+            ++opened;
+        }
+    });
+    for (int i = 0; i < 50; ++i) {
+        m_system.Remove("sdc");
+        EXPECT_EQ(m_enumerator.Enumerate(), 1);
+        m_system.AddDisk("sdc", "8:sdc", MiB, {{"diskseq", std::to_string(i + 10)}});
+        EXPECT_EQ(m_enumerator.Enumerate(), 1);
+    }
+    listing = false;
+    opener.join();
+    EXPECT_GT(opened, 0);
+    EXPECT_EQ(m_enumerator.Disks.rbegin()->first, 52u)
+        << "each medium of the third is another disk";
 }
 
 }  // namespace

@@ -17,12 +17,6 @@ class PathTouchesTest : public testing::Test
 {
 protected:
     void SetUp() override { ASSERT_EQ(IdentifyPath(m_folder.Path(), m_here), ResultSuccess); }
-    void TearDown() override
-    {
-        for (std::uint32_t number = 0; number < 8; ++number) {
-            DriveRegistry::Instance().Forget(number);
-        }
-    }
 
     std::uint32_t NumberOf(const std::string& name)
     {

@@ -7,7 +7,6 @@
 #include <gtest/gtest.h>
 
 #include <string>
-#include <string_view>
 
 namespace {
 
@@ -26,21 +25,14 @@ protected:
                                m_space);
     }
 
-    // The first number behind a word in what a program prints; blanks inside it are dropped.
-    static std::uint64_t NumberAfter(std::string text, std::string_view word)
+    // The number behind a word in what a program prints, blanks in it or not.
+    static std::uint64_t NumberAfter(std::string text, std::string word)
     {
+        std::erase(text, ' ');
+        std::erase(word, ' ');
         const std::size_t at = text.find(word);
         EXPECT_NE(at, std::string::npos) << text;
-        text.erase(0, at + word.size());
-        std::string digits;
-        for (const char letter : text) {
-            if (letter >= '0' && letter <= '9') {
-                digits.push_back(letter);
-            } else if (letter != ' ' && (!digits.empty() || letter == '\n')) {
-                break;
-            }
-        }
-        return std::stoull(digits);
+        return std::stoull(text.substr(at + word.size()));
     }
 
     TempFolder m_folder;

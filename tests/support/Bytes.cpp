@@ -79,6 +79,18 @@ ByteVector RandomBytes(std::size_t count, std::uint64_t seed)
     return out;
 }
 
+ByteVector Padded(ByteVector bytes, std::size_t sectors, std::size_t sectorSize)
+{
+    bytes.resize(sectors * sectorSize);
+    return bytes;
+}
+
+ByteVector operator+(ByteVector left, const ByteVector& right)
+{
+    left.insert(left.end(), right.begin(), right.end());
+    return left;
+}
+
 ImageFile::ImageFile(std::filesystem::path path, std::uint64_t sizeBytes) : m_path(std::move(path))
 {
     Truncate(0);

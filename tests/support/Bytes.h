@@ -15,6 +15,10 @@ ByteVector Bytes(std::string_view text);
 // The same bytes for the same seed, on every machine.
 ByteVector RandomBytes(std::size_t count, std::uint64_t seed);
 
+// bytes, then zeros to the end of count sectors.
+ByteVector Padded(ByteVector bytes, std::size_t sectors = 1, std::size_t sectorSize = 512);
+ByteVector operator+(ByteVector left, const ByteVector& right);
+
 // A sparse image file that a test fills sector by sector.
 class ImageFile
 {

@@ -1,6 +1,7 @@
 #include "tests/support/MadeUpSystem.h"
 
 #include "platform/SystemFiles.h"
+#include "storage/DriveRegistry.h"
 #include "tests/support/Bytes.h"
 
 #include <fstream>
@@ -18,6 +19,9 @@ MadeUpSystem::MadeUpSystem()
 MadeUpSystem::~MadeUpSystem()
 {
     SetSystemRoot({});
+    for (std::uint32_t number = 0; number < DriveRegistry::NumberLimit; ++number) {
+        DriveRegistry::Instance().Forget(number);
+    }
 }
 
 void MadeUpSystem::Write(const fs::path& file, const std::string& text) const

@@ -1,5 +1,5 @@
 // A system's tables in a folder of their own: disks as the kernel lists them, plain files in place of their nodes, mounts,
-// and what a device manager knows. In force as long as it lives; needs no rights.
+// and what a device manager knows. In force as long as it lives, and the numbers of its disks too; needs no rights.
 #pragma once
 
 #include "tests/support/TempFolder.h"

@@ -92,15 +92,3 @@ bool CarveImage::Verify(std::uint64_t lba, std::string_view extension)
     return VerifyExtensionAtSector(ByteView(std::span(sector)), extension, source, m_sectorSize,
                                    lba);
 }
-
-ByteVector Padded(ByteVector bytes, std::size_t sectors, std::size_t sectorSize)
-{
-    bytes.resize(sectors * sectorSize);
-    return bytes;
-}
-
-ByteVector operator+(ByteVector left, const ByteVector& right)
-{
-    left.insert(left.end(), right.begin(), right.end());
-    return left;
-}

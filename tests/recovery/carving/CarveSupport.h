@@ -43,7 +43,3 @@ private:
 
 // The context as a new process has it; callbacks are taken out.
 void ResetCarveContext();
-
-// bytes, then zeros to the end of count sectors.
-ByteVector Padded(ByteVector bytes, std::size_t sectors = 1, std::size_t sectorSize = 512);
-ByteVector operator+(ByteVector left, const ByteVector& right);

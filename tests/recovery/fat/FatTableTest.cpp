@@ -2,7 +2,7 @@
 #include "recovery/fat/FatTable.h"
 
 #include "recovery/fat/DirectorySamples.h"
-#include "recovery/fat/FatVolume.h"
+#include "recovery/fat/FatVolumeList.h"
 #include "recovery/fat/UsedClusterMap.h"
 #include "tests/support/Bytes.h"
 

@@ -1,7 +1,7 @@
 // A small NTFS volume built record by record, for what no driver would ever write. 512-byte sectors, one sector a cluster.
 #pragma once
 
-#include "recovery/ntfs/NtfsRecordCodec.h"
+#include "recovery/metadata/NtfsRecordCodec.h"
 #include "tests/support/TempFolder.h"
 
 #include <cstdint>

@@ -1,6 +1,6 @@
-#include "recovery/carving/SectorValidators.h"
+#include "recovery/metadata/SectorValidators.h"
 
-#include "recovery/carving/FatDateTime.h"
+#include "recovery/metadata/FatDateTime.h"
 
 #include <cstring>
 

@@ -1,6 +1,4 @@
-#include "recovery/fat/FatVolume.h"
-
-#include "recovery/fat/FatGeometry.h"
+#include "recovery/fat/FatVolumeList.h"
 
 #include <algorithm>
 
@@ -16,18 +14,6 @@ std::size_t SizeIndex(std::uint32_t sectorsPerCluster)
 }
 
 }  // namespace
-
-std::uint64_t PlainClusterSector(const FatVolume& volume, std::uint32_t cluster)
-{
-    const std::uint32_t offset = volume.DataStart + (cluster - 2) * volume.SectorsPerCluster;
-    return volume.Base + offset;
-}
-
-std::uint64_t ClusterSector(const FatVolume& volume, std::uint32_t cluster)
-{
-    return cluster != 0 ? PlainClusterSector(volume, cluster)
-                        : volume.Base + volume.DataStart - FixedRootSectors;
-}
 
 void FatVolumeList::Clear(std::uint64_t targetStart)
 {
@@ -82,7 +68,8 @@ std::optional<std::size_t> FatVolumeList::FindByCluster(std::uint64_t lba,
     }
     std::size_t first = NoIndex;
     for (std::size_t size = 0; size < SizeCount; ++size) {
-        const std::uint32_t inFront = cluster != 0 ? (cluster - 2) * LegalClusterSizes[size] : 0;
+        const std::uint32_t inFront =
+            cluster != 0 ? FatClusterOffset(cluster, LegalClusterSizes[size]) : 0;
         const auto found = FindExact(size, static_cast<std::uint32_t>(offset) - inFront);
         first = std::min(first, found.value_or(NoIndex));
     }
@@ -102,7 +89,8 @@ const FatVolume* FatVolumeList::FindHolding(std::uint64_t lba, std::uint32_t clu
         }
         for (std::size_t size = 0; size < SizeCount; ++size) {
             const std::uint32_t sectorsPerCluster = LegalClusterSizes[size];
-            const std::uint32_t inFront = cluster != 0 ? (cluster - 2) * sectorsPerCluster : 0;
+            const std::uint32_t inFront =
+                cluster != 0 ? FatClusterOffset(cluster, sectorsPerCluster) : 0;
             if (back < sectorsPerCluster) {
                 const auto found = FindExact(size, static_cast<std::uint32_t>(offset) - inFront);
                 first = std::min(first, found.value_or(NoIndex));

@@ -6,6 +6,7 @@
 #include "platform/ResultCode.h"
 
 #include <cstdint>
+#include <optional>
 #include <span>
 #include <vector>
 
@@ -31,6 +32,20 @@ struct NtfsRun
 
 // In the order on disk. Extents of several attributes are simply put behind each other.
 using RunList = std::vector<NtfsRun>;
+
+// An unsigned number of as many bytes as the view has, eight at most.
+std::uint64_t LittleEndian(ByteView field);
+
+// One entry of a run list as it stands: a header with the widths of two fields, and the fields.
+struct RunEntry
+{
+    ByteView length;
+    ByteView offset;  // empty in a sparse run
+
+    std::size_t Size() const { return 1 + length.Size() + offset.Size(); }
+};
+// Nothing at the end of the list, for a field above largestField bytes, and for one that the view does not hold whole.
+std::optional<RunEntry> ReadRunEntry(ByteView list, std::size_t at, std::size_t largestField);
 
 // One engine owns it.
 class NtfsRecordCodec

@@ -1,4 +1,6 @@
-#include "recovery/ntfs/NtfsAttributes.h"
+#include "recovery/metadata/NtfsAttributes.h"
+
+#include "recovery/metadata/NtfsRecordCodec.h"
 
 namespace {
 
@@ -38,4 +40,32 @@ bool AttributeWalk::Next()
     m_length = m_rules.shortLengths ? std::int64_t{static_cast<std::int16_t>(m_record.U16(at + 4))}
                                     : std::int64_t{m_record.U32(at + 4)};
     return m_length != 0;
+}
+
+ResultCode
+FindResidentData(ByteView record, std::uint32_t recordSize, std::uint64_t limit, ByteView& outValue)
+{
+    AttributeWalk walk(record, limit, ResidentReaderRules);
+    while (walk.Next()) {
+        if (walk.Type() != AttributeData) {
+            continue;
+        }
+        const ByteView attribute = walk.Attribute();
+        if (attribute.U8(AttributeNonResident) != 0 ||
+            !attribute.Covers(AttributeValueOffset, sizeof(std::uint16_t))) {
+            return ResultDataNotResident;
+        }
+        const std::uint32_t valueOffset = attribute.U16(AttributeValueOffset);
+        // The padding behind the value belongs to it. An offset behind the end wraps and is too long.
+        const std::uint32_t size = attribute.U32(4) - valueOffset;
+        if (size >= recordSize) {
+            return ResultInvalidParameter;
+        }
+        if (!attribute.Covers(valueOffset, size)) {
+            return ResultDataNotResident;
+        }
+        outValue = attribute.Sub(valueOffset, size);
+        return ResultSuccess;
+    }
+    return ResultDataNotResident;
 }

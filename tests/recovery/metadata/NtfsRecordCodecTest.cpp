@@ -1,6 +1,5 @@
-#include "recovery/ntfs/NtfsRecordCodec.h"
+#include "recovery/metadata/NtfsRecordCodec.h"
 
-#include "tests/recovery/ntfs/NtfsImage.h"
 #include "tests/support/Bytes.h"
 
 #include <gtest/gtest.h>

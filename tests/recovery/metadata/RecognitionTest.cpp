@@ -1,4 +1,4 @@
-#include "recovery/FileSystemRecognition.h"
+#include "recovery/metadata/FileSystemRecognition.h"
 #include "tests/support/Bytes.h"
 #include "tests/support/FatCard.h"
 #include "tests/support/RunCommand.h"

@@ -1,7 +1,7 @@
-#include "recovery/carving/SectorValidators.h"
+#include "recovery/metadata/SectorValidators.h"
 
-#include "recovery/carving/FatDateTime.h"
-#include "tests/recovery/carving/CarveSupport.h"
+#include "recovery/metadata/FatDateTime.h"
+#include "tests/support/Bytes.h"
 
 #include <gtest/gtest.h>
 

@@ -3,6 +3,7 @@
 
 #include "platform/ByteView.h"
 #include "platform/ResultCode.h"
+#include "recovery/metadata/NtfsRecordCodec.h"
 
 #include <cstdint>
 
@@ -24,12 +25,19 @@ void SetNtfsSectorSize(std::uint32_t bytesPerSector, NtfsVolume& volume);
 
 // Takes the sizes and the table's place from a boot sector; PartitionStart is set. ResultInvalidParameter when the
 // sector size is no multiple of 512 or the cluster size, a signed byte, is not above 0.
-[[nodiscard]] ResultCode ReadNtfsVolume(ByteView boot, NtfsVolume& volume);
+[[nodiscard]] ResultCode ReadNtfsVolume(ByteView bootSector, NtfsVolume& volume);
 
-// The sector of a cluster as the copying sees it: the product is taken modulo 2^64, then divided as a signed number.
-inline std::uint64_t
-SectorOfCluster(std::uint64_t lcn, std::uint32_t clusterBytes, std::uint32_t bytesPerSector)
+// The sector of a cluster, counted from the volume's start: the product is taken modulo 2^64, then divided as a signed
+// number. In bytes, as copies of records count, a wild cluster leads elsewhere than in sectors of one unit each.
+inline constexpr std::uint64_t
+SectorOfCluster(std::uint64_t lcn, std::uint32_t clusterUnits, std::uint32_t sectorUnits)
 {
-    const auto position = static_cast<std::int64_t>(lcn * clusterBytes);
-    return static_cast<std::uint64_t>(position / std::int64_t{bytesPerSector});
+    const auto position = static_cast<std::int64_t>(lcn * clusterUnits);
+    return static_cast<std::uint64_t>(position / std::int64_t{sectorUnits});
+}
+
+// Sectors that a run begins behind the one before it, or, modulo 2^64, in front: whoever walks a list adds them up.
+inline constexpr std::uint64_t SectorsToRun(const NtfsRun& run, std::uint32_t sectorsPerCluster)
+{
+    return SectorOfCluster(static_cast<std::uint64_t>(run.Offset), sectorsPerCluster, 1);
 }

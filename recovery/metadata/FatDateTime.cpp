@@ -1,4 +1,4 @@
-#include "recovery/carving/FatDateTime.h"
+#include "recovery/metadata/FatDateTime.h"
 
 #include "platform/FileTime.h"
 

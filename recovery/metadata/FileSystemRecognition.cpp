@@ -1,4 +1,6 @@
-#include "recovery/FileSystemRecognition.h"
+#include "recovery/metadata/FileSystemRecognition.h"
+
+#include "recovery/metadata/BootSectors.h"
 
 #include <bit>
 #include <string_view>
@@ -8,11 +10,6 @@ namespace {
 using namespace std::string_view_literals;
 
 constexpr std::size_t ExtSuperblockOffset = 1024;
-
-bool HasBootMark(ByteView sector)
-{
-    return sector.U8(510) == 0x55 && sector.U8(511) == 0xAA;
-}
 
 bool IsPowerOfTwoUpTo(std::uint32_t value, std::uint32_t largest)
 {
@@ -30,24 +27,16 @@ bool IsEncryptedVolume(ByteView sector)
     return sector.Matches(3, "-FVE-FS-") || sector.Matches(480, Trailer);
 }
 
-bool PassesPlainFatTest(ByteView sector)
+// What FAT12 and FAT16 fill in, or else what FAT32 does.
+bool PassesFatTest(ByteView sector, const FatBootFields& boot)
 {
-    return sector.U8(16) != 0 && (sector.U16(19) != 0 || sector.U32(32) != 0) &&
-           IsPowerOfTwoUpTo(sector.U8(13), 128) && sector.U16(22) != 0 && HasBootMark(sector);
-}
-
-bool PassesFat32Test(ByteView sector)
-{
-    return HasFat32Mark(sector) && sector.U8(16) != 0 && sector.U32(32) != 0 &&
-           sector.U32(36) != 0 && IsPowerOfTwoUpTo(sector.U8(13), 128) && HasBootMark(sector);
+    const bool plain = (boot.sectors16 != 0 || boot.sectors32 != 0) && boot.fatSectors16 != 0;
+    const bool fat32 = HasFat32Mark(sector) && boot.sectors32 != 0 && boot.fatSectors32 != 0;
+    return (plain || fat32) && boot.fatCount != 0 &&
+           IsPowerOfTwoUpTo(boot.sectorsPerCluster, 128) && HasBootMark(sector);
 }
 
 }  // namespace
-
-bool HasFat32Mark(ByteView sector)
-{
-    return sector.Matches(82, "FAT32   ");
-}
 
 bool IsNtfsBootSector(ByteView sector)
 {
@@ -58,8 +47,9 @@ bool IsNtfsBootSector(ByteView sector)
         }
     }
     // 128 is left out: the cluster size is read as a signed byte, which cannot hold it.
-    return sector.Matches(3, "NTFS    ") && sector.U16(11) % 512 == 0 && sector.U16(14) == 0 &&
-           IsPowerOfTwoUpTo(sector.U8(13), 64) && sector.U64(40) != 0 && HasBootMark(sector);
+    const NtfsBootFields boot = ReadNtfsBootFields(sector);
+    return HasNtfsName(sector) && boot.bytesPerSector % 512 == 0 && sector.U16(14) == 0 &&
+           IsPowerOfTwoUpTo(boot.sectorsPerCluster, 64) && boot.sectors != 0 && HasBootMark(sector);
 }
 
 bool IsFatBootSector(ByteView sector)
@@ -67,19 +57,18 @@ bool IsFatBootSector(ByteView sector)
     if (IsEncryptedVolume(sector)) {
         return false;
     }
-    const std::uint32_t fatSize = sector.U16(22) != 0 ? sector.U16(22) : sector.U32(36);
-    const std::uint32_t totalSectors = sector.U32(32) != 0 ? sector.U32(32) : sector.U16(19);
-    const std::uint32_t bytesPerSector = sector.U16(11);
-    const std::uint32_t sectorsPerCluster = sector.U8(13);
-    if (bytesPerSector == 0 || sectorsPerCluster == 0 || bytesPerSector % 512 != 0) {
+    const FatBootFields boot = ReadFatBootFields(sector);
+    const std::uint32_t totalSectors = boot.sectors32 != 0 ? boot.sectors32 : boot.sectors16;
+    if (boot.bytesPerSector == 0 || boot.sectorsPerCluster == 0 || boot.bytesPerSector % 512 != 0) {
         return false;
     }
     // In 32 bits, wrap included: a total smaller than its areas passes or fails by what the wrap leaves.
-    const std::uint32_t rootSectors = std::uint32_t{sector.U16(17)} * 32 / bytesPerSector;
+    const std::uint32_t rootSectors = boot.rootEntries * 32 / boot.bytesPerSector;
     const std::uint32_t clusters =
-        (totalSectors - sector.U16(14) - sector.U8(16) * fatSize - rootSectors) / sectorsPerCluster;
+        (totalSectors - boot.reservedSectors - boot.fatCount * boot.FatSectors() - rootSectors) /
+        boot.sectorsPerCluster;
     constexpr std::uint32_t ClusterLimit = 0xFFFFFF0;
-    return clusters < ClusterLimit && (PassesFat32Test(sector) || PassesPlainFatTest(sector));
+    return clusters < ClusterLimit && PassesFatTest(sector, boot);
 }
 
 bool IsExtSuperblock(ByteView superblock)

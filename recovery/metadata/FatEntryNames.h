@@ -18,7 +18,6 @@ public:
     // False when the piece does not fit any more: the twentieth ends the directory.
     bool AddPiece(ByteView entry);
     bool HasPieces() const { return m_hasPieces; }
-    std::size_t Position() const { return m_position; }
     // Drops what was gathered.
     void Reset();
     // Forgets that there are pieces but keeps their place, so that the next ones are put in front of them.

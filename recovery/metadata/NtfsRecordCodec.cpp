@@ -1,4 +1,4 @@
-#include "recovery/ntfs/NtfsRecordCodec.h"
+#include "recovery/metadata/NtfsRecordCodec.h"
 
 #include <array>
 #include <cstring>
@@ -9,15 +9,6 @@ constexpr std::size_t FixupWords = 50;
 constexpr std::size_t RunListOffset = 32;
 constexpr std::size_t LargestField = 7;  // bytes of a length or an offset
 
-std::uint64_t LengthOf(ByteView field)
-{
-    std::uint64_t value = 0;
-    for (std::size_t i = 0; i < field.Size(); ++i) {
-        value |= std::uint64_t{field.U8(i)} << 8 * i;
-    }
-    return value & 0xFFFFFFFF;
-}
-
 // A negative offset is put together from pieces: the lower bytes in 32 bits with their sign there, the last one in
 // 64. Up to four bytes that is the plain value. With more, bytes 4 and 5 are shifted out and byte 3 counts as signed.
 std::int64_t OffsetOf(ByteView field)
@@ -27,13 +18,10 @@ std::int64_t OffsetOf(ByteView field)
         return 0;
     }
     const std::uint8_t last = field.U8(count - 1);
-    std::uint64_t value = 0;
     if ((last & 0x80) == 0) {
-        for (std::size_t i = 0; i < count; ++i) {
-            value |= std::uint64_t{field.U8(i)} << 8 * i;
-        }
-        return static_cast<std::int64_t>(value);
+        return static_cast<std::int64_t>(LittleEndian(field));
     }
+    std::uint64_t value = 0;
     for (std::size_t i = 0; i + 1 < count && i < sizeof(std::uint32_t); ++i) {
         const auto piece = static_cast<std::int32_t>(std::uint32_t{field.U8(i)} << 8 * i);
         value += static_cast<std::uint64_t>(std::int64_t{piece});
@@ -44,6 +32,27 @@ std::int64_t OffsetOf(ByteView field)
 }
 
 }  // namespace
+
+std::uint64_t LittleEndian(ByteView field)
+{
+    std::uint64_t value = 0;
+    for (std::size_t i = 0; i < field.Size(); ++i) {
+        value |= std::uint64_t{field.U8(i)} << 8 * i;
+    }
+    return value;
+}
+
+std::optional<RunEntry> ReadRunEntry(ByteView list, std::size_t at, std::size_t largestField)
+{
+    const std::uint8_t header = list.U8(at);
+    const std::size_t lengthBytes = header & 0x0F;
+    const std::size_t offsetBytes = header >> 4;
+    if (header == 0 || lengthBytes > largestField || offsetBytes > largestField ||
+        !list.Covers(at + 1, lengthBytes + offsetBytes)) {
+        return std::nullopt;
+    }
+    return RunEntry{list.Sub(at + 1, lengthBytes), list.Sub(at + 1 + lengthBytes, offsetBytes)};
+}
 
 ResultCode NtfsRecordCodec::SetSectorSize(std::uint32_t bytesPerSector)
 {
@@ -80,17 +89,14 @@ void NtfsRecordCodec::DecodeRunList(ByteView attribute, RunList& outRuns) const
         return;
     }
     while (at < length && attribute.Covers(at, 1) && outRuns.size() < LongestRunList) {
-        const std::uint8_t header = attribute.U8(at);
-        const std::size_t lengthBytes = header & 0x0F;
-        const std::size_t offsetBytes = header >> 4;
-        if (header == 0 || lengthBytes > LargestField || offsetBytes > LargestField ||
-            !attribute.Covers(at + 1, lengthBytes + offsetBytes)) {
+        const std::optional<RunEntry> entry = ReadRunEntry(attribute, at, LargestField);
+        if (!entry) {
             return;
         }
         NtfsRun run;
-        run.Length = LengthOf(attribute.Sub(at + 1, lengthBytes));
-        run.Offset = OffsetOf(attribute.Sub(at + 1 + lengthBytes, offsetBytes));
+        run.Length = LittleEndian(entry->length) & 0xFFFFFFFF;
+        run.Offset = OffsetOf(entry->offset);
         outRuns.push_back(run);
-        at += 1 + lengthBytes + offsetBytes;
+        at += entry->Size();
     }
 }

@@ -3,11 +3,9 @@
 
 #include "platform/ByteView.h"
 #include "platform/ResultCode.h"
+#include "recovery/metadata/FatClusters.h"
 
 #include <cstdint>
-
-// Sectors that the root directory of a FAT12 or FAT16 volume is taken to have, whatever the boot sector says.
-inline constexpr std::uint32_t FixedRootSectors = 32;
 
 struct FatGeometry
 {
@@ -19,18 +17,20 @@ struct FatGeometry
     std::uint32_t totalSectors32 = 0;   // the 32-bit total; the 16-bit one is not looked at
     bool isFat32 = true;
 
-    // Sectors from the partition start to a cluster. The product wraps in 32 bits, the sum does not, so clusters 0
-    // and 1 lie out of every disk's reach.
+    // Sectors from the partition start to a cluster; clusters 0 and 1 lie out of every disk's reach.
     std::uint64_t SectorOfCluster(std::uint32_t cluster) const
     {
-        return std::uint64_t{dataStart} +
-               static_cast<std::uint32_t>((cluster - 2) * sectorsPerCluster);
+        return SectorOfFatCluster(
+            {.dataStart = dataStart, .sectorsPerCluster = sectorsPerCluster, .zeroIsRoot = false},
+            cluster);
     }
     // The same for a folder: cluster 0 of a volume without a root cluster is its root directory.
     std::uint64_t SectorOfFolder(std::uint32_t cluster) const
     {
-        return cluster == 0 && !isFat32 ? std::uint64_t{dataStart} - FixedRootSectors
-                                        : SectorOfCluster(cluster);
+        return SectorOfFatCluster({.dataStart = dataStart,
+                                   .sectorsPerCluster = sectorsPerCluster,
+                                   .zeroIsRoot = !isFat32},
+                                  cluster);
     }
     std::uint32_t ClusterBytes() const
     {

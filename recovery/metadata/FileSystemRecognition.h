@@ -22,7 +22,5 @@ FileSystemKind RecogniseFileSystem(ByteView start);
 bool IsNtfsBootSector(ByteView sector);
 // The first 512 bytes are a FAT12, FAT16 or FAT32 boot sector, and the volume is not encrypted as a whole.
 bool IsFatBootSector(ByteView sector);
-// "FAT32   " at 82, which is what the FAT engines go by once the boot sector is taken.
-bool HasFat32Mark(ByteView sector);
 // The view begins at the superblock, byte 1024 of the target.
 bool IsExtSuperblock(ByteView superblock);

@@ -3,6 +3,7 @@
 #pragma once
 
 #include "platform/ByteView.h"
+#include "platform/ResultCode.h"
 
 #include <cstdint>
 
@@ -18,7 +19,6 @@ inline constexpr std::uint32_t RootRecordNumber = 5;
 inline constexpr std::uint32_t BitmapRecordNumber = 6;
 inline constexpr std::uint32_t FirstUserRecordNumber = 12;  // those below are system files
 
-inline constexpr std::uint16_t RecordInUse = 0x0001;
 inline constexpr std::uint16_t RecordIsFolder = 0x0002;
 
 // Offsets in an attribute.
@@ -91,3 +91,10 @@ private:
     std::uint32_t m_type = 0;
     std::uint32_t m_shown = 0;
 };
+
+// The data attribute of a repaired record: 0 and the value with its padding, ResultDataNotResident when it lies in runs
+// or there is none, ResultInvalidParameter when it does not fit into a record. limit bounds the walk.
+[[nodiscard]] ResultCode FindResidentData(ByteView record,
+                                          std::uint32_t recordSize,
+                                          std::uint64_t limit,
+                                          ByteView& outValue);

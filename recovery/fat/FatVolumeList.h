@@ -1,29 +1,13 @@
-// FAT volumes as read from a boot sector or inferred from where directories lie, and the searches among them.
+// The searches among the FAT volumes of a target.
 #pragma once
+
+#include "recovery/metadata/FatVolume.h"
 
 #include <cstdint>
 #include <map>
 #include <optional>
 #include <unordered_map>
 #include <vector>
-
-// The cluster sizes that a volume can have, in sectors.
-inline constexpr std::uint32_t LegalClusterSizes[] = {1, 2, 4, 8, 16, 32, 64, 128};
-
-struct FatVolume
-{
-    std::uint32_t SectorsPerCluster = 0;  // 0: no volume known
-    std::uint32_t DataStart = 0;          // sectors from Base to cluster 2
-    std::uint64_t Base = 0;  // the target's first LBA, also of a lost partition's volume
-
-    bool IsKnown() const { return SectorsPerCluster != 0; }
-    friend bool operator==(const FatVolume&, const FatVolume&) = default;
-};
-
-// The LBA of a cluster, product and sum in 32 bits.
-std::uint64_t PlainClusterSector(const FatVolume& volume, std::uint32_t cluster);
-// The same, but cluster 0 is the root directory 32 sectors in front of the data.
-std::uint64_t ClusterSector(const FatVolume& volume, std::uint32_t cluster);
 
 // All volumes of a target in order of discovery. Base is the same in all of them. The first match in that order wins in
 // every search; volumes that repeat an earlier one count but are never found.

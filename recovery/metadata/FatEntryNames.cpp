@@ -1,7 +1,7 @@
-#include "recovery/fat/FatEntryNames.h"
+#include "recovery/metadata/FatEntryNames.h"
 
 #include "platform/Text.h"
-#include "recovery/carving/SectorValidators.h"
+#include "recovery/metadata/SectorValidators.h"
 
 namespace {
 
