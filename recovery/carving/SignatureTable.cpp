@@ -3,8 +3,6 @@
 #include "platform/Text.h"
 #include "recovery/carving/formats/Formats.h"
 
-#include <algorithm>
-
 namespace {
 
 using namespace std::string_view_literals;
@@ -105,37 +103,6 @@ constexpr SignatureEntry Rows[] = {
 // clang-format on
 
 static_assert(std::size(Rows) == 86);
-
-// What the dispatch and the driver take for granted: a row says how its heads begin, rows of one detect function stand
-// together and say the same, and so do rows of one type of its end; every type has a row.
-consteval bool RowsAgree()
-{
-    constexpr std::size_t MostDetectFunctions = 64;  // a bit for each in the dispatch
-    bool named[static_cast<std::size_t>(None)] = {};
-    std::size_t detectFunctions = 0;
-    for (std::size_t i = 0; Rows[i].typeId != None; ++i) {
-        const SignatureEntry& row = Rows[i];
-        if (row.extension.empty() || row.detect == nullptr ||
-            (row.gate == FirstByte && row.firstBytes.empty())) {
-            return false;
-        }
-        named[static_cast<std::size_t>(row.typeId)] = true;
-        detectFunctions += i == 0 || Rows[i - 1].detect != row.detect ? 1 : 0;
-        for (std::size_t before = 0; before < i; ++before) {
-            const SignatureEntry& other = Rows[before];
-            const bool sameHead = other.gate == row.gate && other.firstBytes == row.firstBytes;
-            if (other.detect == row.detect && (!sameHead || Rows[i - 1].detect != row.detect)) {
-                return false;
-            }
-            if (other.typeId == row.typeId && other.lengthEnd != row.lengthEnd) {
-                return false;
-            }
-        }
-    }
-    return detectFunctions <= MostDetectFunctions &&
-           std::find(std::begin(named), std::end(named), false) == std::end(named);
-}
-static_assert(RowsAgree());
 
 }  // namespace
 

@@ -84,7 +84,8 @@ enum class LengthEnd
     Claimed,
 };
 
-// A row is all that the carver knows of a format beside the functions' own file.
+// A row is all that the carver knows of a format beside the functions' own file. Rows of one detect function stand together
+// and say the same of their heads.
 struct SignatureEntry
 {
     std::string_view

@@ -5,6 +5,7 @@
 
 #include <gtest/gtest.h>
 
+#include <map>
 #include <random>
 #include <set>
 
@@ -242,6 +243,24 @@ TEST_F(DetectTest, AskingCandidatesAloneAnswersAsTheWholeTableDoes)
         hits += expected != None ? 1 : 0;
     }
     EXPECT_GT(hits, 10000u);
+}
+
+TEST_F(DetectTest, NoRowForgetsAnything)
+{
+    constexpr std::size_t MostDetectFunctions = 64;  // a bit for each in the dispatch
+    std::map<DetectFunction, const SignatureEntry*> heads;
+    std::map<FileTypeId, LengthEnd> types;
+    for (const SignatureEntry& row : SignatureTable().first(85)) {
+        EXPECT_TRUE(row.detect != nullptr && !row.extension.empty());
+        EXPECT_TRUE(row.gate != HeadGate::FirstByte || !row.firstBytes.empty()) << row.extension;
+        const auto& [head, isNew] = heads.try_emplace(row.detect, &row);
+        EXPECT_TRUE(isNew || (&row)[-1].detect == row.detect) << row.extension;
+        EXPECT_EQ(row.gate, head->second->gate) << row.extension;
+        EXPECT_EQ(row.firstBytes, head->second->firstBytes) << row.extension;
+        EXPECT_EQ(row.lengthEnd, types.try_emplace(row.typeId, row.lengthEnd).first->second);
+    }
+    EXPECT_EQ(types.size(), static_cast<std::size_t>(None)) << "every type has a name";
+    EXPECT_LE(heads.size(), MostDetectFunctions);
 }
 
 TEST_F(DetectTest, TheFirstRowOfATypeNamesIt)
