@@ -69,7 +69,7 @@ std::string StateOf(const ScanLogEntry& entry)
     if (entry.rangeLength == 0) {
         return "complete";
     }
-    const std::uint64_t total = std::max<std::uint64_t>(entry.sectorCount, 1);
+    const std::uint64_t total = std::max(std::uint64_t{entry.sectorCount}, std::uint64_t{1});
     const std::uint64_t done = std::min(std::uint64_t{entry.sectorsDone}, total);
     return "stopped at " + std::to_string(done / (total / 100 + 1)) + " %";
 }

@@ -1,5 +1,6 @@
 // Deep scans from the command line, and the log of earlier ones.
 #include "tests/cli/CliFixture.h"
+#include "tests/support/FailingReader.h"
 #include "tests/support/RunCommand.h"
 
 #include <chrono>
@@ -57,6 +58,23 @@ TEST_F(DeepCommandTest, AnEarlierScanIsTakenUnlessItIsDeclined)
     EXPECT_EQ(RunAsGiven({"scan", Card(), "--new"}).status, 0);
     EXPECT_EQ(Scans().size(), 1u);
     EXPECT_EQ(RunAsGiven({"scan", Card(), "--new", "--resume"}).status, 2);
+}
+
+TEST_F(DeepCommandTest, AStoppedScanIsGoneOnWith)
+{
+    const ImageFile disk(m_folder / "disk.img", 16 * 1024 * 1024);
+    disk.Put(1000, MakeJpeg(64, 48, 1));
+    disk.Put(30000, MakeJpeg(64, 48, 2));
+    FailingReader reader;
+    reader.OnReadAt(8 * 1024 * 1024, 1, [] { std::raise(SIGINT); });
+    const std::string path = disk.Path().string();
+    EXPECT_EQ(RunAsGiven({"list", path, "--json"}).status, 130);
+    EXPECT_TRUE(Scans()[0]["state"].asString().starts_with("stopped at "));
+    const Outcome after = RunAsGiven({"list", path, "--json"});
+    EXPECT_EQ(after.status, 0);
+    EXPECT_NE(after.err.find("Going on with an earlier scan (stopped at "), std::string::npos)
+        << after.err;
+    EXPECT_EQ(Found(after), 2);
 }
 
 TEST_F(DeepCommandTest, ForgettingRemovesTheRecords)
