@@ -3,6 +3,7 @@
 #pragma once
 
 #include "recovery/FileRecoveryParse.h"
+#include "recovery/ResumableScan.h"
 #include "recovery/ScanLogDirectory.h"
 #include "recovery/carving/FileTypeRecovery.h"
 #include "recovery/fat/ProfessionalFatRecovery.h"
@@ -27,7 +28,7 @@ struct FastEngineMaker
 };
 
 // Opened once, scanned once, then queried. Only one in a process may scan at a time: the carver's state is shared.
-class CProfessionalRecovery : public IFileRecoveryParse
+class CProfessionalRecovery : public IFileRecoveryParse, public IResumableScan
 {
 public:
     explicit CProfessionalRecovery(FastEngineMaker maker);
@@ -37,14 +38,10 @@ public:
                              std::uint64_t startLba,
                              std::uint64_t sectorCount,
                              char16_t driveLetter) override;
-    // An earlier scan of this target stands in the log, and Scan would go on with it.
-    bool HasResumableScan() const { return m_resumeValid; }
-    // That scan; meaningful while HasResumableScan.
-    const ScanLogEntry& ResumableScan() const { return m_resumeEntry; }
-    // Scan starts anew, and what the earlier one left is removed.
-    void DiscardResumableScan();
-    // Where the stores of the scan are; empty before Scan.
-    const std::filesystem::path& LogFolder() const { return m_logFolder; }
+    bool HasResumableScan() const override { return m_resumeValid; }
+    const ScanLogEntry& ResumableScan() const override { return m_resumeEntry; }
+    void DiscardResumableScan() override;
+    const std::filesystem::path& LogFolder() const override { return m_logFolder; }
 
     // The range is ignored: the pass takes 90, the quick engine 9.
     ResultCode SetCallbacks(ProgressCallback scanCallback,

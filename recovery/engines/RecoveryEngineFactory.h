@@ -2,18 +2,11 @@
 #pragma once
 
 #include "recovery/FileRecoveryParse.h"
+#include "recovery/ScanDepth.h"
 
 #include <cstdint>
 #include <filesystem>
 #include <memory>
-
-// How thoroughly a target is searched.
-enum class ScanDepth
-{
-    Quick,  // what the file system still knows
-    Deep,   // that, then one pass over the sectors that the file system does not use
-    Whole   // one pass over all sectors, whatever the file system says
-};
 
 // One object for the process, made on first use, not locked: one worker thread at a time calls it.
 class RecoveryEngineFactory

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "cli/CommandLine.h"
+#include "session/Session.h"
 #include "tests/support/Bytes.h"
 #include "tests/support/FatCard.h"
 #include "tests/support/Pictures.h"
@@ -79,7 +80,8 @@ protected:
         std::ostringstream out;
         std::ostringstream err;
         CommandStreams streams{out, err, terminal, answers};
-        const ExitStatus status = RunCommandLine(std::move(arguments), streams);
+        Session session;
+        const ExitStatus status = RunCommandLine(std::move(arguments), streams, session);
         return {static_cast<int>(status), out.str(), err.str()};
     }
 

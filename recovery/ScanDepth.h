@@ -1,0 +1,9 @@
+// How thoroughly a target is searched.
+#pragma once
+
+enum class ScanDepth
+{
+    Quick,  // what the file system still knows
+    Deep,   // that, then one pass over the sectors that the file system does not use
+    Whole   // one pass over all sectors, whatever the file system says
+};

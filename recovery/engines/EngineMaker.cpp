@@ -1,0 +1,13 @@
+#include "recovery/engines/EngineMaker.h"
+
+#include "recovery/engines/RecoveryEngineFactory.h"
+
+std::unique_ptr<IFileRecoveryParse>
+EngineMaker::Make(const EngineTarget& target, ScanDepth depth, ResultCode* outWhy)
+{
+    RecoveryEngineFactory& factory = RecoveryEngineFactory::Instance();
+    return target.imagePath.empty()
+               ? factory.MakeEngineForPartition(target.diskNumber, target.startLba,
+                                                target.sectorCount, target.letter, depth, outWhy)
+               : factory.MakeEngineForImage(target.imagePath, target.letter, depth, outWhy);
+}
