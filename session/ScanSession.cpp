@@ -161,6 +161,7 @@ OpenOutcome ScanSession::Open(std::shared_ptr<ScanHistory> history,
     });
     if (outcome.session == nullptr) {
         outcome.end = OpenEnd::Refused;
+        outcome.lock.lock.reset();
         outcome.refusal = WhyNotOpened({}, fault != ResultSuccess ? fault : why);
         if (fault == ResultOutOfMemory) {
             outcome.refusal.fault = TargetFault::OutOfMemory;
