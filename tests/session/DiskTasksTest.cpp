@@ -1,4 +1,5 @@
 // The list of targets, their names, and the checks before an image, on a made-up system whose disks are files.
+#include "platform/SystemFiles.h"
 #include "session/ImageTask.h"
 #include "session/Session.h"
 #include "tests/support/Bytes.h"
@@ -106,6 +107,41 @@ TEST_F(DiskTasksTest, DisksAreListedWhileAScanRuns)
         ++lists;
     }
     EXPECT_EQ(scan.get().end, ScanEnd::Complete);
+}
+
+TEST_F(DiskTasksTest, AnImageNeedsRoom)
+{
+    // FAT32 is among those that hold 2 GB; what is above 4 GB is told so.
+    m_system.AddDisk("sda", "8:0", 2048 * MiB);
+    m_system.AddDisk("sdb", "8:16", 2048 * MiB + 512);
+    m_system.AddDisk("sdc", "8:32", 4096 * MiB);
+    m_system.AddDisk("sdd", "8:48", 4096 * MiB + 512);
+    m_system.AddDisk("sde", "8:64", std::uint64_t{1} << 42);
+    FileIdentity here;
+    ASSERT_EQ(IdentifyPath(m_folder.Path(), here), ResultSuccess);
+    struct RoomCase
+    {
+        std::string type;
+        std::string disk;
+        std::optional<ImageFault> fault;
+    };
+    for (const RoomCase& row : {RoomCase{"vfat", "sda", std::nullopt},
+                                {"vfat", "sdb", ImageFault::TooLargeForFat},
+                                {"vfat", "sdc", ImageFault::TooLargeForFat},
+                                {"vfat", "sdd", ImageFault::TooLargeForFat32},
+                                {"exfat", "sdd", ImageFault::TooLargeForFat},
+                                {"tmpfs", "sde", ImageFault::NoRoom}}) {
+        std::filesystem::remove(m_system.Folder() / "proc/self/mountinfo");
+        m_system.AddMount(std::to_string(here.mountId) + " 1 0:77 / / rw - " + row.type +
+                          " none rw");
+        ImageTask task(Target(m_system.Node(row.disk)), m_folder / "new.img");
+        std::optional<ImageProblem> problem = task.NextProblem();
+        while (problem && problem->IsQuestion()) {
+            problem = task.NextProblem();
+        }
+        ASSERT_EQ(problem.has_value(), row.fault.has_value()) << row.type << row.disk;
+        EXPECT_TRUE(!problem || problem->fault == *row.fault) << row.type << row.disk;
+    }
 }
 
 TEST_F(DiskTasksTest, AnImageIsNotBegunBeforeItsProblemsAreLookedAt)

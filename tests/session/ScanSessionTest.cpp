@@ -228,32 +228,6 @@ TEST_F(ScanSessionTest, WhatGoesWrongWithOneFileDoesNotEndTheOthers)
     EXPECT_EQ(seen[1].path, outcomes[0].path);
 }
 
-TEST_F(ScanSessionTest, AStopInsideAFileLeavesTheRestUntried)
-{
-    for (const char* name : {"a.jpg", "b.jpg", "c.jpg"}) {
-        m_script.Add(name, 4);
-    }
-    const auto open = Open();
-    Destination destination(m_folder / "out", Layout::ByCategory);
-    ASSERT_EQ(destination.Make().fault, DestinationFault::None);
-    std::vector<FileEnd> ends;
-    const RestoreCalls calls = {[](const RestoreProgress& progress) {
-                                    return progress.number == 2 && !progress.path.empty()
-                                               ? Answer::Stop
-                                               : Answer::GoOn;
-                                },
-                                [&ends](ScanSession*, const FoundRow&, const FileOutcome& outcome) {
-                                    ends.push_back(outcome.end);
-                                }};
-    const std::vector<std::shared_ptr<ScanSession>> sources = {open};
-    const RestoreOutcome outcome =
-        RestoreFiles(sources, open->Search(TypeFilter::All()).rows, destination, calls);
-    EXPECT_TRUE(outcome.stopped);
-    EXPECT_EQ(ends,
-              (std::vector<FileEnd>{FileEnd::Restored, FileEnd::Cancelled, FileEnd::NotTried}));
-    EXPECT_FALSE(std::filesystem::exists(m_folder / "out/photo/c.jpg"));
-}
-
 TEST_F(ScanSessionTest, ScansAreForgottenWhileAnotherGoesOn)
 {
     const std::filesystem::path used = AddEarlier("card.img", 1000);

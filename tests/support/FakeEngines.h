@@ -4,6 +4,7 @@
 #include "recovery/ResumableScan.h"
 #include "recovery/ScanLogEntry.h"
 #include "recovery/engines/EngineMaker.h"
+#include "recovery/engines/FastExtRecovery.h"
 #include "tests/support/TempFolder.h"
 
 #include <functional>
@@ -51,7 +52,8 @@ struct FakeScript
     }
 };
 
-class FakeEngine : public IFileRecoveryParse, public IResumableScan
+// The rest answers 0 and touches nothing.
+class FakeEngine : public CFastExtRecovery, public IResumableScan
 {
 public:
     explicit FakeEngine(FakeScript& script) : m_script(script) { ++script.living; }
@@ -66,17 +68,6 @@ public:
     }
     const std::filesystem::path& LogFolder() const override { return m_script.logFolder; }
 
-    ResultCode OpenImageFile(const std::filesystem::path& /*path*/, char16_t /*letter*/) override
-    {
-        return ResultSuccess;
-    }
-    ResultCode OpenPartition(std::uint32_t /*disk*/,
-                             std::uint64_t /*start*/,
-                             std::uint64_t /*count*/,
-                             char16_t /*letter*/) override
-    {
-        return ResultSuccess;
-    }
     ResultCode SetCallbacks(ProgressCallback scan,
                             FileProgressCallback file,
                             void* context,
@@ -101,18 +92,6 @@ public:
         }
         return m_script.scans;
     }
-    ResultCode ListChildren(const FileRecord* /*parent*/,
-                            std::uint32_t /*depth*/,
-                            FileRecordList& /*records*/) override
-    {
-        return ResultSuccess;
-    }
-    ResultCode CountChildren(const FileRecord* /*parent*/,
-                             std::uint32_t /*depth*/,
-                             std::uint32_t& /*count*/) override
-    {
-        return ResultSuccess;
-    }
     std::uint64_t GetRecordCount() const override { return m_script.records.size(); }
     ResultCode GetRecordPath(const FileRecord* /*record*/, std::string& path) override
     {
@@ -134,10 +113,6 @@ public:
         WriteFileBytes(path, m_script.content);
         return m_file(m_context, 100, 100, ResultSuccess, path);
     }
-    std::int32_t NextFreeRange(std::uint64_t& /*sector*/, std::uint64_t& /*length*/) override
-    {
-        return 0;
-    }
     ResultCode SetSearchCallback(SearchProgressCallback callback, void* context) override
     {
         m_search = callback;
@@ -154,7 +129,6 @@ public:
         }
         return 1;
     }
-    ResultCode BuildUsedClusterMap() override { return ResultSuccess; }
     ResultCode ReadRecordData(const FileRecord* record,
                               std::filesystem::path& path,
                               std::uint8_t* buffer,
