@@ -111,13 +111,13 @@ std::optional<Refusal> ScanRun::Scan()
 // An earlier scan of the target that stands in the log: gone on with, or dropped.
 EarlierChoice ScanRun::ChooseEarlierScan()
 {
-    const std::optional<EarlierScan> earlier = m_source->Earlier();
+    const std::optional<EarlierScan>& earlier = m_source->Earlier();
     if (!earlier) {
         if (m_options.resume) {
             Note("No earlier scan of this target stands in the log, or the target has changed "
                  "since; scanning anew.");
         }
-        return EarlierChoice::Drop;
+        return EarlierChoice::GoOn;
     }
     const std::string scan = DescribeScan(*earlier);
     if (m_options.fresh || (!m_options.resume && !AskToResume(scan))) {

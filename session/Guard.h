@@ -4,13 +4,19 @@
 #include "platform/ResultCode.h"
 
 #include <new>
+#include <type_traits>
 
 // The result of the work, or what stands for an exception that it has thrown.
 template <class Work>
 ResultCode RunGuarded(const Work& work)
 {
     try {
-        return work();
+        if constexpr (std::is_void_v<decltype(work())>) {
+            work();
+            return ResultSuccess;
+        } else {
+            return work();
+        }
     } catch (const std::bad_alloc&) {
         return ResultOutOfMemory;
     } catch (...) {

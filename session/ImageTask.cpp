@@ -112,10 +112,7 @@ ImageOutcome ImageTask::Run(const ProgressFunction& progress)
         outcome.end = ImageEnd::NotChecked;
         return outcome;
     }
-    const ResultCode fault = RunGuarded([&] {
-        Copy(progress, outcome);
-        return ResultSuccess;
-    });
+    const ResultCode fault = RunGuarded([&] { Copy(progress, outcome); });
     if (fault != ResultSuccess) {
         outcome.end = ImageEnd::Failed;
         outcome.why = fault;

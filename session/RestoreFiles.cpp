@@ -110,7 +110,6 @@ RestoreOutcome RestoreFiles(std::span<const std::shared_ptr<ScanSession>> source
             restoring.Take(row);
             outcome = restoring.Outcome();
         }
-        return ResultSuccess;
     });
     outcome.fault = fault;
     return outcome;

@@ -103,10 +103,7 @@ void ScanHistory::KeepRecordsIn(const std::filesystem::path& dataFolder)
 LockOutcome ScanHistory::Lock()
 {
     LockOutcome outcome;
-    const ResultCode fault = RunGuarded([&] {
-        outcome = LockUnguarded();
-        return ResultSuccess;
-    });
+    const ResultCode fault = RunGuarded([&] { outcome = LockUnguarded(); });
     if (fault != ResultSuccess) {
         outcome.end = LockEnd::CannotWriteFolder;
         outcome.why = fault;
@@ -152,7 +149,6 @@ EarlierScans ScanHistory::List() const
         for (const ScanLogEntry& entry : Log().Entries()) {
             list.scans.push_back(DescribeEntry(entry));
         }
-        return ResultSuccess;
     });
     return list;
 }
@@ -175,10 +171,7 @@ ForgetOutcome ScanHistory::ForgetWhere(const std::string* number)
         outcome.end = ForgetEnd::NotLocked;
         return outcome;
     }
-    const ResultCode fault = RunGuarded([&] {
-        ForgetUnguarded(number, outcome);
-        return ResultSuccess;
-    });
+    const ResultCode fault = RunGuarded([&] { ForgetUnguarded(number, outcome); });
     if (fault != ResultSuccess) {
         outcome.end = ForgetEnd::Failed;
         outcome.why = fault;

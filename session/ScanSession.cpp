@@ -69,6 +69,7 @@ struct ScanSession::Parts
     IResumableScan* resumable = nullptr;  // the engine, where it is one
     std::array<std::string, StorePrefixes.size()> storeNames;
 
+    std::optional<EarlierScan> earlier;
     std::filesystem::path quickFolder;  // of a quick scan's store
 
     const std::filesystem::path& Folder() const
@@ -157,7 +158,6 @@ OpenOutcome ScanSession::Open(std::shared_ptr<ScanHistory> history,
             parts->resumable = dynamic_cast<IResumableScan*>(parts->engine.get());
             outcome.session = std::shared_ptr<ScanSession>(new ScanSession(std::move(parts)));
         }
-        return ResultSuccess;
     });
     if (outcome.session == nullptr) {
         outcome.end = OpenEnd::Refused;
@@ -172,8 +172,11 @@ OpenOutcome ScanSession::Open(std::shared_ptr<ScanHistory> history,
 
 ScanSession::ScanSession(std::unique_ptr<Parts> parts) : m_parts(std::move(parts))
 {
-    if (m_parts->resumable != nullptr && m_parts->resumable->HasResumableScan()) {
-        m_parts->history->SetInUse(m_parts.get(), LogFolderOf(m_parts->resumable->ResumableScan()));
+    Parts& known = *m_parts;
+    if (known.resumable != nullptr && known.resumable->HasResumableScan()) {
+        const ScanLogEntry& entry = known.resumable->ResumableScan();
+        known.earlier = known.history->Describe(entry);
+        known.history->SetInUse(&known, LogFolderOf(entry));
     }
 }
 
@@ -187,12 +190,9 @@ const ScanTarget& ScanSession::Target() const
     return m_parts->target;
 }
 
-std::optional<EarlierScan> ScanSession::Earlier() const
+const std::optional<EarlierScan>& ScanSession::Earlier() const
 {
-    const IResumableScan* scan = m_parts->resumable;
-    return scan != nullptr && scan->HasResumableScan()
-               ? std::optional(m_parts->history->Describe(scan->ResumableScan()))
-               : std::nullopt;
+    return m_parts->earlier;
 }
 
 ScanOutcome ScanSession::Scan(EarlierChoice choice, const ProgressFunction& progress)
@@ -204,20 +204,18 @@ ScanOutcome ScanSession::Scan(EarlierChoice choice, const ProgressFunction& prog
         if (parts.depth == ScanDepth::Quick) {
             // The name of a store holds the minute only: two scans must not share a folder.
             parts.quickFolder = parts.history->BeginNewLog();
-        } else if (choice == EarlierChoice::Drop && parts.resumable != nullptr &&
-                   parts.resumable->HasResumableScan()) {
+        } else if (choice == EarlierChoice::Drop && parts.earlier) {
             parts.resumable->DiscardResumableScan();
         }
+        parts.earlier.reset();
         ScanCall call{progress, *parts.engine, [&parts] { parts.UseFolder(); }};
         parts.engine->SetCallbacks(&OnScan, nullptr, &call, 100);
         result = parts.engine->Scan(nullptr);
-        return ResultSuccess;
     });
     parts.engine->SetCallbacks(nullptr, nullptr, nullptr, 100);
     (void)RunGuarded([&parts] {  // without them rows are good all the same
         parts.UseFolder();
         parts.FindStoreNames();
-        return ResultSuccess;
     });
     outcome.found = parts.engine->GetRecordCount();
     outcome.why = fault != ResultSuccess ? fault : result;
@@ -249,7 +247,6 @@ SearchOutcome ScanSession::SearchWhere(std::string_view pattern,
         for (const FileRecord& record : records) {
             outcome.rows.push_back({record, {record.EngineKind, record.RecordNumber}, {}});
         }
-        return ResultSuccess;
     });
     if (progress) {
         m_parts->engine->SetSearchCallback(nullptr, nullptr);

@@ -60,7 +60,7 @@ using FileProgressFunction = std::function<Answer(
     std::int32_t percent, ResultCode error, const std::filesystem::path& path)>;
 
 // Holds the engine, and the lock on the scan records. One thread at a time uses it; shared, so that a task that runs keeps it
-// when a face lets go of it. No function of it throws because of what a target holds: what goes wrong stands in the outcome.
+// when a face lets go of it. What goes wrong stands in the outcomes: nothing is thrown.
 class ScanSession
 {
 public:
@@ -74,8 +74,8 @@ public:
     ~ScanSession();
 
     const ScanTarget& Target() const;
-    // An earlier scan of the target that Scan would go on with. Ask before.
-    std::optional<EarlierScan> Earlier() const;
+    // An earlier scan of the target that Scan would go on with: a question to ask before.
+    const std::optional<EarlierScan>& Earlier() const;
     // The choice means nothing where there is no earlier scan.
     ScanOutcome Scan(EarlierChoice choice, const ProgressFunction& progress);
 

@@ -98,10 +98,7 @@ TargetLister::~TargetLister() = default;
 TargetList TargetLister::List(const ProgressFunction& progress)
 {
     TargetList list;
-    const ResultCode result = RunGuarded([&] {
-        list = ListGuarded(progress);
-        return ResultSuccess;
-    });
+    const ResultCode result = RunGuarded([&] { list = ListGuarded(progress); });
     if (result != ResultSuccess) {
         list.end = result == ResultOutOfMemory ? ListEnd::OutOfMemory : ListEnd::Failed;
     }

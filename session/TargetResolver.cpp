@@ -148,7 +148,6 @@ ResolvedTarget ResolveTarget(const std::string& text, TargetLister& lister)
     ResolvedTarget resolved;
     const ResultCode fault = RunGuarded([&] {
         resolved = text.starts_with('#') ? ResolveNumber(text, lister) : ResolvePath(text);
-        return ResultSuccess;
     });
     if (fault == ResultOutOfMemory) {
         return Refuse(text, TargetFault::OutOfMemory);

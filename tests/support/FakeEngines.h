@@ -38,7 +38,6 @@ struct FakeScript
     std::function<ResultCode(const FileRecord& record)> restores;  // in front of the writing
     std::vector<ResultCode> answers;  // that the engine got from callbacks
     int discarded = 0;
-    int living = 0;  // engines
 
     void Add(const std::string& name, std::uint64_t size, bool headIntact = true)
     {
@@ -56,8 +55,7 @@ struct FakeScript
 class FakeEngine : public CFastExtRecovery, public IResumableScan
 {
 public:
-    explicit FakeEngine(FakeScript& script) : m_script(script) { ++script.living; }
-    ~FakeEngine() override { --m_script.living; }
+    explicit FakeEngine(FakeScript& script) : m_script(script) {}
 
     bool HasResumableScan() const override { return m_script.earlier.has_value(); }
     const ScanLogEntry& ResumableScan() const override { return *m_script.earlier; }
