@@ -12,6 +12,8 @@ namespace CLI {
 class App;
 }
 
+class Session;
+
 enum class ExitStatus : int
 {
     Done = 0,
@@ -61,7 +63,7 @@ struct Command
     std::string_view help;
     std::string_view examples;
     void (*addOptions)(CLI::App& app, CommandOptions& options);
-    ExitStatus (*run)(const CommandOptions& options, CommandStreams& streams);
+    ExitStatus (*run)(const CommandOptions& options, CommandStreams& streams, Session& session);
 };
 
 extern const Command TargetsCommand;

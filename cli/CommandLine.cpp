@@ -2,7 +2,8 @@
 
 #include "cli/Cancel.h"
 #include "cli/Version.h"
-#include "platform/Folders.h"
+#include "cli/Words.h"
+#include "session/Session.h"
 
 #include <CLI/CLI.hpp>
 
@@ -61,7 +62,8 @@ ExitStatus Fail(const CLI::App& app, const CLI::ParseError& error, CommandStream
 
 }  // namespace
 
-ExitStatus RunCommandLine(std::vector<std::string> arguments, CommandStreams& streams)
+ExitStatus
+RunCommandLine(std::vector<std::string> arguments, CommandStreams& streams, Session& session)
 {
     CommandOptions options;
     CLI::App app(Description, "lumivault-cli");
@@ -80,14 +82,12 @@ ExitStatus RunCommandLine(std::vector<std::string> arguments, CommandStreams& st
     }
     if (!options.dataFolder.empty()) {
         std::error_code ignored;
-        SetApplicationDataFolder(std::filesystem::absolute(options.dataFolder, ignored));
+        session.History().KeepRecordsIn(std::filesystem::absolute(options.dataFolder, ignored));
     }
     try {
-        return chosen->run(options, streams);
+        return chosen->run(options, streams, session);
     } catch (const std::bad_alloc&) {
-        return Refuse({ExitStatus::TargetFailed,
-                       "there is not enough memory; close other programs, or ask for fewer types."},
-                      streams);
+        return Refuse(WhyBroken(ResultOutOfMemory), streams);
     }
 }
 

@@ -7,4 +7,5 @@
 #include <vector>
 
 // The arguments without the program's name.
-ExitStatus RunCommandLine(std::vector<std::string> arguments, CommandStreams& streams);
+ExitStatus
+RunCommandLine(std::vector<std::string> arguments, CommandStreams& streams, Session& session);

@@ -38,6 +38,11 @@ std::string_view EngineName(std::uint32_t engineKind)
     return engineKind < Names.size() ? Names[engineKind] : "unknown";
 }
 
+ReportedFile ReportOf(const FoundRow& row, const ScanSession& source)
+{
+    return {row, source.FolderPath(row.record), source.StoreName(row.at.store), {}, {}};
+}
+
 JsonReport::JsonReport(std::ostream& out, std::string_view target) : m_out(out)
 {
     m_out << "{\"target\":" << OneLine(Text(target)) << ",\n\"files\":[";
@@ -45,7 +50,7 @@ JsonReport::JsonReport(std::ostream& out, std::string_view target) : m_out(out)
 
 void JsonReport::Add(const ReportedFile& file)
 {
-    const FileRecord& record = file.record;
+    const FileRecord& record = file.row.record;
     Json::Value value;
     value["name"] = Text(record.NameText());
     value["path"] = Text(file.folderPath);

@@ -1,7 +1,8 @@
 // What list and recover write about each file, as JSON.
 #pragma once
 
-#include "recovery/FileRecord.h"
+#include "recovery/FoundRow.h"
+#include "session/ScanSession.h"
 
 #include <cstdint>
 #include <filesystem>
@@ -11,12 +12,15 @@
 
 struct ReportedFile
 {
-    const FileRecord& record;
+    const FoundRow& row;
     std::string folderPath;            // each folder followed by "\"
     std::string store;                 // name of the record file
     std::filesystem::path restoredTo;  // empty when nothing was written
     std::string error;                 // empty when there was none
 };
+
+// Of a file that nothing was written of.
+ReportedFile ReportOf(const FoundRow& row, const ScanSession& source);
 
 // "fast-ntfs", "fast-fat", "deep-ntfs", "deep-fat", "carved".
 std::string_view EngineName(std::uint32_t engineKind);

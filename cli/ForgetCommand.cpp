@@ -1,7 +1,8 @@
 // lumivault-cli forget: removes earlier scans and their records from the log.
-#include "cli/ScanLog.h"
+#include "cli/Command.h"
 #include "cli/TextForms.h"
-#include "recovery/ScanLogDirectory.h"
+#include "cli/Words.h"
+#include "session/Session.h"
 
 #include <CLI/CLI.hpp>
 
@@ -17,54 +18,44 @@ void AddOptions(CLI::App& app, CommandOptions& options)
     number->excludes(all);
 }
 
-// Removes the chosen scans; *outFailure is the last thing that could not be removed.
-std::size_t Forget(const CommandOptions& options, ResultCode* outFailure)
+// What is told when a scan stays; nothing when all went well.
+std::optional<Refusal> WhyNotForgotten(const CommandOptions& options, const ForgetOutcome& outcome)
 {
-    ScanLogDirectory& log = *CommandLog();
-    const std::vector<ScanLogEntry> entries = log.Entries();
-    std::size_t forgotten = 0;
-    for (const ScanLogEntry& entry : entries) {
-        if (!options.all && NumberOf(entry) != options.scanNumber) {
-            continue;
-        }
-        if (const ResultCode result = log.DeleteLog(LogFolderOf(entry))) {
-            *outFailure = result;
-        }
-        ++forgotten;
+    switch (outcome.end) {
+    case ForgetEnd::Done:
+        return std::nullopt;
+    case ForgetEnd::NotLocked:
+        return WhyNot(outcome.lock);
+    case ForgetEnd::NoSuchScan:
+        return Refusal{ExitStatus::WrongUse, "there is no scan number " +
+                                                 Printable(options.scanNumber) +
+                                                 "; 'lumivault-cli scans' lists them."};
+    case ForgetEnd::InUse:
+        return Refusal{ExitStatus::WrongUse, "the scan is in use."};
+    case ForgetEnd::SomeLeft:
+        return Refusal{ExitStatus::SomeFailed,
+                       "some records could not be removed: " + ErrorText(outcome.why) +
+                           " Remove the rest by hand in " + outcome.folder.string() + "."};
+    case ForgetEnd::Failed:
+        break;
     }
-    if (const ResultCode result = forgotten != 0 ? log.Save() : ResultSuccess) {
-        *outFailure = result;
-    }
-    return forgotten;
+    return WhyBroken(outcome.why);
 }
 
-ExitStatus Run(const CommandOptions& options, CommandStreams& streams)
+ExitStatus Run(const CommandOptions& options, CommandStreams& streams, Session& session)
 {
     if (options.scanNumber.empty() && !options.all) {
         return Refuse({ExitStatus::WrongUse,
                        "tell which scan to forget: a number that 'scans' shows, or --all."},
                       streams);
     }
-    ScanLogLock lock;
-    if (const std::optional<Refusal> refusal = lock.Take()) {
+    const ForgetOutcome outcome =
+        options.all ? session.History().ForgetAll() : session.History().Forget(options.scanNumber);
+    if (const std::optional<Refusal> refusal = WhyNotForgotten(options, outcome)) {
         return Refuse(*refusal, streams);
     }
-    ResultCode failure = ResultSuccess;
-    const std::size_t forgotten = Forget(options, &failure);
-    if (failure != ResultSuccess) {
-        return Refuse({ExitStatus::SomeFailed,
-                       "some records could not be removed: " + ErrorText(failure) +
-                           " Remove the rest by hand in " + CommandLog()->Root().string() + "."},
-                      streams);
-    }
-    if (forgotten == 0 && !options.all) {
-        return Refuse({ExitStatus::WrongUse, "there is no scan number " +
-                                                 Printable(options.scanNumber) +
-                                                 "; 'lumivault-cli scans' lists them."},
-                      streams);
-    }
     if (!options.quiet) {
-        streams.err << CountText(forgotten, "scan") << " forgotten.\n";
+        streams.err << CountText(outcome.forgotten, "scan") << " forgotten.\n";
     }
     return ExitStatus::Done;
 }

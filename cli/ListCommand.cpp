@@ -1,7 +1,8 @@
 // lumivault-cli list: one line for each found file.
 #include "cli/FileReport.h"
-#include "cli/ScanSession.h"
+#include "cli/ScanRun.h"
 #include "cli/TextForms.h"
+#include "cli/Words.h"
 
 #include <CLI/CLI.hpp>
 
@@ -26,7 +27,7 @@ std::string TimeColumn(std::uint64_t fileTime)
 
 void WriteLine(std::ostream& out, const ReportedFile& file)
 {
-    const FileRecord& record = file.record;
+    const FileRecord& record = file.row.record;
     std::string path = file.folderPath + std::string(record.NameText());
     std::replace(path.begin(), path.end(), '\\', '/');
     out << std::right << std::setw(12) << record.FileSize << std::left << "  " << std::setw(20)
@@ -36,29 +37,27 @@ void WriteLine(std::ostream& out, const ReportedFile& file)
         << record.RecordNumber << ' ' << Printable(path) << '\n';
 }
 
-ExitStatus Run(const CommandOptions& options, CommandStreams& streams)
+ExitStatus Run(const CommandOptions& options, CommandStreams& streams, Session& session)
 {
-    std::string problem;
-    const std::optional<TypeFilter> filter = TypeFilter::Parse(options.types, problem);
+    const std::optional<TypeFilter> filter = TypeFilter::Parse(options.types);
     if (!filter) {
-        return Refuse({ExitStatus::WrongUse, problem}, streams);
+        return Refuse(WhyNoTypes(options.types), streams);
     }
-    ScanSession session(options, streams);
-    if (const std::optional<Refusal> refusal = session.OpenAndScan()) {
+    ScanRun run(options, streams, session);
+    if (const std::optional<Refusal> refusal = run.OpenAndFind(*filter)) {
         return Refuse(*refusal, streams);
     }
-    const FileRecordList records = session.Search(*filter);
+    const std::vector<FoundRow>& rows = run.Rows();
     std::optional<JsonReport> report;
     if (options.json) {
         report.emplace(streams.out, options.target);
-    } else if (!records.empty()) {
+    } else if (!rows.empty()) {
         streams.out
             << "        Size  Written             Created             Accessed            Head "
                "Store#Record  Path\n";
     }
-    for (const FileRecord& record : records) {
-        const ReportedFile file{
-            record, session.FolderPath(record), session.StoreName(record), {}, {}};
+    for (const FoundRow& row : rows) {
+        const ReportedFile file = ReportOf(row, *run.Source());
         if (report) {
             report->Add(file);
         } else {
@@ -66,10 +65,10 @@ ExitStatus Run(const CommandOptions& options, CommandStreams& streams)
         }
     }
     if (report) {
-        report->Finish(session.Cancelled());
+        report->Finish(run.Cancelled());
     }
-    session.Note(CountText(records.size(), "file") + " of the types asked for.");
-    return session.Cancelled() ? ExitStatus::Cancelled : ExitStatus::Done;
+    run.Note(CountText(rows.size(), "file") + " of the types asked for.");
+    return run.Cancelled() ? ExitStatus::Cancelled : ExitStatus::Done;
 }
 
 }  // namespace

@@ -1,8 +1,7 @@
 // lumivault-cli: the engines for terminals, scripts and machines without a screen.
 #include "cli/CommandLine.h"
-#include "platform/PrivilegedOpen.h"
 #include "platform/Terminal.h"
-#include "storage/DriveRegistry.h"
+#include "session/Session.h"
 
 #include <csignal>
 #include <exception>
@@ -17,11 +16,10 @@ int main(int count, char** arguments)
         if (streams.errIsTerminal && StandardInputIsTerminal()) {
             streams.answers = &std::cin;
         }
-        DriveRegistry::Instance().SetPrivilegedOpener(
-            [](const std::filesystem::path& node, FileHandle& outHandle) {
-                return OpenDevicePrivileged(node, outHandle);
-            });
-        const ExitStatus status = RunCommandLine({arguments + 1, arguments + count}, streams);
+        Session::AskForRights();
+        Session session;
+        const ExitStatus status =
+            RunCommandLine({arguments + 1, arguments + count}, streams, session);
         std::cout.flush();
         if (!std::cout) {
             std::cerr << "lumivault-cli: standard output could not be written.\n";

@@ -41,15 +41,32 @@ void ProgressLine::Clear()
     }
 }
 
-std::string ProgressText(const ScanProgress& progress)
+namespace {
+
+std::string LeftText(std::int32_t seconds)
 {
-    std::string text = "Scanning: " + std::to_string(progress.percent) + "%";
-    if (progress.secondsLeft >= 0) {
-        text += ", " + DurationText(progress.secondsLeft) + " left";
-    }
-    if (progress.totalSectors != 0) {
-        text += ", " + std::to_string(progress.doneSectors) + " of " +
-                std::to_string(progress.totalSectors) + " sectors";
-    }
-    return text + ", " + std::to_string(progress.found) + " found";
+    return seconds >= 0 ? ", " + DurationText(seconds) + " left" : std::string();
+}
+
+std::string SectorsText(const Progress& progress)
+{
+    return ", " + std::to_string(progress.done) + " of " + std::to_string(progress.total) +
+           " sectors";
+}
+
+}  // namespace
+
+std::string ScanText(const Progress& progress)
+{
+    // The quick engines' own estimate is of their part alone.
+    return "Scanning: " + std::to_string(progress.percent) + "%" +
+           LeftText(progress.range >= 90 ? progress.secondsLeft : -1) +
+           (progress.total != 0 ? SectorsText(progress) : std::string()) + ", " +
+           std::to_string(progress.found) + " found";
+}
+
+std::string CopyText(const Progress& progress)
+{
+    return "Copying: " + std::to_string(progress.percent) + "%" + LeftText(progress.secondsLeft) +
+           SectorsText(progress);
 }

@@ -1,6 +1,8 @@
 // The line on standard error that rewrites itself while a command works.
 #pragma once
 
+#include "session/Progress.h"
+
 #include <cstdint>
 #include <iosfwd>
 #include <string>
@@ -27,13 +29,7 @@ private:
     std::uint64_t m_nextTick = 0;
 };
 
-// "42%, 3:10 left, 1234 of 5678 sectors, 17 files": what is known of it.
-struct ScanProgress
-{
-    std::int32_t percent = 0;
-    std::int32_t secondsLeft = -1;  // negative when not known
-    std::uint64_t doneSectors = 0;
-    std::uint64_t totalSectors = 0;  // 0 when not known
-    std::uint64_t found = 0;
-};
-std::string ProgressText(const ScanProgress& progress);
+// "Scanning: 42%, 3:10 left, 1234 of 5678 sectors, 17 found": what is known of it.
+std::string ScanText(const Progress& progress);
+// "Copying: 42%, 3:10 left, 1234 of 5678 sectors".
+std::string CopyText(const Progress& progress);

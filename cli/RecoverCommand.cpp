@@ -1,15 +1,14 @@
 // lumivault-cli recover: scan, search, restore.
-#include "cli/Destination.h"
 #include "cli/FileReport.h"
-#include "cli/ScanSession.h"
+#include "cli/ScanRun.h"
 #include "cli/TextForms.h"
-#include "platform/Folders.h"
+#include "cli/Words.h"
 #include "platform/Text.h"
-#include "recovery/RestoreSupport.h"
+#include "session/RestoreFiles.h"
 
 #include <CLI/CLI.hpp>
 
-#include <exception>
+#include <array>
 #include <ostream>
 
 namespace {
@@ -28,165 +27,145 @@ void AddOptions(CLI::App& app, CommandOptions& options)
 
 constexpr std::size_t ShownNameBytes = 40;  // a line that wraps could not be rewritten
 
-// What the engine's callback needs while one file is written.
-struct RestoreProgress
-{
-    ProgressLine& line;
-    std::uint64_t number = 0;
-    std::uint64_t total = 0;
-};
-
-ResultCode OnFileProgress(void* context,
-                          std::int32_t percent,
-                          std::int32_t /*range*/,
-                          ResultCode error,
-                          const std::filesystem::path& path)
-{
-    auto& progress = *static_cast<RestoreProgress*>(context);
-    if (CancelScope::Requested()) {
-        return ResultCancelled;
-    }
-    if (progress.line.IsDue()) {
-        progress.line.Show("Restoring " + std::to_string(progress.number) + " of " +
-                           std::to_string(progress.total) + ", " + std::to_string(percent) +
-                           "% of " + Printable(CutName(path.filename().string(), ShownNameBytes)));
-    }
-    // The engine goes on with what is returned: a write error that is not given back counts as overcome.
-    return error;
-}
-
+// One run of the command behind the search.
 class Restorer
 {
 public:
-    Restorer(const CommandOptions& options,
-             CommandStreams& streams,
-             ScanSession& session,
-             Destination& destination)
-        : m_options(options), m_streams(streams), m_session(session), m_destination(destination)
+    Restorer(const CommandOptions& options, CommandStreams& streams, ScanRun& run)
+        : m_options(options), m_streams(streams), m_run(run)
     {
         if (options.json) {
             m_report.emplace(streams.out, options.target);
         }
     }
 
-    ExitStatus Run(const FileRecordList& records);
+    ExitStatus Run(Destination& destination);
 
 private:
-    ResultCode RestoreOne(const FileRecord& record, const std::filesystem::path& path);
-    void
-    Tell(const FileRecord& record, const std::filesystem::path& path, const std::string& error);
-    ExitStatus Finish(std::size_t found);
+    Answer OnProgress(const RestoreProgress& progress);
+    void OnFile(const FoundRow& row, const FileOutcome& outcome);
+    ExitStatus Finish(const RestoreOutcome& outcome, const std::filesystem::path& folder);
 
     const CommandOptions& m_options;
     CommandStreams& m_streams;
-    ScanSession& m_session;
-    Destination& m_destination;
+    ScanRun& m_run;
     std::optional<JsonReport> m_report;
-    std::uint64_t m_restored = 0;
-    std::uint64_t m_failed = 0;
 };
 
-// Whatever goes wrong with one file must not end the others.
-ResultCode Restorer::RestoreOne(const FileRecord& record, const std::filesystem::path& path)
+Answer Restorer::OnProgress(const RestoreProgress& progress)
 {
-    try {
-        return m_session.Engine().RestoreRecord(&record, path,
-                                                CountSeparators(m_destination.Folder()));
-    } catch (const std::bad_alloc&) {
-        return ResultOutOfMemory;
-    } catch (const std::exception&) {
-        return ResultGeneralFailure;
+    if (m_run.Cancelled()) {
+        return Answer::Stop;
     }
+    if (!progress.path.empty() && m_run.Line().IsDue()) {
+        m_run.Line().Show("Restoring " + std::to_string(progress.number) + " of " +
+                          std::to_string(progress.total) + ", " + std::to_string(progress.percent) +
+                          "% of " +
+                          Printable(CutName(progress.path.filename().string(), ShownNameBytes)));
+    }
+    return Answer::GoOn;
 }
 
-void Restorer::Tell(const FileRecord& record,
-                    const std::filesystem::path& path,
-                    const std::string& error)
+// What was found is listed whole, also where it was not restored.
+void Restorer::OnFile(const FoundRow& row, const FileOutcome& outcome)
 {
-    const bool failed = !error.empty();
-    (failed ? m_failed : m_restored) += 1;
+    std::string error;
+    if (outcome.end == FileEnd::Failed) {
+        error = ErrorText(outcome.why);
+    } else if (outcome.end == FileEnd::Cancelled) {
+        error = "Cancelled before its end.";
+    }
     if (m_report) {
-        m_report->Add({record, m_session.FolderPath(record), m_session.StoreName(record),
-                       PathExists(path) ? path : std::filesystem::path(), error});
+        ReportedFile file = ReportOf(row, *m_run.Source());
+        file.restoredTo = outcome.written ? outcome.path : std::filesystem::path();
+        file.error = error;
+        m_report->Add(file);
     }
-    if (failed) {
-        m_session.Line().Clear();
-        m_streams.err << Printable(path.string()) << ": " << error << '\n';
+    if (!error.empty()) {
+        m_run.Line().Clear();
+        m_streams.err << Printable(outcome.path.string()) << ": " << error << '\n';
     }
 }
 
-ExitStatus Restorer::Run(const FileRecordList& records)
+ExitStatus Restorer::Run(Destination& destination)
 {
-    RestoreProgress progress{m_session.Line(), 0, records.size()};
-    m_session.Engine().SetCallbacks(nullptr, &OnFileProgress, &progress, 100);
-    for (const FileRecord& record : records) {
-        if (m_session.Cancelled()) {
-            // What was found is listed whole, also where it was not restored.
-            if (m_report) {
-                m_report->Add(
-                    {record, m_session.FolderPath(record), m_session.StoreName(record), {}, {}});
-            }
-            continue;
-        }
-        ++progress.number;
-        const std::string folderPath =
-            m_options.tree ? m_session.FolderPath(record) : std::string();
-        const std::filesystem::path path = m_destination.PathFor(record, folderPath);
-        const ResultCode result = RestoreOne(record, path);
-        Tell(record, path,
-             result == ResultSuccess     ? ""
-             : result == ResultCancelled ? "Cancelled before its end."
-                                         : ErrorText(result));
+    const RestoreCalls calls = {
+        [this](const RestoreProgress& progress) { return OnProgress(progress); },
+        [this](ScanSession* /*source*/, const FoundRow& row, const FileOutcome& outcome) {
+            OnFile(row, outcome);
+        }};
+    const std::array sources = {m_run.Source()};
+    const RestoreOutcome outcome = RestoreFiles(sources, m_run.Rows(), destination, calls);
+    m_run.Line().Clear();
+    if (outcome.fault != ResultSuccess) {
+        return Refuse(WhyBroken(outcome.fault), m_streams);
     }
-    m_session.Engine().SetCallbacks(nullptr, nullptr, nullptr, 100);
-    return Finish(records.size());
+    return Finish(outcome, destination.Folder());
 }
 
-ExitStatus Restorer::Finish(std::size_t found)
+ExitStatus Restorer::Finish(const RestoreOutcome& outcome, const std::filesystem::path& folder)
 {
-    const bool cancelled = m_session.Cancelled();
-    m_session.Line().Clear();
+    const std::size_t found = m_run.Rows().size();
+    const bool cancelled = m_run.Cancelled();
     if (m_report) {
         m_report->Finish(cancelled);
     } else if (!m_options.quiet) {
-        m_streams.out << CountText(found, "file") << " found, " << m_restored << " restored into "
-                      << Printable(m_destination.Folder().string()) << ", " << m_failed
+        m_streams.out << CountText(found, "file") << " found, " << outcome.restored
+                      << " restored into " << Printable(folder.string()) << ", " << outcome.failed
                       << " failed.\n";
     }
     if (found == 0 && !cancelled) {
-        m_session.Note(
-            "Nothing of the types " + m_options.types +
-            " was found; --types all shows every file, 'lumivault-cli scan' what there is.");
+        m_run.Note("Nothing of the types " + m_options.types +
+                   " was found; --types all shows every file, 'lumivault-cli scan' what there is.");
     }
     if (cancelled) {
-        if (m_restored + m_failed != 0) {
-            m_session.Note("Cancelled; what was restored until then is kept.");
+        if (outcome.restored + outcome.failed != 0) {
+            m_run.Note("Cancelled; what was restored until then is kept.");
         }
         return ExitStatus::Cancelled;
     }
-    return m_failed != 0 ? ExitStatus::SomeFailed : ExitStatus::Done;
+    return outcome.failed != 0 ? ExitStatus::SomeFailed : ExitStatus::Done;
 }
 
-ExitStatus Run(const CommandOptions& options, CommandStreams& streams)
+// Makes the folder, where nothing speaks against it or somebody says yes to what does.
+std::optional<Refusal> Prepare(const Destination& destination,
+                               const ScanTarget& source,
+                               const CommandOptions& options,
+                               CommandStreams& streams)
 {
-    std::string problem;
-    const std::optional<TypeFilter> filter = TypeFilter::Parse(options.types, problem);
+    const DestinationFault place =
+        options.force ? DestinationFault::None : destination.CheckPlace(source);
+    const bool allowed =
+        place == DestinationFault::None ||
+        (place == DestinationFault::MayBeOnSource &&
+         Ask("The system does not tell whether " + Printable(destination.Folder().string()) +
+                 " lies on the source itself. Restore there all the same?",
+             streams));
+    const DestinationCheck check = allowed ? destination.Make() : DestinationCheck{place};
+    return check.fault == DestinationFault::None
+               ? std::nullopt
+               : std::optional(WhyNot(check, destination.Folder()));
+}
+
+ExitStatus Run(const CommandOptions& options, CommandStreams& streams, Session& session)
+{
+    const std::optional<TypeFilter> filter = TypeFilter::Parse(options.types);
     if (!filter) {
-        return Refuse({ExitStatus::WrongUse, problem}, streams);
+        return Refuse(WhyNoTypes(options.types), streams);
     }
-    Destination destination(options.folder, options.tree);
-    ScanSession session(options, streams);
-    if (const std::optional<Refusal> refusal = session.OpenTarget()) {
-        return Refuse(*refusal, streams);
+    Destination destination(options.folder, options.tree ? Layout::ByTree : Layout::ByCategory);
+    ScanRun run(options, streams, session);
+    std::optional<Refusal> refusal = run.OpenTarget();
+    if (!refusal) {
+        refusal = Prepare(destination, run.Source()->Target(), options, streams);
     }
-    if (const std::optional<Refusal> refusal =
-            destination.Prepare(session.Target(), options.force, streams)) {
-        return Refuse(*refusal, streams);
+    if (!refusal) {
+        refusal = run.Scan();
     }
-    if (const std::optional<Refusal> refusal = session.Scan()) {
-        return Refuse(*refusal, streams);
+    if (!refusal) {
+        refusal = run.Search(*filter);
     }
-    return Restorer(options, streams, session, destination).Run(session.Search(*filter));
+    return refusal ? Refuse(*refusal, streams) : Restorer(options, streams, run).Run(destination);
 }
 
 }  // namespace

@@ -1,5 +1,5 @@
 // lumivault-cli scan: a table of what was found, by family and extension.
-#include "cli/ScanSession.h"
+#include "cli/ScanRun.h"
 #include "cli/TextForms.h"
 #include "platform/Text.h"
 #include "recovery/FileTypeCatalogue.h"
@@ -34,11 +34,12 @@ void WriteRow(std::ostream& out,
         << std::setw(11) << tally.headsLost << '\n';
 }
 
-void WriteTable(const FileRecordList& records, std::ostream& out)
+void WriteTable(const std::vector<FoundRow>& rows, std::ostream& out)
 {
     std::map<std::string_view, FamilyTally> families;
     Tally all;
-    for (const FileRecord& record : records) {
+    for (const FoundRow& found : rows) {
+        const FileRecord& record = found.record;
         const std::string extension = LowerExtensionOf(record.NameText());
         Tally& row = families[CategoryFolderName(record.NameText())][extension];
         for (Tally* tally : {&row, &all}) {
@@ -57,15 +58,14 @@ void WriteTable(const FileRecordList& records, std::ostream& out)
     WriteRow(out, "all", "", all);
 }
 
-ExitStatus Run(const CommandOptions& options, CommandStreams& streams)
+ExitStatus Run(const CommandOptions& options, CommandStreams& streams, Session& session)
 {
-    ScanSession session(options, streams);
-    if (const std::optional<Refusal> refusal = session.OpenAndScan()) {
+    ScanRun run(options, streams, session);
+    if (const std::optional<Refusal> refusal = run.OpenAndFind(TypeFilter::All())) {
         return Refuse(*refusal, streams);
     }
-    const FileRecordList records = session.Search(TypeFilter::All());
-    WriteTable(records, streams.out);
-    return session.Cancelled() ? ExitStatus::Cancelled : ExitStatus::Done;
+    WriteTable(run.Rows(), streams.out);
+    return run.Cancelled() ? ExitStatus::Cancelled : ExitStatus::Done;
 }
 
 }  // namespace

@@ -1,84 +1,50 @@
 // lumivault-cli targets: the disks with their partitions and gaps, and what a user needs to tell them apart.
 #include "cli/Command.h"
 #include "cli/TextForms.h"
+#include "cli/Words.h"
 #include "platform/Text.h"
-#include "storage/DiskEnumerator.h"
-#include "storage/DriveRegistry.h"
+#include "session/Session.h"
 
 #include <json/json.h>
 
-#include <algorithm>
 #include <iomanip>
 #include <ostream>
 #include <vector>
 
 namespace {
 
-// What is known of a row's disk.
-struct DiskFacts
+std::string_view KindName(TargetKind kind)
 {
-    BlockDevice disk;
-    bool readable = false;
-};
-
-DiskFacts FactsOf(std::uint32_t diskNumber)
-{
-    DiskFacts facts;
-    if (const auto disk = DriveRegistry::Instance().Find(diskNumber)) {
-        facts.disk = *disk;
-    }
-    FileHandle handle;
-    facts.readable = handle.OpenForReading(facts.disk.Node()) == ResultSuccess;
-    return facts;
-}
-
-std::string_view KindOf(const VolumeRecord& volume)
-{
-    if (volume.PartitionType != 0 && volume.PartitionNumber != 0) {
+    switch (kind) {
+    case TargetKind::Partition:
         return "partition";
+    case TargetKind::Gap:
+        return "gap";
+    case TargetKind::Disk:
+        break;
     }
-    // A gap never begins in front of the first track's end.
-    return volume.StartSector == 0 ? "disk" : "gap";
+    return "disk";
 }
 
-std::string MountPointOf(const VolumeRecord& volume)
-{
-    return volume.RootPath.size() > 1 ? volume.RootPath.substr(0, volume.RootPath.size() - 1)
-                                      : volume.RootPath;
-}
-
-// The node of a partition where the kernel has read the table too, else the disk's.
-std::string NodeOf(const VolumeRecord& volume, const BlockDevice& disk)
-{
-    for (const KernelPartition& partition : disk.partitions) {
-        if (partition.startByte == volume.StartSector * disk.sectorSize &&
-            volume.PartitionType != 0) {
-            return BlockDevice::NodeOf(partition.name).string();
-        }
-    }
-    return disk.Node().string();
-}
-
-void WriteJson(const std::vector<VolumeRecord>& volumes, std::ostream& out)
+void WriteJson(const std::vector<TargetRow>& rows, std::ostream& out)
 {
     Json::Value targets(Json::arrayValue);
-    for (const VolumeRecord& volume : volumes) {
-        const DiskFacts facts = FactsOf(volume.DiskNumber);
+    for (const TargetRow& row : rows) {
         Json::Value target;
-        target["number"] = static_cast<unsigned>(volume.Letter);
-        target["kind"] = std::string(KindOf(volume));
-        target["disk"] = volume.DiskNumber;
-        target["device"] = facts.disk.Node().string();
-        target["startSector"] = Json::UInt64{volume.StartSector};
-        target["sectorCount"] = Json::UInt64{volume.SectorCount};
-        target["sectorSize"] = facts.disk.sectorSize;
-        target["fileSystem"] = volume.FileSystemName;
-        target["label"] = volume.VolumeLabel;
-        target["totalBytes"] = Json::UInt64{volume.TotalBytes};
-        target["freeBytes"] = Json::UInt64{volume.FreeBytes};
-        target["mountPoint"] = Utf16ToUtf8(Utf8ToUtf16(MountPointOf(volume)));
-        target["removable"] = facts.disk.removable;
-        target["readable"] = facts.readable;
+        target["number"] = static_cast<unsigned>(row.number);
+        target["kind"] = std::string(KindName(row.kind));
+        target["disk"] = row.disk.number;
+        target["device"] = row.disk.node.string();
+        target["startSector"] = Json::UInt64{row.startSector};
+        target["sectorCount"] = Json::UInt64{row.sectorCount};
+        target["sectorSize"] = row.disk.sectorSize;
+        target["fileSystem"] = row.fileSystem;
+        target["label"] = row.label;
+        target["totalBytes"] = Json::UInt64{row.totalBytes};
+        target["freeBytes"] = Json::UInt64{row.freeBytes};
+        target["mountPoint"] = Utf16ToUtf8(Utf8ToUtf16(row.mountPoint));
+        target["removable"] = row.disk.removable;
+        target["readable"] = row.disk.readable;
         targets.append(std::move(target));
     }
     Json::Value document;
@@ -89,41 +55,37 @@ void WriteJson(const std::vector<VolumeRecord>& volumes, std::ostream& out)
     out << Json::writeString(builder, document) << '\n';
 }
 
-void WriteDiskLine(std::uint32_t number, const DiskFacts& facts, std::ostream& out)
+void WriteDiskLine(const DiskFacts& disk, std::ostream& out)
 {
-    out << "Disk " << number << "  " << Printable(facts.disk.Node().string()) << "  "
-        << SizeText(facts.disk.sizeBytes) << (facts.disk.removable ? "  removable" : "")
-        << (facts.readable ? "" : "  not readable by you") << '\n';
+    out << "Disk " << disk.number << "  " << Printable(disk.node.string()) << "  "
+        << SizeText(disk.sizeBytes) << (disk.removable ? "  removable" : "")
+        << (disk.readable ? "" : "  not readable by you") << '\n';
 }
 
-void WriteRow(const VolumeRecord& volume, const BlockDevice& disk, std::ostream& out)
+void WriteRow(const TargetRow& row, std::ostream& out)
 {
-    const bool hasFileSystem = volume.PartitionType != 0;
-    out << std::right << std::setw(5) << "#" + std::to_string(unsigned{volume.Letter}) << "  "
-        << std::left << std::setw(10) << KindOf(volume) << std::setw(17)
-        << Printable(NodeOf(volume, disk)) << std::setw(12) << Printable(volume.FileSystemName)
-        << std::right << std::setw(10) << SizeText(volume.TotalBytes) << std::setw(10)
-        << (hasFileSystem ? SizeText(volume.FreeBytes) : "") << "  "
-        << Printable(volume.VolumeLabel);
-    if (!volume.RootPath.empty()) {
-        out << "  at " << Printable(MountPointOf(volume));
+    out << std::right << std::setw(5) << "#" + std::to_string(unsigned{row.number}) << "  "
+        << std::left << std::setw(10) << KindName(row.kind) << std::setw(17)
+        << Printable(row.node.string()) << std::setw(12) << Printable(row.fileSystem) << std::right
+        << std::setw(10) << SizeText(row.totalBytes) << std::setw(10)
+        << (row.HasFileSystem() ? SizeText(row.freeBytes) : "") << "  " << Printable(row.label);
+    if (!row.mountPoint.empty()) {
+        out << "  at " << Printable(row.mountPoint);
     }
     out << '\n';
 }
 
-void WriteTable(const std::vector<VolumeRecord>& volumes, CommandStreams& streams)
+void WriteTable(const std::vector<TargetRow>& rows, CommandStreams& streams)
 {
     bool allReadable = true;
-    std::uint32_t lastDisk = VolumeRecord::Unknown;
-    DiskFacts facts;
-    for (const VolumeRecord& volume : volumes) {
-        if (volume.DiskNumber != lastDisk) {
-            facts = FactsOf(volume.DiskNumber);
-            WriteDiskLine(volume.DiskNumber, facts, streams.out);
-            allReadable = allReadable && facts.readable;
-            lastDisk = volume.DiskNumber;
+    const DiskFacts* last = nullptr;
+    for (const TargetRow& row : rows) {
+        if (last == nullptr || last->number != row.disk.number) {
+            WriteDiskLine(row.disk, streams.out);
+            allReadable = allReadable && row.disk.readable;
+            last = &row.disk;
         }
-        WriteRow(volume, facts.disk, streams.out);
+        WriteRow(row, streams.out);
     }
     if (!allReadable) {
         streams.err
@@ -132,23 +94,26 @@ void WriteTable(const std::vector<VolumeRecord>& volumes, CommandStreams& stream
     }
 }
 
-ExitStatus Run(const CommandOptions& options, CommandStreams& streams)
+ExitStatus Run(const CommandOptions& options, CommandStreams& streams, Session& session)
 {
-    DiskEnumerator enumerator;
-    if (enumerator.Enumerate() == 0) {
+    const TargetList list = session.ListTargets();
+    if (list.end == ListEnd::OutOfMemory || list.end == ListEnd::Failed) {
+        return Refuse(
+            WhyBroken(list.end == ListEnd::OutOfMemory ? ResultOutOfMemory : ResultGeneralFailure),
+            streams);
+    }
+    if (list.end != ListEnd::Complete) {
         return Refuse({ExitStatus::TargetFailed,
                        "the system does not list its disks; give the other commands the path of an "
                        "image file or of a block device."},
                       streams);
     }
-    std::vector<VolumeRecord> volumes;
-    enumerator.Snapshot(volumes);
     if (options.json) {
-        WriteJson(volumes, streams.out);
+        WriteJson(list.rows, streams.out);
     } else {
-        WriteTable(volumes, streams);
+        WriteTable(list.rows, streams);
     }
-    if (volumes.empty() && !options.quiet) {
+    if (list.rows.empty() && !options.quiet) {
         streams.err
             << "No disks were found; the other commands also take the path of an image file.\n";
     }

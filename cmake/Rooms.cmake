@@ -21,7 +21,7 @@ endfunction()
 
 # The main of a program: a room of its own, which nothing can include.
 function(room_program)
-    cmake_parse_arguments(ROOM "" "NAME" "SOURCES;USES" ${ARGN})
+    cmake_parse_arguments(ROOM "FACE" "NAME" "SOURCES;USES" ${ARGN})
     add_executable(${ROOM_NAME} ${ROOM_SOURCES})
     target_link_libraries(${ROOM_NAME} PRIVATE room_flags ${ROOM_USES})
 endfunction()

@@ -109,6 +109,10 @@ BlockDevice ReadBlockDevice(const fs::path& folder, const std::string& name)
     device.readOnly = NumberIn(folder / "ro").value_or(0) == 1;
     device.hidden = NumberIn(folder / "hidden").value_or(0) == 1;
     device.hasHolders = !NamesIn(folder / "holders").empty();
+    device.model = FirstLineOf(folder / "device/model");
+    if (device.model.empty()) {
+        device.model = FirstLineOf(folder / "device/name");  // of a card in a slot of its own
+    }
     device.serial = FirstLineOf(folder / "device/serial");
     if (device.serial.empty()) {
         device.serial = FirstLineOf(folder / "device/wwid");

@@ -30,7 +30,8 @@ struct BlockDevice
     bool readOnly = false;
     bool hidden = false;
     bool hasHolders = false;                  // another device stands on it as a whole
-    std::string serial;                       // of the hardware, where it tells one
+    std::string model;                        // of the hardware, where it tells one
+    std::string serial;                       // likewise
     std::string backingFile;                  // of a loop device
     std::vector<std::string> slaves;          // names of the devices that a mapped one stands on
     std::vector<KernelPartition> partitions;  // by their start

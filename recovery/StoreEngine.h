@@ -4,6 +4,7 @@
 #include "recovery/EngineBase.h"
 #include "recovery/Heartbeat.h"
 #include "recovery/RecordCopy.h"
+#include "recovery/ResumableScan.h"
 #include "recovery/RowSearch.h"
 #include "recovery/ScanLogDirectory.h"
 #include "recovery/ScanRecordReader.h"
@@ -16,7 +17,7 @@
 #include <string_view>
 
 // An engine adds how it finds files, under which key a folder's children stand, and a reader of a record's data.
-class CStoreEngine : public CEngineBase, public IRowSearch
+class CStoreEngine : public CEngineBase, public IKeepsRecords, public IRowSearch
 {
 public:
     // Stores go into log's folders; it is also where previews go.
@@ -24,7 +25,7 @@ public:
 
     // Where the next store is opened. Without it a scan into a new store begins a folder of its own.
     void SetLogFolder(std::filesystem::path folder) { m_logFolder = std::move(folder); }
-    const std::filesystem::path& LogFolder() const { return m_logFolder; }
+    const std::filesystem::path& LogFolder() const override { return m_logFolder; }
     // Writes out what the store holds in memory, before a position is saved that counts on it.
     void FlushStore();
 

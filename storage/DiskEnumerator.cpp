@@ -39,7 +39,7 @@ bool ReadsAsLetter(char16_t number)
 
 }  // namespace
 
-int DiskEnumerator::Enumerate()
+int DiskEnumerator::Enumerate(const ListProgress& progress)
 {
     Disks.clear();
     m_sizes.clear();
@@ -49,14 +49,25 @@ int DiskEnumerator::Enumerate()
     if (!storage.Listed()) {
         return 0;
     }
-    for (const BlockDevice& disk : DisksToShow(storage.Devices())) {
+    const std::vector<BlockDevice> disks = DisksToShow(storage.Devices());
+    std::size_t disksDone = 0;
+    bool stopped = false;
+    const auto goesOn = [&] {
+        stopped = stopped || (progress && !progress(disksDone, disks.size()));
+        return !stopped;
+    };
+    for (const BlockDevice& disk : disks) {
+        if (!goesOn()) {
+            break;
+        }
+        ++disksDone;
         const std::uint32_t number = DriveRegistry::Instance().NumberOf(disk);
         if (number == DriveRegistry::NoNumber) {
             continue;
         }
         DiskSize size;
         std::vector<VolumeRecord> volumes =
-            ReadVolumes(disk, number, storage, &size.bytes, &size.sectorSize);
+            ReadVolumes(disk, number, storage, &size.bytes, &size.sectorSize, goesOn);
         if (size.bytes < size.sectorSize) {
             continue;  // not one sector to read
         }
@@ -64,6 +75,10 @@ int DiskEnumerator::Enumerate()
         if (!volumes.empty()) {
             Disks[number] = std::move(volumes);
         }
+    }
+    if (stopped) {
+        Disks.clear();  // a part of a list would number what stands in it wrongly
+        return 0;
     }
     for (auto& [number, entries] : Disks) {
         SortByStart(entries);

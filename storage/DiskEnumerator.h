@@ -5,18 +5,23 @@
 #include "storage/VolumeRecord.h"
 
 #include <cstdint>
+#include <functional>
 #include <map>
 #include <set>
 #include <tuple>
 #include <vector>
+
+// Asked while disks are read, inside a long table too; false stops the reading.
+using ListProgress = std::function<bool(std::size_t disksDone, std::size_t disks)>;
 
 // Keep one for the whole run: an entry that is found again keeps its number, and no number is given twice. One thread uses it;
 // another may open drives by their numbers meanwhile.
 class DiskEnumerator
 {
 public:
-    // Clears Disks and fills them. 1, or 0 when the system does not list its disks.
-    int Enumerate();
+    // Clears Disks and fills them. 1, or 0 when the system does not list its disks or progress stopped it; Disks are empty
+    // then.
+    int Enumerate(const ListProgress& progress = {});
     // The entries disk by disk, in the order of Disks. 0 at the end, with outRecord untouched.
     int Next(VolumeRecord& outRecord);
     // Enumerates anew and gives what of the earlier entries is missing now. The result of the enumeration, or 1 when

@@ -56,6 +56,28 @@ std::uint8_t TypeOfFileSystem(std::string_view name, std::uint8_t tableType)
     return EqualIgnoringAsciiCase(name, "FAT") ? 6 : tableType;
 }
 
+// Ends the long reading of a table where the user has asked for it.
+class StoppableReader : public IByteReader
+{
+public:
+    StoppableReader(FileHandle handle, const std::function<bool()>& goesOn)
+        : m_reader(MakeHandleReader(std::move(handle))), m_goesOn(goesOn)
+    {
+    }
+    ResultCode ReadAt(std::uint64_t position,
+                      std::uint8_t* buffer,
+                      std::size_t count,
+                      std::size_t* outRead) override
+    {
+        *outRead = 0;
+        return m_goesOn() ? m_reader->ReadAt(position, buffer, count, outRead) : ResultCancelled;
+    }
+
+private:
+    std::unique_ptr<IByteReader> m_reader;
+    const std::function<bool()>& m_goesOn;
+};
+
 // One disk while it is read.
 class DiskReading
 {
@@ -69,7 +91,7 @@ public:
     {
     }
 
-    std::vector<VolumeRecord> FromDisk(FileHandle handle);
+    std::vector<VolumeRecord> FromDisk(FileHandle handle, const std::function<bool()>& goesOn);
     std::vector<VolumeRecord> FromSystemTables();
 
     std::uint64_t SizeBytes() const { return m_sizeBytes; }
@@ -141,7 +163,8 @@ void DiskReading::ProbeInto(VolumeRecord& volume, const FileHandle& handle) cons
     volume.VolumeLabel = found.label;
 }
 
-std::vector<VolumeRecord> DiskReading::FromDisk(FileHandle handle)
+std::vector<VolumeRecord> DiskReading::FromDisk(FileHandle handle,
+                                                const std::function<bool()>& goesOn)
 {
     // A file in place of a device tells its size only so; and what was written through another node is not seen here as
     // long as the system keeps what it has read before.
@@ -171,9 +194,9 @@ std::vector<VolumeRecord> DiskReading::FromDisk(FileHandle handle)
     for (VolumeRecord& volume : volumes) {
         ProbeInto(volume, handle);
     }
-    const std::unique_ptr<IByteReader> reader = MakeHandleReader(std::move(handle));
+    StoppableReader reader(std::move(handle), goesOn);
     for (std::size_t i = 0; i < volumes.size(); ++i) {
-        Finish(volumes[i], types[i], reader.get());
+        Finish(volumes[i], types[i], &reader);
     }
     return volumes;
 }
@@ -247,12 +270,13 @@ std::vector<VolumeRecord> ReadVolumes(const BlockDevice& disk,
                                       std::uint32_t diskNumber,
                                       const StorageMap& storage,
                                       std::uint64_t* outSizeBytes,
-                                      std::uint32_t* outSectorSize)
+                                      std::uint32_t* outSectorSize,
+                                      const std::function<bool()>& goesOn)
 {
     DiskReading reading(disk, diskNumber, storage);
     FileHandle handle;
     std::vector<VolumeRecord> volumes = handle.OpenForReading(disk.Node()) == ResultSuccess
-                                            ? reading.FromDisk(std::move(handle))
+                                            ? reading.FromDisk(std::move(handle), goesOn)
                                             : reading.FromSystemTables();
     *outSizeBytes = reading.SizeBytes();
     *outSectorSize = reading.SectorSize();

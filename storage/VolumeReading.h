@@ -5,16 +5,18 @@
 #include "storage/VolumeRecord.h"
 
 #include <cstdint>
+#include <functional>
 #include <vector>
 
 // The volumes of a disk in the order of its table. StartSector and SectorCount hold bytes here: the list converts them
 // when it looks for gaps. Where the user may not read the disk, what the system's own tables tell has to do.
-// outSizeBytes and outSectorSize are the disk's.
+// outSizeBytes and outSectorSize are the disk's. goesOn is asked at each read; once it says no, nothing more is read.
 std::vector<VolumeRecord> ReadVolumes(const BlockDevice& disk,
                                       std::uint32_t diskNumber,
                                       const StorageMap& storage,
                                       std::uint64_t* outSizeBytes,
-                                      std::uint32_t* outSectorSize);
+                                      std::uint32_t* outSectorSize,
+                                      const std::function<bool()>& goesOn);
 
 // The first mount of the file system that begins at a byte of a disk; null when there is none, or when others are mounted
 // over all of them, so that no path leads there.

@@ -1,7 +1,8 @@
-// Runs the command line inside the test, on a real FAT32 volume with deleted pictures.
+// Runs the command line inside the test.
 #pragma once
 
 #include "cli/CommandLine.h"
+#include "session/Session.h"
 #include "tests/support/Bytes.h"
 #include "tests/support/FatCard.h"
 #include "tests/support/Pictures.h"
@@ -24,7 +25,55 @@ struct Outcome
     std::string err;
 };
 
+// The command line with nothing to scan.
 class CliFixture : public testing::Test
+{
+protected:
+    // answers is what a person types.
+    Outcome RunAsGiven(std::vector<std::string> arguments,
+                       bool terminal = false,
+                       std::istream* answers = nullptr) const
+    {
+        arguments.insert(arguments.end(), {"--data-dir", (m_folder / "data").string()});
+        std::ostringstream out;
+        std::ostringstream err;
+        CommandStreams streams{out, err, terminal, answers};
+        const std::unique_ptr<Session> session = m_engines != nullptr
+                                                     ? std::make_unique<Session>(m_engines)
+                                                     : std::make_unique<Session>();
+        const ExitStatus status = RunCommandLine(std::move(arguments), streams, *session);
+        return {static_cast<int>(status), out.str(), err.str()};
+    }
+
+    static Json::Value Parse(const std::string& text)
+    {
+        Json::Value value;
+        std::string problem;
+        const std::unique_ptr<Json::CharReader> reader(Json::CharReaderBuilder().newCharReader());
+        EXPECT_TRUE(reader->parse(text.data(), text.data() + text.size(), &value, &problem))
+            << problem << text;
+        return value;
+    }
+
+    // Every file below a folder by its relative path.
+    static std::map<std::string, ByteVector> FilesBelow(const std::filesystem::path& top)
+    {
+        std::map<std::string, ByteVector> files;
+        for (const auto& entry : std::filesystem::recursive_directory_iterator(top)) {
+            if (entry.is_regular_file()) {
+                files[entry.path().lexically_relative(top).string()] = ReadFileBytes(entry.path());
+            }
+        }
+        return files;
+    }
+
+    DataFolder m_data;
+    TempFolder m_folder;
+    std::shared_ptr<IEngineMaker> m_engines;  // null: those of the program
+};
+
+// With a FAT32 volume on which pictures were deleted.
+class CardFixture : public CliFixture
 {
 protected:
     void SetUp() override
@@ -60,53 +109,13 @@ protected:
 
     std::string Card() const { return m_card->ImagePath().string(); }
 
-    // The quick scan: what it finds on the card is known to the file.
-    Outcome Run(std::vector<std::string> arguments, bool terminal = false) const
+    // The quick scan, where the deep one is the default: what it finds on the card is known to the file.
+    Outcome RunFast(std::vector<std::string> arguments) const
     {
-        if (!arguments.empty() &&
-            (arguments[0] == "scan" || arguments[0] == "list" || arguments[0] == "recover")) {
-            arguments.emplace_back("--fast");
-        }
-        return RunAsGiven(std::move(arguments), terminal);
+        arguments.emplace_back("--fast");
+        return RunAsGiven(std::move(arguments));
     }
 
-    // The deep scan is the default. answers is what a person types.
-    Outcome RunAsGiven(std::vector<std::string> arguments,
-                       bool terminal = false,
-                       std::istream* answers = nullptr) const
-    {
-        arguments.insert(arguments.end(), {"--data-dir", (m_folder / "data").string()});
-        std::ostringstream out;
-        std::ostringstream err;
-        CommandStreams streams{out, err, terminal, answers};
-        const ExitStatus status = RunCommandLine(std::move(arguments), streams);
-        return {static_cast<int>(status), out.str(), err.str()};
-    }
-
-    static Json::Value Parse(const std::string& text)
-    {
-        Json::Value value;
-        std::string problem;
-        const std::unique_ptr<Json::CharReader> reader(Json::CharReaderBuilder().newCharReader());
-        EXPECT_TRUE(reader->parse(text.data(), text.data() + text.size(), &value, &problem))
-            << problem << text;
-        return value;
-    }
-
-    // Every file below a folder by its relative path.
-    static std::map<std::string, ByteVector> FilesBelow(const std::filesystem::path& top)
-    {
-        std::map<std::string, ByteVector> files;
-        for (const auto& entry : std::filesystem::recursive_directory_iterator(top)) {
-            if (entry.is_regular_file()) {
-                files[entry.path().lexically_relative(top).string()] = ReadFileBytes(entry.path());
-            }
-        }
-        return files;
-    }
-
-    DataFolder m_data;
-    TempFolder m_folder;
     std::optional<FatCard> m_card;
     std::map<std::string, ByteVector> m_originals;
 };

@@ -1,5 +1,6 @@
 // Deep scans from the command line, and the log of earlier ones.
 #include "tests/cli/CliFixture.h"
+#include "tests/support/FailingReader.h"
 #include "tests/support/RunCommand.h"
 
 #include <chrono>
@@ -8,7 +9,7 @@
 
 namespace {
 
-class DeepCommandTest : public CliFixture
+class DeepCommandTest : public CardFixture
 {
 protected:
     int Found(const Outcome& outcome) { return Parse(outcome.out)["found"].asInt(); }
@@ -47,25 +48,34 @@ TEST_F(DeepCommandTest, AnEarlierScanIsTakenUnlessItIsDeclined)
     EXPECT_EQ(Found(again), found);
     EXPECT_NE(again.err.find("earlier scan (complete"), std::string::npos) << again.err;
     const std::string number = Scans()[0]["number"].asString();
-    for (const char* answer : {"\n", "n\n"}) {
-        std::istringstream answers(answer);
-        const Outcome asked = RunAsGiven({"scan", Card()}, true, &answers);
-        EXPECT_EQ(asked.status, 0);
-        EXPECT_NE(asked.err.find("Go on with it? [Y/n]"), std::string::npos) << asked.err;
-    }
+    std::istringstream declined("n\n");
+    EXPECT_EQ(RunAsGiven({"scan", Card()}, true, &declined).status, 0);
     EXPECT_NE(Scans()[0]["number"].asString(), number) << "declined, so scanned anew";
     EXPECT_EQ(RunAsGiven({"scan", Card(), "--new"}).status, 0);
     EXPECT_EQ(Scans().size(), 1u);
-    EXPECT_EQ(RunAsGiven({"scan", Card(), "--new", "--resume"}).status, 2);
+}
+
+TEST_F(DeepCommandTest, AStoppedScanIsGoneOnWith)
+{
+    const ImageFile disk(m_folder / "disk.img", 16 * 1024 * 1024);
+    disk.Put(1000, MakeJpeg(64, 48, 1));
+    disk.Put(30000, MakeJpeg(64, 48, 2));
+    FailingReader reader;
+    reader.OnReadAt(8 * 1024 * 1024, 1, [] { std::raise(SIGINT); });
+    const std::string path = disk.Path().string();
+    EXPECT_EQ(RunAsGiven({"list", path, "--json"}).status, 130);
+    EXPECT_TRUE(Scans()[0]["state"].asString().starts_with("stopped at "));
+    const Outcome after = RunAsGiven({"list", path, "--json"});
+    EXPECT_EQ(after.status, 0);
+    EXPECT_NE(after.err.find("Going on with an earlier scan (stopped at "), std::string::npos)
+        << after.err;
+    EXPECT_EQ(Found(after), 2);
 }
 
 TEST_F(DeepCommandTest, ForgettingRemovesTheRecords)
 {
     ASSERT_EQ(RunAsGiven({"scan", Card()}).status, 0);
     const std::string number = Scans()[0]["number"].asString();
-    EXPECT_EQ(RunAsGiven({"forget", "12345"}).status, 2);
-    EXPECT_EQ(RunAsGiven({"forget"}).status, 2);
-    EXPECT_EQ(Scans().size(), 1u);
     const std::filesystem::path log = m_folder / "data/OrvantaLumivault/ScanLog" / number;
     EXPECT_TRUE(std::filesystem::exists(log));
     EXPECT_EQ(RunAsGiven({"forget", number}).status, 0);

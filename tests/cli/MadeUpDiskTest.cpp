@@ -9,12 +9,12 @@ namespace {
 
 constexpr std::uint64_t MiB = 1 << 20;
 
-class MadeUpDiskTest : public CliFixture
+class MadeUpDiskTest : public CardFixture
 {
 protected:
     void SetUp() override
     {
-        CliFixture::SetUp();
+        CardFixture::SetUp();
         if (const std::string missing = MissingTool({"sfdisk"}); !missing.empty()) {
             GTEST_SKIP() << missing;
         }
@@ -60,7 +60,7 @@ TEST_F(MadeUpDiskTest, ATargetIsTakenByNumberByNodeAndThroughItsImage)
     EXPECT_EQ(ReadFileBytes(image), ReadFileBytes(m_card->ImagePath()));
     for (const std::string& source : {std::string("#2"), m_system.Node("sda1").string(), image}) {
         std::filesystem::remove_all(m_folder / "out");
-        const Outcome outcome = Run({"recover", source, (m_folder / "out").string()});
+        const Outcome outcome = RunFast({"recover", source, (m_folder / "out").string()});
         EXPECT_EQ(outcome.status, 0) << outcome.err;
         EXPECT_EQ(FilesBelow(m_folder / "out").at("photo/second picture.png"),
                   m_originals.at("Lake/second picture.png"))
@@ -69,40 +69,6 @@ TEST_F(MadeUpDiskTest, ATargetIsTakenByNumberByNodeAndThroughItsImage)
     EXPECT_EQ(RunAsGiven({"image", "#1", (m_folder / "gap.img").string()}).status, 0);
     EXPECT_EQ(std::filesystem::file_size(m_folder / "gap.img"), (40000u - 63) * 512);
     EXPECT_EQ(ReadFileBytes(disk.Path()), before);
-}
-
-TEST_F(MadeUpDiskTest, AnImageIsRefusedWhereItHasNoRoom)
-{
-    // FAT32 is among those that hold 2 GB; what is above 4 GB is told so.
-    m_system.AddDisk("sda", "8:0", 2048 * MiB + 512);
-    m_system.AddDisk("sdb", "8:16", 4096 * MiB + 512);
-    struct LimitCase
-    {
-        std::string type;
-        std::string disk;
-        std::string_view says;
-    };
-    for (const LimitCase& row : {LimitCase{"vfat", "sda", "2 GB that an image"},
-                                 LimitCase{"vfat", "sdb", "4 GB that a file"},
-                                 LimitCase{"exfat", "sdb", "2 GB that an image"}}) {
-        std::filesystem::remove(m_system.Folder() / "proc/self/mountinfo");
-        MountHereAs(row.type);
-        const std::string file = (m_folder / "new.img").string();
-        const Outcome unsure = RunAsGiven({"image", m_system.Node(row.disk), file});
-        EXPECT_EQ(unsure.status, 2);
-        EXPECT_NE(unsure.err.find("does not tell whether"), std::string::npos) << unsure.err;
-        const Outcome refused = RunAsGiven({"image", m_system.Node(row.disk), file, "--force"});
-        EXPECT_EQ(refused.status, 2);
-        EXPECT_NE(refused.err.find(row.says), std::string::npos) << refused.err;
-        EXPECT_FALSE(std::filesystem::exists(file));
-    }
-    std::filesystem::remove(m_system.Folder() / "proc/self/mountinfo");
-    MountHereAs("tmpfs");
-    m_system.AddDisk("sdc", "8:32", std::uint64_t{1} << 42);
-    const Outcome full =
-        RunAsGiven({"image", m_system.Node("sdc"), (m_folder / "new.img").string()});
-    EXPECT_EQ(full.status, 2);
-    EXPECT_NE(full.err.find("needs more than"), std::string::npos) << full.err;
 }
 
 TEST_F(MadeUpDiskTest, ARefusalNamesWhatIsWrong)

@@ -1,4 +1,4 @@
-#include "cli/TypeFilter.h"
+#include "session/TypeFilter.h"
 
 #include "platform/Text.h"
 #include "recovery/FileRecoveryParse.h"
@@ -55,7 +55,7 @@ bool TypeFilter::AddWord(const std::string& word)
     return true;
 }
 
-std::optional<TypeFilter> TypeFilter::Parse(std::string_view list, std::string& outProblem)
+std::optional<TypeFilter> TypeFilter::Parse(std::string_view list)
 {
     TypeFilter filter;
     for (std::size_t at = 0; at <= list.size();) {
@@ -63,9 +63,6 @@ std::optional<TypeFilter> TypeFilter::Parse(std::string_view list, std::string& 
         const std::string word = LowerAscii(list.substr(at, end - at));
         const std::size_t mark = word.starts_with("*.") ? 2 : word.starts_with('.') ? 1 : 0;
         if (!filter.AddWord(word.substr(mark))) {
-            outProblem = "'" + std::string(list) +
-                         "' is no list of types; give extensions and families with commas between "
-                         "them, such as --types photo,pdf, or --types all.";
             return std::nullopt;
         }
         at = end + 1;

@@ -1,4 +1,4 @@
-// Which found files a command is about: the LIST of --types.
+// Which found files a face is about, by a list that a user types: "photo,pdf".
 #pragma once
 
 #include "recovery/FileRecord.h"
@@ -13,8 +13,9 @@
 class TypeFilter
 {
 public:
-    // Nothing when the list is not valid; outProblem then says why, in a sentence.
-    static std::optional<TypeFilter> Parse(std::string_view list, std::string& outProblem);
+    // Extensions and photo, audio, video, document, archive, others, with commas between them; or all. Nothing when the list
+    // is not valid.
+    static std::optional<TypeFilter> Parse(std::string_view list);
     static TypeFilter All();
 
     // What to search for: finds at least what Accepts takes.

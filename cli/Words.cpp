@@ -1,0 +1,182 @@
+#include "cli/Words.h"
+
+#include "cli/TextForms.h"
+#include "platform/ResultCode.h"
+
+namespace {
+
+Refusal TargetRefused(const std::string& sentence)
+{
+    return {ExitStatus::TargetFailed, sentence};
+}
+
+Refusal WrongUse(const std::string& sentence)
+{
+    return {ExitStatus::WrongUse, sentence};
+}
+
+Refusal WhyNotOpenedBy(const std::string& name, ResultCode why)
+{
+    switch (why) {
+    case ResultFileNotFound:
+    case ResultPathNotFound:
+        return TargetRefused(
+            name + ": there is no such file or device; give the path of an image file, a block "
+                   "device such as /dev/sdb1, or a number that 'lumivault-cli targets' shows.");
+    case ResultAccessDenied:
+        return TargetRefused(
+            name + ": you are not permitted to read it; run the command with the rights to read "
+                   "the device, for example with sudo.");
+    case ResultNotSupported:
+        return TargetRefused(
+            name + ": you are not permitted to read it, and nothing can ask for an "
+                   "administrator's password, since pkexec (package pkexec) or this program's "
+                   "helper for it is not installed; run the command with sudo.");
+    case ResultShortRead:
+        return TargetRefused(
+            name + ": it is shorter than 16 KB, so it holds no volume; check that the image was "
+                   "copied whole.");
+    default:
+        return TargetRefused(
+            name + ": it cannot be read: " + ErrorText(why) +
+            " Check the cable and the medium, or copy what can be read to an image and scan that.");
+    }
+}
+
+}  // namespace
+
+Refusal WhyNot(const TargetRefusal& refusal)
+{
+    const std::string name = Printable(refusal.name);
+    switch (refusal.fault) {
+    case TargetFault::NotANumber:
+        return WrongUse(name + " is no target; give # and a number that 'lumivault-cli "
+                               "targets' shows, such as '#3'.");
+    case TargetFault::NoSuchNumber:
+        return TargetRefused("there is no target #" + std::to_string(refusal.number) +
+                             "; 'lumivault-cli targets' lists those that there are.");
+    case TargetFault::NoMedium:
+        return TargetRefused(name + ": it holds no medium; put one in and try again.");
+    case TargetFault::TooManyDisks:
+        return TargetRefused(name + ": there are too many disks.");
+    case TargetFault::LessThanASector:
+        return TargetRefused(name +
+                             ": it has less than one sector of its disk, so there is nothing in "
+                             "it; give another partition, or the whole disk.");
+    case TargetFault::NotScannable:
+        return TargetRefused(
+            name + ": it is neither a file nor a block device; give an image file or a device.");
+    case TargetFault::UnknownFileSystem:
+        return TargetRefused(
+            name + ": no file system that can be scanned was found at its start; give a single "
+                   "partition (such as /dev/sdb1) in place of a whole disk, or an image of one.");
+    case TargetFault::OutOfMemory:
+        return WhyBroken(ResultOutOfMemory);
+    case TargetFault::CannotBeOpened:
+    case TargetFault::None:
+        break;
+    }
+    return WhyNotOpenedBy(name, refusal.why);
+}
+
+Refusal WhyNot(const LockOutcome& lock)
+{
+    const std::string name = Printable(lock.folder.string());
+    if (lock.end == LockEnd::HeldElsewhere) {
+        return WrongUse("another scan uses " + name +
+                        "; wait for its end, or give this one a folder of its "
+                        "own with --data-dir.");
+    }
+    return WrongUse(
+        "the folder for scan records, " + name +
+        (lock.end == LockEnd::CannotMakeFolder ? ", cannot be made: " : ", cannot be written: ") +
+        ErrorText(lock.why) + " Give another one with --data-dir.");
+}
+
+Refusal WhyNot(const DestinationCheck& check, const std::filesystem::path& folder)
+{
+    const std::string name = Printable(folder.string());
+    switch (check.fault) {
+    case DestinationFault::OnSource:
+        return WrongUse(
+            name + " lies on the source itself, where restored files would overwrite deleted ones; "
+                   "choose a folder on another disk, or give --force if that is wanted.");
+    case DestinationFault::MayBeOnSource:
+        return WrongUse("the system does not tell whether " + name +
+                        " lies on the source itself; choose a folder on another disk, or give "
+                        "--force if you know that it does not.");
+    case DestinationFault::NotWritable:
+        return WrongUse(name + " cannot be written; choose a folder that you may write to.");
+    case DestinationFault::CannotBeMade:
+    case DestinationFault::None:
+        break;
+    }
+    return WrongUse(name + " cannot be made: " + ErrorText(check.why) + " Choose another folder.");
+}
+
+Refusal WhyNot(const ImageProblem& problem, const ImageTask& image, const std::string& source)
+{
+    const std::string name = Printable(image.File().string());
+    switch (problem.fault) {
+    case ImageFault::SourceIsImage:
+        return WrongUse(Printable(source) +
+                        " is a file, which can be scanned as it is; give a disk, a partition or a "
+                        "number that 'lumivault-cli targets' shows.");
+    case ImageFault::NoName:
+        return WrongUse("FILE is empty; give a name for the image.");
+    case ImageFault::NoFolder:
+        return WrongUse(name + " lies in no folder that exists; make the folder first.");
+    case ImageFault::NotPlainFile:
+        return WrongUse(name +
+                        " is no plain file; an image is never written to a device, a link or a "
+                        "folder. Choose another name.");
+    case ImageFault::Exists:
+        return WrongUse(name + " exists; choose another name, or give --force to write over it.");
+    case ImageFault::OnSource:
+        return WrongUse(name + " lies on the source itself, where it would overwrite what is to be "
+                               "recovered; choose a folder on another disk.");
+    case ImageFault::MayBeOnSource:
+        return WhyNot(DestinationCheck{DestinationFault::MayBeOnSource}, image.File());
+    case ImageFault::TooLargeForFat32:
+        return WrongUse(name + " would be larger than the 4 GB that a file may have there (" +
+                        problem.fileSystem + "); choose a folder on another file system.");
+    case ImageFault::TooLargeForFat:
+        return WrongUse(name + " would be larger than the 2 GB that an image may have there (" +
+                        problem.fileSystem + "); choose a folder on another file system.");
+    case ImageFault::NoRoom:
+        break;
+    }
+    return WrongUse(name + " needs more than the " + SizeText(problem.freeBytes) +
+                    " that are free there, since the source has " + SizeText(image.SourceBytes()) +
+                    "; choose a folder with more room.");
+}
+
+Refusal WhyNoTypes(const std::string& list)
+{
+    return WrongUse("'" + list +
+                    "' is no list of types; give extensions and families with commas between "
+                    "them, such as --types photo,pdf, or --types all.");
+}
+
+Refusal WhyBroken(ResultCode fault)
+{
+    return TargetRefused(fault == ResultOutOfMemory
+                             ? "there is not enough memory; close other programs, or ask for fewer "
+                               "types."
+                             : ErrorText(fault));
+}
+
+std::string StateOf(const EarlierScan& scan)
+{
+    if (scan.gone) {
+        return "gone";
+    }
+    return scan.state == EarlierState::Complete
+               ? "complete"
+               : "stopped at " + std::to_string(scan.percent) + " %";
+}
+
+std::string DescribeScan(const EarlierScan& scan)
+{
+    return StateOf(scan) + ", " + TimeText(scan.savedAt) + ", " + CountText(scan.files, "file");
+}
