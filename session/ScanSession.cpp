@@ -245,6 +245,7 @@ SearchOutcome ScanSession::SearchWhere(std::string_view pattern,
         std::erase_if(records, [&accept](const FileRecord& record) { return !accept(record); });
         outcome.rows.reserve(records.size());
         for (const FileRecord& record : records) {
+            // The number, which is the place but in a scan that was gone on with.
             outcome.rows.push_back({record, {record.EngineKind, record.RecordNumber}, {}});
         }
     });
