@@ -104,6 +104,14 @@ TEST_F(MadeUpDiskTest, WhatTheSystemDoesNotTellIsAsked)
     EXPECT_EQ(recover("n\n").status, 2);
     EXPECT_FALSE(std::filesystem::exists(m_folder / "out"));
     EXPECT_EQ(recover("y\n").status, 0);
+    const std::string image = (m_folder / "copy.img").string();
+    for (const auto& [command, place] :
+         {std::pair("recover", (m_folder / "forced").string()), std::pair("image", image)}) {
+        const std::vector<std::string> arguments = {command, m_system.Node("sda"), place};
+        EXPECT_NE(RunAsGiven(arguments).err.find("does not tell whether"), std::string::npos);
+        EXPECT_FALSE(std::filesystem::exists(place));
+        EXPECT_EQ(RunAsGiven({command, m_system.Node("sda"), place, "--force"}).status, 0);
+    }
     EXPECT_TRUE(std::filesystem::exists(m_folder / "out/photo/second picture.png"));
 }
 

@@ -19,22 +19,37 @@ public:
                       std::size_t count,
                       std::size_t* outRead) override
     {
-        ++m_state->reads;
-        m_state->largest = std::max(m_state->largest, count);
-        if (m_state->action && position == m_state->watched && --m_state->readsToGo == 0) {
-            std::exchange(m_state->action, nullptr)();
+        std::function<void()> action;
+        {
+            const std::lock_guard guard(m_state->lock);
+            ++m_state->reads;
+            m_state->largest = std::max(m_state->largest, count);
+            if (m_state->action && position == m_state->watched && --m_state->readsToGo == 0) {
+                action = std::exchange(m_state->action, nullptr);
+            }
         }
+        if (action) {
+            action();
+        }
+        const std::uint64_t good = GoodBytes(position, count);
+        const ResultCode result = m_inner->ReadAt(position, buffer, good, outRead);
+        return result == ResultSuccess && good < count ? ResultReadFault : result;
+    }
+
+private:
+    // What lies in front of the first bad byte.
+    std::uint64_t GoodBytes(std::uint64_t position, std::uint64_t count) const
+    {
+        const std::lock_guard guard(m_state->lock);
         std::uint64_t good = count;
         for (const auto& [begin, end] : m_state->bad) {
             if (position < end && position + count > begin) {
                 good = std::min(good, begin > position ? begin - position : 0);
             }
         }
-        const ResultCode result = m_inner->ReadAt(position, buffer, good, outRead);
-        return result == ResultSuccess && good < count ? ResultReadFault : result;
+        return good;
     }
 
-private:
     std::unique_ptr<IByteReader> m_inner;
     std::shared_ptr<FailingReader::State> m_state;
 };
@@ -55,6 +70,7 @@ FailingReader::~FailingReader()
 
 void FailingReader::FailBytes(std::uint64_t begin, std::uint64_t end)
 {
+    const std::lock_guard guard(m_state->lock);
     m_state->bad.emplace_back(begin, end);
 }
 
@@ -65,11 +81,13 @@ void FailingReader::FailSector(std::uint64_t lba, std::uint32_t sectorSize)
 
 void FailingReader::Heal()
 {
+    const std::lock_guard guard(m_state->lock);
     m_state->bad.clear();
 }
 
 void FailingReader::OnReadAt(std::uint64_t position, int nth, std::function<void()> action)
 {
+    const std::lock_guard guard(m_state->lock);
     m_state->readsToGo = nth;
     m_state->watched = position;
     m_state->action = std::move(action);
@@ -77,10 +95,12 @@ void FailingReader::OnReadAt(std::uint64_t position, int nth, std::function<void
 
 std::size_t FailingReader::ReadCount() const
 {
+    const std::lock_guard guard(m_state->lock);
     return m_state->reads;
 }
 
 std::size_t FailingReader::LargestRead() const
 {
+    const std::lock_guard guard(m_state->lock);
     return m_state->largest;
 }

@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <functional>
 #include <memory>
+#include <mutex>
 #include <utility>
 #include <vector>
 
@@ -28,8 +29,10 @@ public:
     std::size_t ReadCount() const;
     std::size_t LargestRead() const;
 
+    // Under the lock: a thread that reads ahead asks too.
     struct State
     {
+        std::mutex lock;
         std::vector<std::pair<std::uint64_t, std::uint64_t>> bad;
         std::uint64_t watched = 0;
         int readsToGo = 0;
