@@ -184,3 +184,14 @@ int LinkAt(const std::vector<TextRun>& runs, const TextLayout& layout, const QPo
     }
     return -1;
 }
+
+void DrawFocusMark(QPainter& painter, const QRect& area)
+{
+    painter.save();
+    painter.setBrush(Qt::NoBrush);
+    painter.setPen(QColor(0, 0x3C, 0x64));
+    painter.drawRect(area.adjusted(0, 0, -1, -1));
+    painter.setPen(Qt::white);
+    painter.drawRect(area.adjusted(1, 1, -2, -2));
+    painter.restore();
+}

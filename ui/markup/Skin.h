@@ -70,3 +70,5 @@ TextLayout DrawRuns(QPainter& painter,
 TextLayout MeasureRuns(const Skin& skin, const std::vector<TextRun>& runs, const TextStyle& style);
 // The number of the clickable span at a place, or -1.
 int LinkAt(const std::vector<TextRun>& runs, const TextLayout& layout, const QPoint& place);
+// Shows that what lies in the area has the keyboard: two lines, dark and light, to be seen on any ground.
+void DrawFocusMark(QPainter& painter, const QRect& area);
