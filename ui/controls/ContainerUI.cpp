@@ -28,8 +28,7 @@ bool CContainerUI::Add(std::unique_ptr<CControlUI>& child)
 bool CContainerUI::AddAt(std::unique_ptr<CControlUI>& child, int index)
 {
     auto* visual = dynamic_cast<VisualControl*>(child.get());
-    if (visual == nullptr || visual->Widget() == nullptr ||
-        visual->Widget()->isWindow() != (visual->Widget()->parentWidget() == nullptr)) {
+    if (visual == nullptr) {
         return false;
     }
     // From here on the widget that it lies in owns it.

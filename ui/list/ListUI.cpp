@@ -174,6 +174,9 @@ bool CListUI::SelectItem(int index)
     if (index < -1 || index >= GetCount()) {
         return false;
     }
+    if (index < 0) {
+        clearSelection();
+    }
     setCurrentIndex(index < 0 ? QModelIndex() : m_model->index(index, 0));
     return true;
 }

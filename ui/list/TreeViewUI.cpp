@@ -39,6 +39,9 @@ CTreeNodeUI* CTreeViewUI::GetSelectedNode() const
 
 void CTreeViewUI::SelectNode(CTreeNodeUI* node)
 {
+    if (node == nullptr) {
+        clearSelection();
+    }
     setCurrentIndex(node != nullptr ? m_model->IndexOf(*node) : QModelIndex());
 }
 

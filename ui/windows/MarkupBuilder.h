@@ -14,8 +14,8 @@
 
 struct WindowSettings
 {
-    QSize size;
-    QSize minimum;
+    QSize size = {0, 0};
+    QSize minimum = {0, 0};
     int captionHeight = 0;  // the window is moved by what lies that far below its upper edge
     int sizeBorder = 0;     // and resized by what lies that near to any edge
     QString title;
