@@ -33,7 +33,8 @@ Control* CPaginationUI::MakeChild(const QString& attributes)
 void CPaginationUI::MakeButtons()
 {
     const QString look = QLatin1String(ButtonAttributes);
-    m_prevBtn = MakeChild<CButtonUI>(look + QStringLiteral(" width=\"30\" font=\"0\" text=\"Prev\""));
+    m_prevBtn =
+        MakeChild<CButtonUI>(look + QStringLiteral(" width=\"30\" font=\"0\" text=\"Prev\""));
     const auto makeNumbers = [this, &look](std::vector<COptionUI*>& buttons, int count) {
         for (int i = 0; i < count; ++i) {
             auto* button =
@@ -52,7 +53,8 @@ void CPaginationUI::MakeButtons()
     makeNumbers(m_middleButtons, m_counts.Middle());
     m_rightDots = MakeChild<CLabelUI>(dots);
     makeNumbers(m_rightButtons, m_counts.right);
-    m_nextBtn = MakeChild<CButtonUI>(look + QStringLiteral(" width=\"30\" font=\"0\" text=\"Next\""));
+    m_nextBtn =
+        MakeChild<CButtonUI>(look + QStringLiteral(" width=\"30\" font=\"0\" text=\"Next\""));
     m_prevBtn->AddHandler([this](const Notification&) {
         if (m_currentPage > 1) {
             SetCurrentPage(m_currentPage - 1);

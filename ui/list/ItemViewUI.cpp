@@ -55,7 +55,6 @@ CItemViewUI::CItemViewUI(std::shared_ptr<Skin> skin) : WidgetControl<QTreeView>(
     setEditTriggers(QAbstractItemView::NoEditTriggers);
     setVerticalScrollMode(QAbstractItemView::ScrollPerPixel);
     setExpandsOnDoubleClick(false);
-    setAutoScroll(false);
     viewport()->setMouseTracking(true);
     // The skin draws grounds and selections; Qt's own must not lie above them.
     QPalette colors = palette();

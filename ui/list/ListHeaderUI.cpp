@@ -78,7 +78,6 @@ void CListHeaderItemUI::Draw(QPainter& painter, const QRect& area) const
 CListHeaderUI::CListHeaderUI(std::shared_ptr<Skin> skin)
     : WidgetControl<QHeaderView>(std::move(skin), Qt::Horizontal)
 {
-    setSectionsClickable(true);
     setFocusPolicy(Qt::TabFocus);
     setFrameShape(QFrame::NoFrame);
     setMinimumSectionSize(1);

@@ -74,6 +74,8 @@ void CListUI::UseHeader(CListHeaderUI& header)
 {
     m_header = &header;
     setHeader(&header);
+    // The view has just taken that back, since it does not sort by itself.
+    header.setSectionsClickable(true);
     setHeaderHidden(!header.IsVisible());
     header.SetBuiltCallback([this] {
         // The columns are known only now.

@@ -10,11 +10,25 @@ namespace {
 // Where a stretched direction begins, changes and ends.
 using Steps = std::array<int, 4>;
 
-Steps CutSpan(int start, int length, int first, int last)
+struct CutSpans
 {
-    const int before = std::clamp(first, 0, length);
-    const int behind = std::clamp(last, 0, length - before);
-    return {start, start + before, start + length - behind, start + length};
+    Steps source;
+    Steps target;
+};
+
+CutSpans CutDirection(
+    int sourceStart, int sourceLength, int targetStart, int targetLength, int first, int last)
+{
+    // One pixel at least is left to be stretched, or a part of the target would stay empty.
+    const int sourceFirst = std::clamp(first, 0, sourceLength - 1);
+    const int sourceLast = std::clamp(last, 0, sourceLength - 1 - sourceFirst);
+    const int targetFirst = std::min(sourceFirst, targetLength);
+    const int targetLast = std::min(sourceLast, targetLength - targetFirst);
+    const auto steps = [](int start, int length, int before, int behind) {
+        return Steps{start, start + before, start + length - behind, start + length};
+    };
+    return {steps(sourceStart, sourceLength, sourceFirst, sourceLast),
+            steps(targetStart, targetLength, targetFirst, targetLast)};
 }
 
 }  // namespace
@@ -46,19 +60,18 @@ std::vector<ImagePiece> CutImage(const QRect& source, const QRect& target, const
     if (source.isEmpty() || target.isEmpty()) {
         return {};
     }
-    const auto cut = [&corner](const QRect& rect) {
-        return std::pair{CutSpan(rect.left(), rect.width(), corner.left(), corner.right()),
-                         CutSpan(rect.top(), rect.height(), corner.top(), corner.bottom())};
-    };
-    const auto [sourceX, sourceY] = cut(source);
-    const auto [targetX, targetY] = cut(target);
+    const CutSpans x = CutDirection(source.left(), source.width(), target.left(), target.width(),
+                                    corner.left(), corner.right());
+    const CutSpans y = CutDirection(source.top(), source.height(), target.top(), target.height(),
+                                    corner.top(), corner.bottom());
     std::vector<ImagePiece> pieces;
     for (std::size_t row = 0; row < 3; ++row) {
         for (std::size_t column = 0; column < 3; ++column) {
-            const auto rectOf = [row, column](const Steps& x, const Steps& y) {
-                return QRect(x[column], y[row], x[column + 1] - x[column], y[row + 1] - y[row]);
+            const auto rectOf = [row, column](const Steps& across, const Steps& down) {
+                return QRect(across[column], down[row], across[column + 1] - across[column],
+                             down[row + 1] - down[row]);
             };
-            const ImagePiece piece = {rectOf(sourceX, sourceY), rectOf(targetX, targetY)};
+            const ImagePiece piece = {rectOf(x.source, y.source), rectOf(x.target, y.target)};
             if (!piece.source.isEmpty() && !piece.target.isEmpty()) {
                 pieces.push_back(piece);
             }

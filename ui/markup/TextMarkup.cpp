@@ -171,14 +171,25 @@ QString PlainRun(const QString& value)
 QString PlainText(const std::vector<TextRun>& runs)
 {
     QString text;
+    bool isApart = false;
     for (const TextRun& run : runs) {
-        if (run.kind == RunKind::Text) {
-            text += run.text;
-        } else if (!text.isEmpty() && !text.back().isSpace()) {
-            text += QLatin1Char(' ');
+        if (run.kind != RunKind::Text) {
+            isApart = true;
+            continue;
         }
+        QString part = run.text;
+        if (isApart && !text.isEmpty()) {
+            // One blank for what stands between, however many are around it.
+            const bool hasBlank = text.back().isSpace();
+            while (hasBlank && part.startsWith(QLatin1Char(' '))) {
+                part.remove(0, 1);
+            }
+            text += hasBlank || part.startsWith(QLatin1Char(' ')) ? QString() : QStringLiteral(" ");
+        }
+        text += part;
+        isApart = false;
     }
-    return text.trimmed();
+    return text;
 }
 
 QString PlainText(const QString& text, bool hasMarkup)
