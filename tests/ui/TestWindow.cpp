@@ -62,9 +62,9 @@ bool TestWindow::HandleMessage(std::uint32_t number, std::intptr_t wParam, std::
 }
 
 std::unique_ptr<CControlUI> TestWindow::CreateControl(const QString& element,
-                                                      std::shared_ptr<Skin> skin)
+                                                      const std::shared_ptr<Skin>& skin)
 {
-    return MakeCustomControl(element, std::move(skin));
+    return MakeCustomControl(element, skin);
 }
 
 UiTest::UiTest()

@@ -65,7 +65,7 @@ public:
 
 protected:
     std::unique_ptr<CControlUI> CreateControl(const QString& element,
-                                              std::shared_ptr<Skin> skin) override;
+                                              const std::shared_ptr<Skin>& skin) override;
 
 private:
     QString m_file;

@@ -25,10 +25,10 @@ public:
 
 protected:
     std::unique_ptr<CControlUI> CreateControl(const QString& element,
-                                              std::shared_ptr<Skin> skin) override
+                                              const std::shared_ptr<Skin>& skin) override
     {
         auto control = MakeCustomControl(element, skin);
-        return control ? std::move(control) : MakeMenuControl(element, std::move(skin));
+        return control ? std::move(control) : MakeMenuControl(element, skin);
     }
 
 private:

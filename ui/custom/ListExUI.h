@@ -21,6 +21,8 @@ public:
     };
 
     explicit CListExUI(std::shared_ptr<Skin> skin);
+    CListExUI(const CListExUI&) = delete;
+    CListExUI& operator=(const CListExUI&) = delete;
     ~CListExUI() override;
     QString GetClass() const override { return QStringLiteral("ListExUI"); }
 

@@ -44,9 +44,6 @@ private:
 
 }  // namespace
 
-// The submenu is a widget of the menu that it hangs in, and goes with that.
-CMenuElementUI::~CMenuElementUI() = default;
-
 void CMenuElementUI::SetText(const QString& text)
 {
     m_text = text;
@@ -181,8 +178,6 @@ CMenuUI::CMenuUI(std::shared_ptr<Skin> skin) : WidgetControl<QMenu>(std::move(sk
     m_look.backColor = Qt::white;
     setStyle(new MenuStyle(*this));
 }
-
-CMenuUI::~CMenuUI() = default;
 
 CMenuElementUI* CMenuUI::GetItemAt(int index) const
 {

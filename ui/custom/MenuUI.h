@@ -16,7 +16,6 @@ class CMenuElementUI : public CControlUI
 {
 public:
     CMenuElementUI() = default;
-    ~CMenuElementUI() override;
     QString GetClass() const override { return QStringLiteral("MenuElementUI"); }
 
     QString GetText() const override { return m_text; }
@@ -59,7 +58,6 @@ class CMenuUI : public WidgetControl<QMenu>
 {
 public:
     explicit CMenuUI(std::shared_ptr<Skin> skin);
-    ~CMenuUI() override;
     QString GetClass() const override { return QStringLiteral("MenuUI"); }
 
     int GetCount() const override { return static_cast<int>(m_elements.size()); }

@@ -40,8 +40,6 @@ CMenuWindow::CMenuWindow(MenuServices services, QString markup)
 {
 }
 
-CMenuWindow::~CMenuWindow() = default;
-
 bool CMenuWindow::Init(CMenuElementUI* ownerElement, int x, int y, VisualControl& parentControl)
 {
     if (ownerElement != nullptr) {

@@ -27,7 +27,6 @@ class CMenuWindow : public QObject, public INotificationTarget
 {
 public:
     CMenuWindow(MenuServices services, QString markup = QStringLiteral("menu_assist.xml"));
-    ~CMenuWindow() override;
 
     // Opens at a place of the screen, moved so that all of it shows; parentControl says whose skin package is used. With an
     // owner element the submenu of that is opened. False when there is nothing to open.

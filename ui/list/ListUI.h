@@ -21,6 +21,8 @@ public:
     using RowCompare = int (*)(const Row& a, const Row& b, std::intptr_t context);
 
     explicit CListUI(std::shared_ptr<Skin> skin);
+    CListUI(const CListUI&) = delete;
+    CListUI& operator=(const CListUI&) = delete;
     ~CListUI() override;
     QString GetClass() const override { return QStringLiteral("ListUI"); }
 

@@ -15,6 +15,8 @@ class CTreeViewUI : public CItemViewUI
 {
 public:
     explicit CTreeViewUI(std::shared_ptr<Skin> skin);
+    CTreeViewUI(const CTreeViewUI&) = delete;
+    CTreeViewUI& operator=(const CTreeViewUI&) = delete;
     ~CTreeViewUI() override;
     QString GetClass() const override { return QStringLiteral("TreeViewUI"); }
 

@@ -53,9 +53,9 @@ private:
 const std::vector<MarkupAttribute>&
 FindIn(const std::map<QString, std::vector<MarkupAttribute>>& attributes, const QString& name)
 {
-    static const std::vector<MarkupAttribute> None;
+    static const std::vector<MarkupAttribute> none;
     const auto found = attributes.find(name);
-    return found == attributes.end() ? None : found->second;
+    return found == attributes.end() ? none : found->second;
 }
 
 }  // namespace

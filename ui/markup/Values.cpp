@@ -118,9 +118,9 @@ Qt::Alignment ParseAlignment(const QString& text, Qt::Alignment defaults)
                                                    {"top", Qt::AlignTop},
                                                    {"vcenter", Qt::AlignVCenter},
                                                    {"bottom", Qt::AlignBottom}}};
-    static const QRegularExpression Separator(QStringLiteral("[ ,]+"));
+    static const QRegularExpression separator(QStringLiteral("[ ,]+"));
     Qt::Alignment alignment = defaults;
-    for (const QString& part : text.split(Separator, Qt::SkipEmptyParts)) {
+    for (const QString& part : text.split(separator, Qt::SkipEmptyParts)) {
         for (const Word& word : Words) {
             if (part == QLatin1String(word.name)) {
                 const Qt::Alignment direction = (word.flag & Qt::AlignHorizontal_Mask) != 0

@@ -60,13 +60,13 @@ private:
 
 std::shared_ptr<SkinPackage> SkinPackage::Embedded()
 {
-    static const std::shared_ptr<SkinPackage> Package = [] {
+    static const std::shared_ptr<SkinPackage> package = [] {
         const QByteArray content =
             QResource(QStringLiteral(":/lumivault/skin.zip")).uncompressedData();
         return std::make_shared<ZipSkinPackage>(
             std::vector<std::uint8_t>(content.begin(), content.end()));
     }();
-    return Package;
+    return package;
 }
 
 std::shared_ptr<SkinPackage> SkinPackage::FromZip(std::vector<std::uint8_t> bytes)

@@ -24,14 +24,21 @@ public:
     }
     static QEvent::Type Kind()
     {
-        static const int Registered = QEvent::registerEventType();
-        return static_cast<QEvent::Type>(Registered);
+        static const int registered = QEvent::registerEventType();
+        return static_cast<QEvent::Type>(registered);
     }
 
     std::uint32_t number;
     std::intptr_t wParam;
     std::intptr_t lParam;
 };
+
+// Follows once a window was closed.
+QEvent::Type FinalEvent()
+{
+    static const int registered = QEvent::registerEventType();
+    return static_cast<QEvent::Type>(registered);
+}
 
 std::shared_ptr<SkinPackage>& PackageInUse()
 {
@@ -58,8 +65,6 @@ WindowImplBase::WindowImplBase() : QWidget(nullptr, Qt::Window | Qt::FramelessWi
     setAttribute(Qt::WA_Hover);
 }
 
-WindowImplBase::~WindowImplBase() = default;
-
 bool WindowImplBase::Create(QWidget* owner, int width, int height)
 {
     InstallAccessibleControls();
@@ -70,9 +75,10 @@ bool WindowImplBase::Create(QWidget* owner, int width, int height)
     auto root = std::make_unique<CVerticalLayoutUI>(m_skin);
     root->setParent(this);
     m_root = root.release();
-    MarkupBuilder builder(m_skin, [this](const QString& element, std::shared_ptr<Skin> skin) {
-        return CreateControl(element, std::move(skin));
-    });
+    MarkupBuilder builder(m_skin,
+                          [this](const QString& element, const std::shared_ptr<Skin>& skin) {
+                              return CreateControl(element, skin);
+                          });
     const bool isBuilt = builder.Build(GetSkinFile(), *m_root);
     m_problems = builder.Problems();
     m_settings = builder.Settings();
@@ -159,7 +165,7 @@ void WindowImplBase::PostWindowMessage(std::uint32_t number,
     QCoreApplication::postEvent(this, new WindowMessage(number, wParam, lParam));
 }
 
-void WindowImplBase::ApplyLanguage(const LanguageSection& section)
+void WindowImplBase::ApplyLanguage(const LanguageSection& section) const
 {
     for (const auto& [key, value] : section.Entries()) {
         if (CControlUI* control = FindControl(QString::fromStdString(key))) {
@@ -168,7 +174,8 @@ void WindowImplBase::ApplyLanguage(const LanguageSection& section)
     }
 }
 
-std::unique_ptr<CControlUI> WindowImplBase::CreateControl(const QString&, std::shared_ptr<Skin>)
+std::unique_ptr<CControlUI> WindowImplBase::CreateControl(const QString&,
+                                                          const std::shared_ptr<Skin>&)
 {
     return nullptr;
 }
@@ -178,6 +185,11 @@ bool WindowImplBase::event(QEvent* event)
     if (event->type() == WindowMessage::Kind()) {
         const auto* message = static_cast<const WindowMessage*>(event);
         return HandleMessage(message->number, message->wParam, message->lParam);
+    }
+    if (event->type() == FinalEvent()) {
+        // The window may be gone when it returns.
+        OnFinalMessage();
+        return true;
     }
     if (event->type() == QEvent::HoverMove) {
         const Qt::Edges edges = EdgesAt(static_cast<QHoverEvent*>(event)->position().toPoint());
@@ -267,6 +279,5 @@ void WindowImplBase::closeEvent(QCloseEvent* event)
     }
     event->accept();
     // Whatever has closed the window may still be at work in one of its controls.
-    QMetaObject::invokeMethod(
-        this, [this] { OnFinalMessage(); }, Qt::QueuedConnection);
+    QCoreApplication::postEvent(this, new QEvent(FinalEvent()));
 }

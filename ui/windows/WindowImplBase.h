@@ -19,7 +19,6 @@ class WindowImplBase : public QWidget, public INotificationTarget
 {
 public:
     WindowImplBase();
-    ~WindowImplBase() override;
 
     virtual QString GetWindowClassName() const = 0;
     // Name of the markup file in the package, such as "xml\skin.xml".
@@ -67,7 +66,7 @@ public:
     void
     PostWindowMessage(std::uint32_t number, std::intptr_t wParam = 0, std::intptr_t lParam = 0);
     // Gives each control that a key of the section names that text.
-    void ApplyLanguage(const LanguageSection& section);
+    void ApplyLanguage(const LanguageSection& section) const;
 
     // Of all windows that are made from then on; null for the program's own.
     static void UsePackage(std::shared_ptr<SkinPackage> package);
@@ -77,7 +76,7 @@ public:
 protected:
     // For elements that are not plain ones.
     virtual std::unique_ptr<CControlUI> CreateControl(const QString& element,
-                                                      std::shared_ptr<Skin> skin);
+                                                      const std::shared_ptr<Skin>& skin);
 
     bool event(QEvent* event) override;
     bool eventFilter(QObject* watched, QEvent* event) override;
