@@ -45,9 +45,7 @@ void StartQt()
     static char name[] = "fuzz";
     static char* arguments[] = {name, nullptr};
     qputenv("QT_QPA_PLATFORM", "offscreen");
-    // Lives as long as the process: what Qt keeps for it cannot be taken down and made again.
-    static const auto* const application = new QApplication(count, arguments);
-    (void)application;
+    static const QApplication application(count, arguments);
 }
 
 }  // namespace
