@@ -10,6 +10,23 @@ namespace {
 
 constexpr int Channels = 4;
 
+constexpr std::size_t SignatureBytes = 8;
+constexpr std::size_t ChunkFrameBytes = 12;  // length, name and checksum
+
+// Data in an empty first piece makes the library copy from nowhere; no encoder writes such a one.
+bool HasEmptyData(ByteView bytes)
+{
+    std::size_t offset = SignatureBytes;
+    while (bytes.Covers(offset, ChunkFrameBytes)) {
+        const std::size_t length = bytes.U32Be(offset);
+        if (length == 0 && bytes.Matches(offset + 4, "IDAT")) {
+            return true;
+        }
+        offset += ChunkFrameBytes + length;
+    }
+    return false;
+}
+
 struct FreePixels
 {
     void operator()(stbi_uc* pixels) const { stbi_image_free(pixels); }
@@ -19,7 +36,7 @@ struct FreePixels
 
 QImage DecodePng(ByteView bytes)
 {
-    if (bytes.Size() > INT_MAX) {
+    if (bytes.Size() > INT_MAX || HasEmptyData(bytes)) {
         return {};
     }
     const int size = static_cast<int>(bytes.Size());
