@@ -3,12 +3,20 @@
 #include "tests/ui/TestWindow.h"
 #include "ui/controls/ButtonUI.h"
 #include "ui/controls/LabelUI.h"
+#include "ui/custom/CustomElements.h"
 #include "ui/list/TreeNodeUI.h"
 
 #include <QCoreApplication>
 #include <QLayout>
 
 namespace {
+
+std::unique_ptr<CControlUI> MakeAnyControl(const QString& element,
+                                           const std::shared_ptr<Skin>& skin)
+{
+    auto control = MakeCustomControl(element, skin);
+    return control ? std::move(control) : MakeMenuControl(element, skin);
+}
 
 // Builds a file of the skin into a column; the problems that it had.
 struct Built
@@ -81,6 +89,22 @@ TEST_F(UiTest, StylesDefaultsAndFontsReachTheControls)
     auto* node = m_window.FindControlAs<CTreeNodeUI>("NodeAudio");
     node->ApplyStyle("filetype");
     EXPECT_EQ(node->Look().textColor, QColor(0, 0x60, 0xA0));
+}
+
+TEST(MarkupBuilder, TheProgramsOwnSkinHasNothingUnknown)
+{
+    const auto package = SkinPackage::FromFolder(LUMIVAULT_SKIN);
+    int count = 0;
+    for (const auto& file : std::filesystem::directory_iterator(LUMIVAULT_SKIN "/xml")) {
+        const auto skin = std::make_shared<Skin>(package);
+        CVerticalLayoutUI root(skin);
+        MarkupBuilder builder(skin, MakeAnyControl);
+        const QString name = QString::fromStdString("xml/" + file.path().filename().string());
+        EXPECT_TRUE(builder.Build(name, root)) << name.toStdString();
+        EXPECT_EQ(builder.Problems().join("|").toStdString(), "");
+        ++count;
+    }
+    EXPECT_GT(count, 0);
 }
 
 TEST(MarkupBuilder, TellsWhatItLeavesOut)

@@ -76,6 +76,8 @@ class UiTest : public testing::Test
 {
 protected:
     UiTest();
+    UiTest(const UiTest&) = delete;
+    UiTest& operator=(const UiTest&) = delete;
     ~UiTest() override;
 
     TestSkin m_skin;
