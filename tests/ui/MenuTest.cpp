@@ -24,6 +24,8 @@ protected:
             std::make_unique<LanguageManager>(LanguagePaths{m_data.Path(), m_data / "user.ini"});
         Open();
     }
+    MenuTest(const MenuTest&) = delete;
+    MenuTest& operator=(const MenuTest&) = delete;
     ~MenuTest() override { delete m_menu.data(); }
 
     void Write(const std::string& name, const std::string& text) const

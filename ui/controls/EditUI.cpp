@@ -7,7 +7,7 @@
 CEditUI::CEditUI(std::shared_ptr<Skin> skin) : WidgetControl<QLineEdit>(std::move(skin))
 {
     setFrame(false);
-    OnLookChanged();
+    CEditUI::OnLookChanged();
 }
 
 void CEditUI::OnTextChanged()

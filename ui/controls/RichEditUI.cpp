@@ -39,7 +39,7 @@ CRichEditUI::CRichEditUI(std::shared_ptr<Skin> skin) : WidgetControl<QTextEdit>(
     setFrameShape(QFrame::NoFrame);
     setTabChangesFocus(true);
     setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
-    OnLookChanged();
+    CRichEditUI::OnLookChanged();
 }
 
 void CRichEditUI::OnLookChanged()

@@ -78,7 +78,7 @@ void CMenuWindow::OnNotification(const Notification& notification)
     if (notification.type == NotifyWindowInit) {
         OnWindowInit();
     } else if (notification.type == NotifyItemClick) {
-        if (auto* item = dynamic_cast<CMenuElementUI*>(notification.sender)) {
+        if (const auto* item = dynamic_cast<CMenuElementUI*>(notification.sender)) {
             OnItemClick(*item);
         }
     }
@@ -99,7 +99,7 @@ void CMenuWindow::OnWindowInit()
     }
 }
 
-void CMenuWindow::AddLanguages(CMenuElementUI& item)
+void CMenuWindow::AddLanguages(CMenuElementUI& item) const
 {
     for (const LanguageEntry& entry : m_services.languages->GetLanguages()) {
         auto language = std::make_unique<CMenuElementUI>();
@@ -113,7 +113,7 @@ void CMenuWindow::AddLanguages(CMenuElementUI& item)
     }
 }
 
-void CMenuWindow::OnItemClick(CMenuElementUI& item)
+void CMenuWindow::OnItemClick(const CMenuElementUI& item) const
 {
     // Looked at by its place first: a language file can be named like an item.
     const CMenuElementUI* owner = item.GetOwnerElement();
@@ -124,7 +124,7 @@ void CMenuWindow::OnItemClick(CMenuElementUI& item)
             m_services.languageChanged();
         }
     } else if (item.GetName() == ExitItem) {
-        QMetaObject::invokeMethod(qApp, &QCoreApplication::quit, Qt::QueuedConnection);
+        QMetaObject::invokeMethod(qApp, "quit", Qt::QueuedConnection);
     } else if (m_services.itemClicked) {
         m_services.itemClicked(item.GetName());
     }

@@ -26,7 +26,7 @@ struct MenuServices
 class CMenuWindow : public QObject, public INotificationTarget
 {
 public:
-    CMenuWindow(MenuServices services, QString markup = QStringLiteral("menu_assist.xml"));
+    explicit CMenuWindow(MenuServices services, QString markup = QStringLiteral("menu_assist.xml"));
 
     // Opens at a place of the screen, moved so that all of it shows; parentControl says whose skin package is used. With an
     // owner element the submenu of that is opened. False when there is nothing to open.
@@ -40,8 +40,8 @@ public:
 private:
     bool LoadMenu(VisualControl& parentControl);
     void OnWindowInit();
-    void AddLanguages(CMenuElementUI& item);
-    void OnItemClick(CMenuElementUI& item);
+    void AddLanguages(CMenuElementUI& item) const;
+    void OnItemClick(const CMenuElementUI& item) const;
 
     MenuServices m_services;
     QString m_markup;

@@ -11,13 +11,15 @@ namespace {
 constexpr int Channels = 4;
 
 constexpr std::size_t SignatureBytes = 8;
-constexpr std::size_t ChunkFrameBytes = 12;  // length, name and checksum
+constexpr std::size_t ChunkHeadBytes = 8;    // length and name
+constexpr std::size_t ChunkFrameBytes = 12;  // and the checksum behind the data
 
 // Data in an empty first piece makes the library copy from nowhere; no encoder writes such a one.
 bool HasEmptyData(ByteView bytes)
 {
     std::size_t offset = SignatureBytes;
-    while (bytes.Covers(offset, ChunkFrameBytes)) {
+    // The library looks at a last piece that is cut behind its name too.
+    while (bytes.Covers(offset, ChunkHeadBytes)) {
         const std::size_t length = bytes.U32Be(offset);
         if (length == 0 && bytes.Matches(offset + 4, "IDAT")) {
             return true;
