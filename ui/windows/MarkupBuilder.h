@@ -26,7 +26,8 @@ using ControlMaker =
     std::function<std::unique_ptr<CControlUI>(const QString& element, std::shared_ptr<Skin> skin)>;
 
 // Layouts, plain controls, lists and nodes.
-std::unique_ptr<CControlUI> MakePlainControl(const QString& element, std::shared_ptr<Skin> skin);
+std::unique_ptr<CControlUI> MakePlainControl(const QString& element,
+                                             const std::shared_ptr<Skin>& skin);
 
 class MarkupBuilder
 {

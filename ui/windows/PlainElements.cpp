@@ -8,27 +8,26 @@
 #include "ui/windows/MarkupBuilder.h"
 
 #include <array>
-#include <utility>
 
 namespace {
 
 // Of those that a list or tree draws.
 template <typename Control>
-std::unique_ptr<CControlUI> MakeDrawn(std::shared_ptr<Skin>)
+std::unique_ptr<CControlUI> MakeDrawn(const std::shared_ptr<Skin>&)
 {
     return std::make_unique<Control>();
 }
 
 template <typename Control>
-std::unique_ptr<CControlUI> Make(std::shared_ptr<Skin> skin)
+std::unique_ptr<CControlUI> Make(const std::shared_ptr<Skin>& skin)
 {
-    return std::make_unique<Control>(std::move(skin));
+    return std::make_unique<Control>(skin);
 }
 
 struct PlainElement
 {
     const char* name;
-    std::unique_ptr<CControlUI> (*make)(std::shared_ptr<Skin> skin);
+    std::unique_ptr<CControlUI> (*make)(const std::shared_ptr<Skin>& skin);
 };
 
 constexpr std::array<PlainElement, 15> Elements = {{
@@ -51,11 +50,12 @@ constexpr std::array<PlainElement, 15> Elements = {{
 
 }  // namespace
 
-std::unique_ptr<CControlUI> MakePlainControl(const QString& element, std::shared_ptr<Skin> skin)
+std::unique_ptr<CControlUI> MakePlainControl(const QString& element,
+                                             const std::shared_ptr<Skin>& skin)
 {
     for (const PlainElement& plain : Elements) {
         if (element == QLatin1String(plain.name)) {
-            return plain.make(std::move(skin));
+            return plain.make(skin);
         }
     }
     return nullptr;
