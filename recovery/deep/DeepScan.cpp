@@ -29,6 +29,7 @@ bool IsPlausible(const ScanLogEntry& entry, std::uint64_t sectorCount)
 
 ResultCode CProfessionalRecovery::Scan(const std::string* /*logName*/)
 {
+    m_saved = false;
     if (m_resumeValid && !IsPlausible(m_resumeEntry, m_target.sectorCount)) {
         DiscardResumableScan();
     }
@@ -36,7 +37,7 @@ ResultCode CProfessionalRecovery::Scan(const std::string* /*logName*/)
     m_logFolder = isResume ? LogFolderOf(m_resumeEntry) : m_log->BeginNewLog();
     HandDownLogFolder();
     Pass pass;
-    if (isResume) {
+    if (isResume && !FindCheckpoint()) {
         pass.at = {m_resumeEntry.rangeStart, m_resumeEntry.rangeLength, m_resumeEntry.position,
                    m_resumeEntry.sectorsDone, m_resumeEntry.filesFound};
         pass.filesBase = m_resumeEntry.filesFound;
@@ -44,20 +45,10 @@ ResultCode CProfessionalRecovery::Scan(const std::string* /*logName*/)
     ResultCode result = RunFastPhase(isResume, pass);
     const bool reachedPass = result == ResultSuccess;
     if (reachedPass) {
-        OpenStores(isResume);
-        if (!isResume) {
-            FindFirstRange(pass);
-        }
-        result = RunPass(pass);
-        // Also after a cancel: what was found gets its place.
-        if (result != ResultStoppedAtOnce && FinishAnalyses(pass) == ResultStoppedAtOnce) {
-            result = ResultStoppedAtOnce;
-        }
-        if (result == ResultSuccess && m_scanCallback != nullptr) {
-            (void)m_scanCallback(m_callbackContext, 100, 100, 0, 0, 0, 0,
-                                 0);  // too late to cancel anything
-        }
+        result = RunDeepPhase(isResume, pass);
     }
+    CarveContext::Instance().TsRangeList.SetOnAdded({});
+    m_journal.reset();
     m_resumeValid = false;
     if (result == ResultStoppedAtOnce) {
         return result;
@@ -66,10 +57,35 @@ ResultCode CProfessionalRecovery::Scan(const std::string* /*logName*/)
     m_ntfs.FlushStore();
     m_carver.FlushStore();
     if (reachedPass || isResume) {
-        (void)m_log->SaveProgress(m_target, pass.at,
-                                  m_logFolder);  // the scan is as good without a way back to it
+        SaveEnd(pass, result);
     } else {
         m_log->UndoLogNumber(m_logFolder);
+    }
+    return result;
+}
+
+ResultCode CProfessionalRecovery::RunDeepPhase(bool isResume, Pass& pass)
+{
+    if (m_checkpoint != nullptr) {
+        OpenStoresCut(*m_checkpoint);
+        if (const ResultCode result = Replay(pass)) {
+            return ResultStoppedAtOnce;  // the checkpoint stands as it was
+        }
+    } else {
+        OpenStores(isResume);
+        BeginJournal(0);
+    }
+    if (!isResume) {
+        FindFirstRange(pass);
+    }
+    ResultCode result = RunPass(pass);
+    // Also after a cancel: what was found gets its place.
+    if (result != ResultStoppedAtOnce && FinishAnalyses(pass) == ResultStoppedAtOnce) {
+        result = ResultStoppedAtOnce;
+    }
+    if (result == ResultSuccess && m_scanCallback != nullptr) {
+        (void)m_scanCallback(m_callbackContext, 100, 100, 0, 0, 0, 0,
+                             0);  // too late to cancel anything
     }
     return result;
 }
@@ -141,6 +157,21 @@ void CProfessionalRecovery::OpenStores(bool isResume)
     }
     (void)m_fat.OpenRecordStore(isResume ? StoredName("Pro_Fat_") : "");
     (void)m_ntfs.OpenRecordStore(isResume ? StoredName("Pro_Ntfs_") : "");
+    PreparePass();
+}
+
+// As a killed or stopped scan left them at its checkpoint. The quick engine's store was whole before the pass began.
+void CProfessionalRecovery::OpenStoresCut(const Checkpoint& checkpoint)
+{
+    (void)m_carver.ReopenStoreCut(StoredName("File_Type_"), m_driveLetter, m_scanSource,
+                                  m_sectorSize, checkpoint.state.carvedRecords);
+    (void)m_fat.OpenEmptiedStore(StoredName("Pro_Fat_"));
+    (void)m_ntfs.OpenEmptiedStore(StoredName("Pro_Ntfs_"));
+    PreparePass();
+}
+
+void CProfessionalRecovery::PreparePass()
+{
     (void)m_fat.PrepareVolume();  // without a boot sector volumes come from directories alone
     CarveContext::Instance().TsRangeList.Clear();
     SetSearchCallback(m_searchCallback, m_searchContext);
@@ -174,7 +205,24 @@ ResultCode CProfessionalRecovery::RunPass(Pass& pass)
     }
     pass.startTick = TickMilliseconds();
     pass.lastTick = pass.startTick;
+    pass.checkpointTick = pass.startTick;
+    pass.boundary = BoundaryOf(pass);
     BlockReader reader(m_source, m_aheadSource, m_sectorSize);
+    if (m_checkpoint != nullptr) {
+        reader.Hold(m_checkpoint->block);
+    }
+    const ResultCode result = RunRanges(pass, reader);
+    if (result == ResultSuccess) {
+        pass.boundary = BoundaryOf(pass);
+    }
+    if (result != ResultStoppedAtOnce) {
+        SaveCheckpoint(pass, reader);
+    }
+    return result;
+}
+
+ResultCode CProfessionalRecovery::RunRanges(Pass& pass, BlockReader& reader)
+{
     ResultCode result = ResultSuccess;
     // The position is that of a resume in the first range, and 0 in all others.
     while (pass.at.rangeLength != 0) {
@@ -196,36 +244,63 @@ ResultCode CProfessionalRecovery::RunPass(Pass& pass)
 
 ResultCode CProfessionalRecovery::RunRange(Pass& pass, BlockReader& reader)
 {
-    const Analysers analysers = {m_fat, m_ntfs, m_carver, m_source, m_sectorSize};
-    const auto blockSectors = static_cast<std::int64_t>(BlockReader::BlockBytes) / m_sectorSize;
-    const std::uint64_t base = pass.at.rangeStart + m_target.startLba;
     auto remaining = static_cast<std::int64_t>(pass.at.rangeLength - pass.at.position);
     while (remaining > 0) {
-        const std::int64_t chunk = std::min(blockSectors, remaining);
-        const std::uint64_t lba = base + pass.at.position;
-        std::int32_t got = 0;
-        const std::span<std::uint8_t> block =
-            reader.Read(lba, static_cast<std::uint64_t>(chunk), base + pass.at.rangeLength, &got);
-        if (got != 0) {
-            const CarveProgress progress = {pass.at.sectorsDone, pass.sectorsTotal,
-                                            pass.secondsLeft, pass.at.filesFound};
-            auto filesFound = static_cast<std::int64_t>(pass.at.filesFound);
-            // A cancel comes back as the skip, and again from the callback below.
-            (void)ClassifyBlock(analysers, block, lba, progress, pass.skip, filesFound);
-            pass.at.filesFound = static_cast<std::uint64_t>(filesFound);
-        } else if (chunk + pass.skip == 0) {
+        const std::int64_t before = remaining;
+        if (const ResultCode result = RunBlock(pass, reader, remaining)) {
+            return result;
+        }
+        if (remaining == before) {
             break;  // a block that cannot be read after a cancel that was taken back would come again for ever
         }
-        // Behind a block that could not be read the skip of the block before counts once more; it stays so.
-        const std::int64_t moved = chunk + pass.skip;
-        pass.at.position += static_cast<std::uint64_t>(moved);
-        pass.at.sectorsDone += static_cast<std::uint64_t>(std::min(moved, remaining));
-        remaining -= moved;
-        if (const ResultCode result = ReportBlock(pass)) {
-            return result;
+        if (TickMilliseconds() - pass.checkpointTick >= m_checkpointInterval) {
+            SaveCheckpoint(pass, reader);
+            pass.checkpointTick = TickMilliseconds();
         }
     }
     return ResultSuccess;
+}
+
+ResultCode CProfessionalRecovery::RunBlock(Pass& pass, BlockReader& reader, std::int64_t& remaining)
+{
+    const Analysers analysers = {m_fat, m_ntfs, m_carver, m_source, m_sectorSize, m_journal.get()};
+    const auto blockSectors = static_cast<std::int64_t>(BlockReader::BlockBytes) / m_sectorSize;
+    const std::uint64_t base = pass.at.rangeStart + m_target.startLba;
+    const std::int64_t chunk = std::min(blockSectors, remaining);
+    const std::uint64_t lba = base + pass.at.position;
+    std::int32_t got = 0;
+    bool isCut = false;
+    const std::span<std::uint8_t> block =
+        reader.Read(lba, static_cast<std::uint64_t>(chunk), base + pass.at.rangeLength, &got);
+    if (got != 0) {
+        const CarveProgress progress = {pass.at.sectorsDone, pass.sectorsTotal, pass.secondsLeft,
+                                        pass.at.filesFound};
+        auto filesFound = static_cast<std::int64_t>(pass.at.filesFound);
+        if (m_journal != nullptr) {
+            m_journal->BeginBlock(block, lba);
+        }
+        // A cancel comes back as the skip, and again from the callback below.
+        isCut = ClassifyBlock(analysers, block, lba, progress, pass.skip, filesFound) ==
+                ResultCancelled;
+        pass.at.filesFound = static_cast<std::uint64_t>(filesFound);
+    } else if (chunk + pass.skip == 0) {
+        return ResultSuccess;
+    }
+    // Behind a block that could not be read the skip of the block before counts once more; it stays so.
+    const std::int64_t moved = chunk + pass.skip;
+    pass.at.position += static_cast<std::uint64_t>(moved);
+    pass.at.sectorsDone += static_cast<std::uint64_t>(std::min(moved, remaining));
+    remaining -= moved;
+    const ResultCode result = ReportBlock(pass);
+    // A block that was left in its middle is read again as a whole when the scan is gone on with.
+    const bool counts = result == ResultSuccess || !isCut;
+    if (m_journal != nullptr) {
+        m_journal->EndBlock(counts);
+    }
+    if (counts) {
+        pass.boundary = BoundaryOf(pass);
+    }
+    return result;
 }
 
 ResultCode CProfessionalRecovery::ReportBlock(Pass& pass)
