@@ -2,6 +2,7 @@
 #pragma once
 
 #include "platform/ResultCode.h"
+#include "storage/SectorRanges.h"
 
 #include <cstdint>
 #include <filesystem>
@@ -27,6 +28,10 @@ public:
     virtual const std::filesystem::path& LogFolder() const = 0;
     // What the stores could not keep; the scan is not complete then.
     virtual LostRecords Lost() const = 0;
+    // Which sectors of the source could not be read.
+    virtual SectorRanges Unread() const = 0;
+    // Their number; cheap.
+    virtual std::uint64_t UnreadSectors() const = 0;
 
 protected:
     ~IKeepsRecords() = default;
@@ -41,6 +46,8 @@ public:
     virtual const ScanLogEntry& ResumableScan() const = 0;
     // Scan starts anew. What the earlier one left is removed when the new one stands in the log for the first time.
     virtual void DiscardResumableScan() = 0;
+    // Scan only reads what the earlier scan could not, and adds what it finds; for one that came to its end.
+    virtual void ReadUnreadAgain() = 0;
     // The scan that ended last stands in the log, so that it can be gone on with or taken as it is.
     virtual bool StandsInLog() const = 0;
 

@@ -61,6 +61,11 @@ LostRecords CStoreEngine::Lost() const
                               : LostRecords();
 }
 
+SectorRanges CStoreEngine::Unread() const
+{
+    return m_scanSource != nullptr ? m_scanSource->Unread() : SectorRanges();
+}
+
 void CStoreEngine::FlushStore()
 {
     if (m_store != nullptr) {

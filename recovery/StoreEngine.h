@@ -32,6 +32,11 @@ public:
     [[nodiscard]] ResultCode SyncRecords();
     // What the store could not keep.
     LostRecords Lost() const override;
+    SectorRanges Unread() const override;
+    std::uint64_t UnreadSectors() const override
+    {
+        return m_scanSource != nullptr ? m_scanSource->UnreadSectors() : 0;
+    }
 
     ResultCode SetCallbacks(ProgressCallback scanCallback,
                             FileProgressCallback fileCallback,

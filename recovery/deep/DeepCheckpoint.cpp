@@ -1,5 +1,6 @@
 // How CProfessionalRecovery keeps how far a scan is, and goes on with one that was stopped or killed: its end is that of a
 // scan that nothing disturbed, byte for byte.
+#include "recovery/UnreadFile.h"
 #include "recovery/carving/CarveContext.h"
 #include "recovery/deep/BlockReader.h"
 #include "recovery/deep/ProfessionalRecovery.h"
@@ -37,8 +38,9 @@ bool CProfessionalRecovery::FindCheckpoint()
 // Without a file for it, or an entry that can name the target, the scan goes on and cannot be gone on with exactly.
 void CProfessionalRecovery::BeginJournal(std::uint64_t keepBytes)
 {
-    const bool known = m_checkpoint != nullptr ||
-                       (!m_resumeValid && m_log->MakeEntry(*m_scanSource, m_logFolder, m_ownEntry));
+    const bool known =
+        m_checkpoint != nullptr || (!m_resumeValid && m_again.Empty() &&
+                                    m_log->MakeEntry(*m_scanSource, m_logFolder, m_ownEntry));
     m_journal = known ? std::make_unique<ScanJournal>() : nullptr;
     if (m_journal != nullptr && m_journal->Open(m_logFolder, keepBytes) != ResultSuccess) {
         m_journal = nullptr;
@@ -117,6 +119,7 @@ void CProfessionalRecovery::SaveCheckpoint(const Pass& pass, const BlockReader& 
         checkpoint.state.filesBase = quick->GetRecordCount();  // a reopened store counts from 0
     }
     checkpoint.block.assign(reader.Held().begin(), reader.Held().end());
+    (void)WriteUnread(m_logFolder, Unread());  // without it the scan passes for one that read all
     if (WriteCheckpoint(m_logFolder, checkpoint) == ResultSuccess) {
         m_saved = true;
         DropEarlier();
@@ -133,12 +136,14 @@ void CProfessionalRecovery::DropEarlier()
     }
 }
 
-// A scan that lost records is not complete: its last checkpoint stands, from which it finds them again.
+// A scan that lost records, or its source, is not complete: its last checkpoint stands, from which it is gone on with.
 void CProfessionalRecovery::SaveEnd(const Pass& pass, ResultCode result)
 {
-    if (Lost().why != ResultSuccess) {
+    m_again = {};
+    if (Lost().why != ResultSuccess || m_scanSource->IsGone()) {
         return;
     }
+    (void)WriteUnread(m_logFolder, Unread());  // as above
     DropEarlier();
     // The scan is as good without a way back to it.
     m_saved = m_log->SaveProgress(m_target, pass.at, m_logFolder) == ResultSuccess || m_saved;

@@ -2,6 +2,7 @@
 // ends, and the saved position.
 #include "platform/FileTime.h"
 #include "recovery/Heartbeat.h"
+#include "recovery/UnreadFile.h"
 #include "recovery/carving/CarveContext.h"
 #include "recovery/deep/BlockReader.h"
 #include "recovery/deep/ProfessionalRecovery.h"
@@ -36,6 +37,7 @@ ResultCode CProfessionalRecovery::Scan(const std::string* /*logName*/)
     const bool isResume = m_resumeValid;
     m_logFolder = isResume ? LogFolderOf(m_resumeEntry) : m_log->BeginNewLog();
     HandDownLogFolder();
+    TakeUnread(isResume);
     Pass pass;
     if (isResume && !FindCheckpoint()) {
         pass.at = {m_resumeEntry.rangeStart, m_resumeEntry.rangeLength, m_resumeEntry.position,
@@ -90,6 +92,18 @@ ResultCode CProfessionalRecovery::RunDeepPhase(bool isResume, Pass& pass)
     return result;
 }
 
+// What an earlier part of the scan could not read counts on, unless it is read now.
+void CProfessionalRecovery::TakeUnread(bool isResume)
+{
+    const SectorRanges before = isResume ? ReadUnread(m_logFolder) : SectorRanges();
+    if (m_againUnread && m_resumeEntry.rangeLength == 0) {
+        m_again = before;
+    } else {
+        m_scanSource->NoteUnread(before);
+    }
+    m_againUnread = false;
+}
+
 void CProfessionalRecovery::HandDownLogFolder()
 {
     m_fat.SetLogFolder(m_logFolder);
@@ -129,6 +143,10 @@ ResultCode CProfessionalRecovery::RunFastPhase(bool isResume, Pass& pass)
         return ResultSuccess;
     }
     m_fast->SetCallbacks(m_scanCallback, nullptr, m_callbackContext, FastRange);
+    if (!m_again.Empty()) {
+        const std::string known = StoredName("Fast_");
+        return known.empty() ? ResultSuccess : m_fast->Scan(&known);
+    }
     // An engine that answers 0 to everything has no map.
     std::uint64_t sector = 0;
     std::uint64_t length = 0;
@@ -211,13 +229,42 @@ ResultCode CProfessionalRecovery::RunPass(Pass& pass)
     if (m_checkpoint != nullptr) {
         reader.Hold(m_checkpoint->block);
     }
-    const ResultCode result = RunRanges(pass, reader);
+    const ResultCode result = m_again.Empty() ? RunRanges(pass, reader) : RunAgain(pass, reader);
     if (result == ResultSuccess) {
         pass.boundary = BoundaryOf(pass);
     }
     if (result != ResultStoppedAtOnce) {
         SaveCheckpoint(pass, reader);
     }
+    return result;
+}
+
+// The ranges that could not be read, one after the other; the scan stays a complete one.
+ResultCode CProfessionalRecovery::RunAgain(Pass& pass, BlockReader& reader)
+{
+    const ScanPosition end = pass.at;
+    pass.sectorsTotal = m_again.Sectors();
+    pass.at.sectorsDone = 0;
+    ResultCode result = ResultSuccess;
+    for (const auto& [first, behind] : m_again.Ends()) {
+        const std::uint64_t lastSector = m_target.startLba + m_target.sectorCount;
+        if (first < m_target.startLba || first >= lastSector) {
+            continue;
+        }
+        if (result != ResultSuccess) {
+            m_scanSource->NoteUnread(first * m_scanSource->SectorSize(),
+                                     (behind - first) * m_scanSource->SectorSize(),
+                                     ResultReadFault);  // still to be read
+            continue;
+        }
+        pass.at.rangeStart = first - m_target.startLba;
+        pass.at.rangeLength = std::min(behind, lastSector) - first;
+        pass.at.position = 0;
+        result = RunRange(pass, reader);
+    }
+    const std::uint64_t found = pass.at.filesFound;
+    pass.at = end;
+    pass.at.filesFound = found;
     return result;
 }
 
@@ -270,6 +317,9 @@ ResultCode CProfessionalRecovery::RunBlock(Pass& pass, BlockReader& reader, std:
     const std::uint64_t lba = base + pass.at.position;
     std::int32_t got = 0;
     bool isCut = false;
+    if (m_scanSource->IsGone()) {
+        return ResultNotConnected;
+    }
     const std::span<std::uint8_t> block =
         reader.Read(lba, static_cast<std::uint64_t>(chunk), base + pass.at.rangeLength, &got);
     if (got != 0) {
@@ -285,6 +335,13 @@ ResultCode CProfessionalRecovery::RunBlock(Pass& pass, BlockReader& reader, std:
         pass.at.filesFound = static_cast<std::uint64_t>(filesFound);
     } else if (chunk + pass.skip == 0) {
         return ResultSuccess;
+    }
+    if (m_scanSource->IsGone()) {
+        // What the block brought may be wrong: it is read again as a whole when the source is back.
+        if (m_journal != nullptr) {
+            m_journal->EndBlock(false);
+        }
+        return ResultNotConnected;
     }
     // Behind a block that could not be read the skip of the block before counts once more; it stays so.
     const std::int64_t moved = chunk + pass.skip;

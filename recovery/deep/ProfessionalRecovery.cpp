@@ -56,6 +56,11 @@ void CProfessionalRecovery::DiscardResumableScan()
     m_dropped = LogFolderOf(m_resumeEntry);
 }
 
+SectorRanges CProfessionalRecovery::Unread() const
+{
+    return m_scanSource != nullptr ? m_scanSource->Unread() : SectorRanges();
+}
+
 LostRecords CProfessionalRecovery::Lost() const
 {
     LostRecords sum = m_fat.Lost();

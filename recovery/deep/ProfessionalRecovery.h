@@ -36,6 +36,12 @@ public:
     void DiscardResumableScan() override;
     const std::filesystem::path& LogFolder() const override { return m_logFolder; }
     LostRecords Lost() const override;
+    SectorRanges Unread() const override;
+    std::uint64_t UnreadSectors() const override
+    {
+        return m_scanSource != nullptr ? m_scanSource->UnreadSectors() : 0;
+    }
+    void ReadUnreadAgain() override { m_againUnread = true; }
     bool StandsInLog() const override { return m_saved; }
     // How often a scan writes down how far it is, in milliseconds; for tests.
     void SetCheckpointInterval(std::uint64_t interval) { m_checkpointInterval = interval; }
@@ -97,6 +103,7 @@ private:
     std::int32_t GatherSearch(const Search& search, std::vector<Item>& outItems);
     // DeepScan.cpp
     void HandDownLogFolder();
+    void TakeUnread(bool isResume);
     [[nodiscard]] ResultCode RunFastPhase(bool isResume, Pass& pass);
     [[nodiscard]] ResultCode RunDeepPhase(bool isResume, Pass& pass);
     void OpenStores(bool isResume);
@@ -111,6 +118,7 @@ private:
     void SaveEnd(const Pass& pass, ResultCode result);
     void DropEarlier();
     std::string StoredName(std::string_view prefix) const;
+    [[nodiscard]] ResultCode RunAgain(Pass& pass, class BlockReader& reader);
     void FindFirstRange(Pass& pass);
     bool NextRange(std::uint64_t& inOutSector, std::uint64_t& outLength);
     [[nodiscard]] ResultCode RunPass(Pass& pass);
@@ -145,6 +153,8 @@ private:
     ScanLogEntry m_ownEntry;
     std::uint64_t m_checkpointInterval = 5000;
     bool m_saved = false;
+    bool m_againUnread = false;
+    SectorRanges m_again;  // what this scan reads, and nothing else; empty for all others
 
     ProgressCallback m_scanCallback = nullptr;
     void* m_callbackContext = nullptr;
