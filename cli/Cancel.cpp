@@ -19,12 +19,14 @@ CancelScope::CancelScope()
     cancelRequested = 0;
     std::signal(SIGINT, &OnCancelSignal);
     std::signal(SIGTERM, &OnCancelSignal);
+    std::signal(SIGHUP, &OnCancelSignal);
 }
 
 CancelScope::~CancelScope()
 {
     std::signal(SIGINT, SIG_DFL);
     std::signal(SIGTERM, SIG_DFL);
+    std::signal(SIGHUP, SIG_DFL);
 }
 
 CancelPause::CancelPause()

@@ -1,7 +1,7 @@
-// Ctrl-C: a flag that the engines' callbacks look at.
+// Ctrl-C, and a terminal that closes: a flag that the engines' callbacks look at.
 #pragma once
 
-// While it lives, an interrupt or termination signal asks the work to stop instead of ending the process. A
+// While it lives, an interrupt, termination or hang-up signal asks the work to stop instead of ending the process. A
 // second one ends it.
 class CancelScope
 {

@@ -41,6 +41,7 @@ struct CommandOptions
     bool fast = false;
     bool whole = false;
     bool resume = false;
+    bool againUnread = false;
     bool fresh = false;
     bool all = false;
     bool tree = false;

@@ -134,8 +134,12 @@ void AddScanOptions(CLI::App& app, CommandOptions& options)
                                       "go on with an earlier scan of this target, without asking");
     auto* const fresh =
         app.add_flag("--new", options.fresh, "scan anew, and drop an earlier scan of this target");
-    fast->excludes(whole)->excludes(resume);
-    resume->excludes(fresh);
+    auto* const again =
+        app.add_flag("--again-unread", options.againUnread,
+                     "of an earlier complete scan read only what could not be read then");
+    fast->excludes(whole)->excludes(resume)->excludes(again);
+    resume->excludes(fresh)->excludes(again);
+    fresh->excludes(again);
 }
 
 void AddTypesOption(CLI::App& app, CommandOptions& options)

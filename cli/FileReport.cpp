@@ -74,5 +74,7 @@ void JsonReport::Finish(bool cancelled)
 {
     m_out << "],\n\"found\":" << m_found << ",\"restored\":" << m_restored
           << ",\"failed\":" << m_failed << ",\"cancelled\":" << (cancelled ? "true" : "false")
+          << ",\"unreadable\":{\"sectors\":" << m_scan.unreadSectors
+          << ",\"places\":" << m_scan.unreadPlaces << "},\"lostRecords\":" << m_scan.lostRecords
           << "}\n";
 }

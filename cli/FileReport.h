@@ -31,10 +31,13 @@ class JsonReport
 public:
     JsonReport(std::ostream& out, std::string_view target);
     void Add(const ReportedFile& file);
+    // What stands at the end about the scan as a whole.
+    void SetScan(const ScanOutcome& outcome) { m_scan = outcome; }
     void Finish(bool cancelled);
 
 private:
     std::ostream& m_out;
+    ScanOutcome m_scan;
     std::uint64_t m_found = 0;
     std::uint64_t m_restored = 0;
     std::uint64_t m_failed = 0;

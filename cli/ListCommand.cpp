@@ -65,10 +65,11 @@ ExitStatus Run(const CommandOptions& options, CommandStreams& streams, Session& 
         }
     }
     if (report) {
+        report->SetScan(run.Scanned());
         report->Finish(run.Cancelled());
     }
     run.Note(CountText(rows.size(), "file") + " of the types asked for.");
-    return run.Cancelled() ? ExitStatus::Cancelled : ExitStatus::Done;
+    return run.Status();
 }
 
 }  // namespace

@@ -108,6 +108,7 @@ ExitStatus Restorer::Finish(const RestoreOutcome& outcome, const std::filesystem
     const std::size_t found = m_run.Rows().size();
     const bool cancelled = m_run.Cancelled();
     if (m_report) {
+        m_report->SetScan(m_run.Scanned());
         m_report->Finish(cancelled);
     } else if (!m_options.quiet) {
         m_streams.out << CountText(found, "file") << " found, " << outcome.restored
@@ -124,7 +125,7 @@ ExitStatus Restorer::Finish(const RestoreOutcome& outcome, const std::filesystem
         }
         return ExitStatus::Cancelled;
     }
-    return outcome.failed != 0 ? ExitStatus::SomeFailed : ExitStatus::Done;
+    return outcome.failed != 0 ? ExitStatus::SomeFailed : m_run.Status();
 }
 
 // Makes the folder, where nothing speaks against it or somebody says yes to what does.

@@ -65,7 +65,7 @@ ExitStatus Run(const CommandOptions& options, CommandStreams& streams, Session& 
         return Refuse(*refusal, streams);
     }
     WriteTable(run.Rows(), streams.out);
-    return run.Cancelled() ? ExitStatus::Cancelled : ExitStatus::Done;
+    return run.Status();
 }
 
 }  // namespace

@@ -77,6 +77,7 @@ std::optional<Refusal> ScanRun::Scan()
     const EarlierChoice choice = ChooseEarlierScan();
     const ScanOutcome outcome = m_source->Scan(choice, [this](const Progress& progress) {
         if (CancelScope::Requested()) {
+            m_line.Show("stopping ...");
             return Answer::Stop;
         }
         if (m_line.IsDue()) {
@@ -84,6 +85,7 @@ std::optional<Refusal> ScanRun::Scan()
         }
         return Answer::GoOn;
     });
+    m_scanned = outcome;
     m_line.Clear();
     switch (outcome.end) {
     case ScanEnd::Complete:
@@ -91,9 +93,13 @@ std::optional<Refusal> ScanRun::Scan()
     case ScanEnd::Stopped:
     case ScanEnd::StoppedAtOnce:  // what a second Ctrl-C does by ending the process
         m_cancelled = true;
-        Note(m_options.fast ? "Cancelled; what was found until then is kept."
-                            : "Cancelled; what was found until then is kept, and --resume goes on "
-                              "from there.");
+        Note(outcome.canGoOn
+                 ? "Cancelled; what was found until then is kept, and --resume goes on from there."
+                 : "Cancelled; what was found until then is kept.");
+        break;
+    case ScanEnd::Interrupted:
+        Note(std::string("The source went away while it was read") +
+             (outcome.canGoOn ? "; put it back, and --resume goes on where it was." : "."));
         break;
     case ScanEnd::Incomplete:
         Note("Warning: the scan met a fault and may be incomplete: " + ErrorText(outcome.why));
@@ -106,7 +112,33 @@ std::optional<Refusal> ScanRun::Scan()
     case ScanEnd::Broken:
         return WhyBroken(outcome.why);
     }
+    TellLosses();
     return std::nullopt;
+}
+
+void ScanRun::TellLosses()
+{
+    if (m_scanned.lostRecords != 0) {
+        Note(CountText(m_scanned.lostRecords, "record") + " could not be saved and are missing: " +
+             ErrorText(m_scanned.whyLost) + " Give --data-dir a folder with more room.");
+    } else if (m_scanned.whyLost != ResultSuccess) {
+        Note("Folders of some files could not be saved: " + ErrorText(m_scanned.whyLost));
+    }
+    if (m_scanned.unreadSectors != 0) {
+        Note(CountText(m_scanned.unreadSectors, "sector") + " in " +
+             CountText(m_scanned.unreadPlaces, "place") +
+             " could not be read; --again-unread tries those again.");
+    }
+}
+
+ExitStatus ScanRun::Status() const
+{
+    if (Cancelled()) {
+        return ExitStatus::Cancelled;
+    }
+    const bool whole = m_scanned.unreadSectors == 0 && m_scanned.whyLost == ResultSuccess &&
+                       m_scanned.end != ScanEnd::Interrupted;
+    return whole ? ExitStatus::Done : ExitStatus::SomeFailed;
 }
 
 // An earlier scan of the target that stands in the log: gone on with, or dropped.
@@ -121,6 +153,10 @@ EarlierChoice ScanRun::ChooseEarlierScan()
         return EarlierChoice::GoOn;
     }
     const std::string scan = DescribeScan(*earlier);
+    if (m_options.againUnread && earlier->state == EarlierState::Complete) {
+        Note("Reading what an earlier scan (" + scan + ") could not read.");
+        return EarlierChoice::ReadAgain;
+    }
     if (m_options.fresh || (!m_options.resume && !AskToResume(scan))) {
         return EarlierChoice::Drop;
     }

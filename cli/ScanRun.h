@@ -28,6 +28,9 @@ public:
     [[nodiscard]] std::optional<Refusal> OpenAndFind(const TypeFilter& filter);
 
     bool Cancelled() const { return m_cancelled || CancelScope::Requested(); }
+    // What the command ends with when nothing else went wrong: a scan that is not whole is no success.
+    ExitStatus Status() const;
+    const ScanOutcome& Scanned() const { return m_scanned; }
     const std::shared_ptr<ScanSession>& Source() const { return m_source; }
     const std::vector<FoundRow>& Rows() const { return m_rows; }
     ProgressLine& Line() { return m_line; }
@@ -38,6 +41,7 @@ public:
 private:
     EarlierChoice ChooseEarlierScan();
     bool AskToResume(const std::string& scan);
+    void TellLosses();
 
     const CommandOptions& m_options;
     CommandStreams& m_streams;
@@ -46,5 +50,6 @@ private:
     ProgressLine m_line;
     std::shared_ptr<ScanSession> m_source;
     std::vector<FoundRow> m_rows;
+    ScanOutcome m_scanned;
     bool m_cancelled = false;
 };

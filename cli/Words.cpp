@@ -171,9 +171,15 @@ std::string StateOf(const EarlierScan& scan)
     if (scan.gone) {
         return "gone";
     }
-    return scan.state == EarlierState::Complete
-               ? "complete"
-               : "stopped at " + std::to_string(scan.percent) + " %";
+    switch (scan.state) {
+    case EarlierState::Stopped:
+        return "stopped at " + std::to_string(scan.percent) + " %";
+    case EarlierState::Killed:
+        return "killed at " + std::to_string(scan.percent) + " %";
+    case EarlierState::Complete:
+        break;
+    }
+    return scan.unreadSectors == 0 ? "complete" : "incomplete";
 }
 
 std::string DescribeScan(const EarlierScan& scan)

@@ -164,6 +164,12 @@ ResultCode FileHandle::Truncate(std::uint64_t sizeBytes) const
                : ErrorFromErrno(errno, FileOperation::Write);
 }
 
+ResultCode FileHandle::SyncData() const
+{
+    return ::fdatasync(m_descriptor) == 0 ? ResultSuccess
+                                          : ErrorFromErrno(errno, FileOperation::Write);
+}
+
 ResultCode FileHandle::Size(std::uint64_t* outBytes) const
 {
     struct stat status = {};

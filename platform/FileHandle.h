@@ -43,6 +43,8 @@ public:
                                      std::size_t count,
                                      std::size_t* outWritten = nullptr) const;
     [[nodiscard]] ResultCode Truncate(std::uint64_t sizeBytes) const;
+    // Waits until what was written is on the disk: it outlives a power cut then.
+    [[nodiscard]] ResultCode SyncData() const;
     // Size in bytes of a regular file or block device.
     [[nodiscard]] ResultCode Size(std::uint64_t* outBytes) const;
     // Last write time as a FILETIME.

@@ -1,9 +1,20 @@
 // What engines offer whose records stand in the log, and whose scans can be gone on with.
 #pragma once
 
+#include "platform/ResultCode.h"
+#include "storage/SectorRanges.h"
+
+#include <cstdint>
 #include <filesystem>
 
 struct ScanLogEntry;
+
+// Records that could not be written. A fault without a number is one of an index: paths are poorer.
+struct LostRecords
+{
+    std::uint64_t records = 0;
+    ResultCode why = ResultSuccess;
+};
 
 // Used by the thread that uses the engine. An engine that keeps records knows in which folder.
 class IKeepsRecords
@@ -15,6 +26,12 @@ public:
 
     // Where the stores of the scan are; empty before Scan.
     virtual const std::filesystem::path& LogFolder() const = 0;
+    // What the stores could not keep; the scan is not complete then.
+    virtual LostRecords Lost() const = 0;
+    // Which sectors of the source could not be read.
+    virtual SectorRanges Unread() const = 0;
+    // Their number; cheap.
+    virtual std::uint64_t UnreadSectors() const = 0;
 
 protected:
     ~IKeepsRecords() = default;
@@ -27,8 +44,12 @@ public:
     virtual bool HasResumableScan() const = 0;
     // That scan; meaningful while HasResumableScan.
     virtual const ScanLogEntry& ResumableScan() const = 0;
-    // Scan starts anew, and what the earlier one left is removed.
+    // Scan starts anew. What the earlier one left is removed when the new one stands in the log for the first time.
     virtual void DiscardResumableScan() = 0;
+    // Scan only reads what the earlier scan could not, and adds what it finds; for one that came to its end.
+    virtual void ReadUnreadAgain() = 0;
+    // The scan that ended last stands in the log, so that it can be gone on with or taken as it is.
+    virtual bool StandsInLog() const = 0;
 
 protected:
     ~IResumableScan() = default;

@@ -3,6 +3,7 @@
 #include "platform/FileHandle.h"
 #include "platform/Folders.h"
 #include "platform/Text.h"
+#include "recovery/CheckpointFile.h"
 #include "storage/DiskHelpers.h"
 #include "storage/VolumeStamp.h"
 
@@ -121,11 +122,32 @@ void ScanLogDirectory::Reload()
     const std::lock_guard guard(m_lock);
     m_logCounter = 0;
     m_entries.clear();
+    m_killed.clear();
     // A save that stopped between its two steps is finished here.
     if (!PathExists(m_root / "config") && PathExists(m_root / "config.tmp")) {
         (void)RenameFile(m_root / "config.tmp", m_root / "config");
     }
     Load();
+    LoadKilled();
+}
+
+// A folder with a checkpoint that no entry names belongs to a scan that was killed.
+void ScanLogDirectory::LoadKilled()
+{
+    std::vector<std::string> names;
+    (void)ListFolder(m_root, names);  // no folder, no scans
+    for (const std::string& name : names) {
+        const std::filesystem::path folder = m_root / name;
+        const bool entered =
+            std::any_of(m_entries.begin(), m_entries.end(), [&](const ScanLogEntry& entry) {
+                return SameFolder(LogFolderOf(entry), folder);
+            });
+        Checkpoint checkpoint;
+        if (!entered && IsLogFolder(folder) && ReadCheckpoint(folder, checkpoint) &&
+            SameFolder(LogFolderOf(checkpoint.state.entry), folder)) {
+            m_killed.push_back(checkpoint.state.entry);
+        }
+    }
 }
 
 void ScanLogDirectory::Load()
@@ -157,28 +179,29 @@ bool ScanLogDirectory::IsLogFolder(const std::filesystem::path& folder) const
            name.find_first_not_of("0123456789") == std::string::npos;
 }
 
-ScanLogEntry* ScanLogDirectory::FindEntry(const ScanIdentity& target)
+ScanLogEntry* ScanLogDirectory::FindEntry(std::vector<ScanLogEntry>& entries,
+                                          const ScanIdentity& target) const
 {
-    const auto found =
-        std::find_if(m_entries.begin(), m_entries.end(), [&](const ScanLogEntry& entry) {
-            if (!IsLogFolder(LogFolderOf(entry))) {
-                return false;  // names a folder that is none of ours: damaged, or made to mislead
-            }
-            if (!target.imagePath.empty()) {
-                return ImagePathOf(entry) == target.imagePath;
-            }
-            return entry.diskNumber == target.diskNumber && entry.startLba == target.startLba &&
-                   entry.sectorCount == target.sectorCount;
-        });
-    return found != m_entries.end() ? &*found : nullptr;
+    const auto found = std::find_if(entries.begin(), entries.end(), [&](const ScanLogEntry& entry) {
+        if (!IsLogFolder(LogFolderOf(entry))) {
+            return false;  // names a folder that is none of ours: damaged, or made to mislead
+        }
+        if (!target.imagePath.empty()) {
+            return ImagePathOf(entry) == target.imagePath;
+        }
+        return entry.diskNumber == target.diskNumber && entry.startLba == target.startLba &&
+               entry.sectorCount == target.sectorCount;
+    });
+    return found != entries.end() ? &*found : nullptr;
 }
 
 // A target that has changed loses its log here; what cannot be removed is not listed any more either.
-bool ScanLogDirectory::FindUnchanged(const ScanIdentity& target,
+bool ScanLogDirectory::FindUnchanged(std::vector<ScanLogEntry>& entries,
+                                     const ScanIdentity& target,
                                      std::uint64_t stamp,
                                      ScanLogEntry& outEntry)
 {
-    const ScanLogEntry* entry = FindEntry(target);
+    const ScanLogEntry* entry = FindEntry(entries, target);
     if (entry == nullptr) {
         return false;
     }
@@ -194,13 +217,38 @@ bool ScanLogDirectory::FindScan(const ScanSource& target, ScanLogEntry& outEntry
 {
     const std::uint64_t stamp = StampOf(target);
     const std::lock_guard guard(m_lock);
-    return FindUnchanged(target.Identity(), stamp, outEntry);
+    return FindUnchanged(m_killed, target.Identity(), stamp, outEntry) ||
+           FindUnchanged(m_entries, target.Identity(), stamp, outEntry);
+}
+
+bool ScanLogDirectory::MakeEntry(const ScanSource& target,
+                                 const std::filesystem::path& logFolder,
+                                 ScanLogEntry& outEntry) const
+{
+    const ScanIdentity& identity = target.Identity();
+    ScanLogEntry entry;
+    if (!SetImagePath(entry, identity.imagePath) ||
+        !SetLogFolder(entry, WithoutSeparator(logFolder) / "")) {
+        return false;
+    }
+    entry.diskNumber = identity.diskNumber;
+    entry.startLba = identity.startLba;
+    entry.sectorCount = identity.sectorCount;
+    SetStamp(entry, identity, StampOf(target));
+    if (IsLogFolder(logFolder)) {
+        WriteIdentity(logFolder, identity);
+    }
+    outEntry = entry;
+    return true;
 }
 
 std::filesystem::path ScanLogDirectory::BeginNewLog()
 {
     const std::lock_guard guard(m_lock);
-    const std::filesystem::path folder = FolderOf(++m_logCounter);
+    std::filesystem::path folder = FolderOf(++m_logCounter);
+    while (PathExists(folder / CheckpointName)) {
+        folder = FolderOf(++m_logCounter);
+    }
     (void)DeleteLogLocked(folder);  // what cannot be removed is appended to
     return folder;
 }
@@ -217,6 +265,12 @@ std::vector<ScanLogEntry> ScanLogDirectory::Entries() const
 {
     const std::lock_guard guard(m_lock);
     return m_entries;
+}
+
+std::vector<ScanLogEntry> ScanLogDirectory::KilledScans() const
+{
+    const std::lock_guard guard(m_lock);
+    return m_killed;
 }
 
 ResultCode ScanLogDirectory::FindLogFile(const std::filesystem::path& folder,
@@ -244,7 +298,10 @@ ResultCode ScanLogDirectory::SaveProgress(const ScanIdentity& target,
 {
     const std::uint64_t stamp = StampNow(target);
     const std::lock_guard guard(m_lock);
-    ScanLogEntry* entry = FindEntry(target);
+    std::erase_if(m_killed, [&](const ScanLogEntry& killed) {
+        return SameFolder(LogFolderOf(killed), logFolder);
+    });
+    ScanLogEntry* entry = FindEntry(m_entries, target);
     // The scan's own record files can lie on the volume that was scanned and change it: the log in use is
     // kept, and what is on the disk now counts from here on.
     const bool inUse = entry != nullptr && SameFolder(LogFolderOf(*entry), logFolder);
@@ -254,8 +311,8 @@ ResultCode ScanLogDirectory::SaveProgress(const ScanIdentity& target,
         return SaveLocked();
     }
     ScanLogEntry found;
-    if (FindUnchanged(target, stamp, found)) {
-        SetPosition(*FindEntry(target), position);
+    if (FindUnchanged(m_entries, target, stamp, found)) {
+        SetPosition(*FindEntry(m_entries, target), position);
         return SaveLocked();
     }
     ScanLogEntry added;
@@ -314,12 +371,13 @@ ResultCode ScanLogDirectory::DeleteLogLocked(const std::filesystem::path& logFol
 {
     const std::filesystem::path folder =
         WithoutSeparator(logFolder);  // the argument may stand in the list
-    const auto found =
-        std::find_if(m_entries.begin(), m_entries.end(), [&](const ScanLogEntry& entry) {
-            return SameFolder(LogFolderOf(entry), folder);
-        });
+    const auto isThere = [&](const ScanLogEntry& entry) {
+        return SameFolder(LogFolderOf(entry), folder);
+    };
+    const auto found = std::find_if(m_entries.begin(), m_entries.end(), isThere);
     if (found != m_entries.end()) {
         m_entries.erase(found);
     }
+    std::erase_if(m_killed, isThere);
     return IsLogFolder(folder) && PathExists(folder) ? RemoveTree(folder) : ResultSuccess;
 }

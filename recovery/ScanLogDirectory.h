@@ -39,9 +39,15 @@ public:
     // Never changes.
     const std::filesystem::path& Root() const { return m_root; }
 
-    // The earlier scan of a target, if one stands in the log. A target that has changed since loses its log.
+    // The earlier scan of a target, if one stands in the log: one that was killed in front of one that was saved. A target
+    // that has changed since loses its log.
     bool FindScan(const ScanSource& target, ScanLogEntry& outEntry);
-    // Gives out the next number, and its folder; one of that name left over from an earlier run is removed.
+    // An entry for a scan whose stores lie in a log folder, not entered yet. False when its paths do not fit.
+    bool MakeEntry(const ScanSource& target,
+                   const std::filesystem::path& logFolder,
+                   ScanLogEntry& outEntry) const;
+    // Gives out the next number, and its folder; one of that name left over from an earlier run is removed, unless there is
+    // a checkpoint in it: then its number is passed over.
     std::filesystem::path BeginNewLog();
     // Takes the number of a folder back when a new scan fails before its pass; only the last one given out.
     void UndoLogNumber(const std::filesystem::path& logFolder);
@@ -59,6 +65,8 @@ public:
     [[nodiscard]] ResultCode Save() const;
 
     std::vector<ScanLogEntry> Entries() const;
+    // Scans that were killed, as their checkpoints tell.
+    std::vector<ScanLogEntry> KilledScans() const;
     // Whether a folder is a numbered one directly under the root; nothing else is ever written or removed.
     bool IsLogFolder(const std::filesystem::path& folder) const;
 
@@ -66,8 +74,12 @@ private:
     std::filesystem::path FolderOf(std::uint64_t number) const;
     // The lock is held.
     void Load();
-    ScanLogEntry* FindEntry(const ScanIdentity& target);
-    bool FindUnchanged(const ScanIdentity& target, std::uint64_t stamp, ScanLogEntry& outEntry);
+    void LoadKilled();
+    ScanLogEntry* FindEntry(std::vector<ScanLogEntry>& entries, const ScanIdentity& target) const;
+    bool FindUnchanged(std::vector<ScanLogEntry>& entries,
+                       const ScanIdentity& target,
+                       std::uint64_t stamp,
+                       ScanLogEntry& outEntry);
     ResultCode DeleteLogLocked(const std::filesystem::path& logFolder);
     [[nodiscard]] ResultCode SaveLocked() const;
 
@@ -75,4 +87,5 @@ private:
     mutable std::mutex m_lock;
     std::uint64_t m_logCounter = 0;       // the highest number given out
     std::vector<ScanLogEntry> m_entries;  // in file order
+    std::vector<ScanLogEntry> m_killed;   // with a checkpoint and no entry
 };

@@ -6,6 +6,7 @@
 
 #include <cstdio>
 #include <cstring>
+#include <utility>
 
 namespace {
 
@@ -51,10 +52,11 @@ std::string ScanRecordStore::MakeName(std::string_view prefix, std::uint64_t sta
     return std::string(prefix) + digits;
 }
 
-ResultCode ScanRecordStore::OpenStore(const std::filesystem::path& folder, std::string_view logName)
+// Without the folder names, whose file need not open: paths are poorer then, but files can be found.
+ResultCode ScanRecordStore::OpenFiles(const std::filesystem::path& folder, std::string_view logName)
 {
     if (const ResultCode made = MakePrivateFolderWithParents(folder); !FolderIsThere(made)) {
-        return made;
+        return NoteFault(made);
     }
     const std::string name(logName);
     m_mainPath = folder / name;
@@ -62,7 +64,42 @@ ResultCode ScanRecordStore::OpenStore(const std::filesystem::path& folder, std::
     if (const ResultCode opened = m_relationFile.OpenOrCreate(folder / (name + "_Relation"))) {
         result = opened;
     }
-    if (result != ResultSuccess) {
+    (void)m_dirInfoFile.OpenOrCreate(folder / (name + "_DirInfo"));
+    return NoteFault(result);
+}
+
+// A store that cannot be written remembers it: what it loses is told at the scan's end.
+ResultCode ScanRecordStore::NoteFault(ResultCode result)
+{
+    m_writeFault = m_writeFault != ResultSuccess ? m_writeFault : result;
+    return result;
+}
+
+ResultCode ScanRecordStore::OpenStoreCut(const std::filesystem::path& folder,
+                                         std::string_view logName,
+                                         std::uint32_t records,
+                                         std::uint64_t key)
+{
+    ResultCode result = OpenFiles(folder, logName);
+    m_appendPosition = std::uint64_t{records} * sizeof(FileRecord);
+    for (const auto& [file, bytes] :
+         {std::pair(&m_mainFile, m_appendPosition), std::pair(&m_relationFile, std::uint64_t{0}),
+          std::pair(&m_dirInfoFile, std::uint64_t{0})}) {
+        if (result == ResultSuccess && file->IsOpen()) {
+            result = file->Truncate(bytes);
+        }
+    }
+    m_recordCount = records;
+    const std::lock_guard guard(m_index->lock);
+    for (std::uint32_t number = 1; number <= records; ++number) {
+        EnterNumber(key, number);
+    }
+    return NoteFault(result);
+}
+
+ResultCode ScanRecordStore::OpenStore(const std::filesystem::path& folder, std::string_view logName)
+{
+    if (const ResultCode result = OpenFiles(folder, logName)) {
         return result;
     }
     std::uint64_t size = 0;
@@ -73,8 +110,7 @@ ResultCode ScanRecordStore::OpenStore(const std::filesystem::path& folder, std::
         (void)m_mainFile.Truncate(m_appendPosition);
     }
     LoadRelation();
-    // Without folder names paths are poorer, but files can be found: no failure.
-    if (m_dirInfoFile.OpenOrCreate(folder / (name + "_DirInfo")) == ResultSuccess) {
+    if (m_dirInfoFile.IsOpen()) {
         LoadDirInfo();
     }
     return ResultSuccess;
@@ -153,18 +189,27 @@ ResultCode ScanRecordStore::WriteBuffer()
     if (m_bufferUsed == 0) {
         return ResultSuccess;
     }
-    const std::size_t bytes = m_bufferUsed * sizeof(FileRecord);
-    m_bufferUsed = 0;
+    const std::size_t records = std::exchange(m_bufferUsed, 0);
     if (!m_mainFile.IsOpen()) {
-        return ResultInvalidHandle;
+        m_lostRecords += records;
+        return NoteFault(ResultInvalidHandle);
     }
     std::size_t written = 0;
-    const ResultCode result =
-        m_mainFile.WriteAt(m_appendPosition, m_buffer.data(), bytes, &written);
-    m_appendPosition += written;
+    const ResultCode result = m_mainFile.WriteAt(m_appendPosition, m_buffer.data(),
+                                                 records * sizeof(FileRecord), &written);
+    // What was written of a torn record is written over: it would shift everything behind it.
+    const std::size_t whole = written / sizeof(FileRecord);
+    m_appendPosition += whole * sizeof(FileRecord);
+    m_lostRecords += records - whole;
     const std::lock_guard guard(m_index->lock);
     ++m_index->writeVersion;
-    return result;
+    return NoteFault(result);
+}
+
+ResultCode ScanRecordStore::SyncRecords()
+{
+    const ResultCode result = WriteBuffer();
+    return result == ResultSuccess ? NoteFault(m_mainFile.SyncData()) : result;
 }
 
 ResultCode ScanRecordStore::FlushStore()
@@ -174,11 +219,11 @@ ResultCode ScanRecordStore::FlushStore()
     }
     ResultCode result = ResultSuccess;
     if (m_relationChanged) {
-        result = WriteRelation();
+        result = NoteFault(WriteRelation());
         m_relationChanged = result != ResultSuccess;
     }
     if (m_dirInfoChanged) {
-        if (const ResultCode written = WriteDirInfo()) {
+        if (const ResultCode written = NoteFault(WriteDirInfo())) {
             return written;
         }
         m_dirInfoChanged = false;

@@ -34,6 +34,13 @@ public:
     [[nodiscard]] ResultCode OpenStore(const std::filesystem::path& folder,
                                        std::string_view logName);
 
+    // The same, cut to its first records, which all lie under one key, with the count going on behind them and no folders:
+    // what a scan wrote before it was killed.
+    [[nodiscard]] ResultCode OpenStoreCut(const std::filesystem::path& folder,
+                                          std::string_view logName,
+                                          std::uint32_t records,
+                                          std::uint64_t key);
+
     // A zeroed record in the write buffer, counted; valid until the next call. Writes the buffer first when it is
     // full; a failed write loses those records and is not reported.
     FileRecord& ReserveRecord();
@@ -51,6 +58,11 @@ public:
     void EnterEmptyKeys(std::span<const std::uint64_t> keys);
     // Writes the buffer, then both index files. Can run any number of times.
     ResultCode FlushStore();
+    // Writes the buffer alone, and waits until the records are on the disk.
+    [[nodiscard]] ResultCode SyncRecords();
+    // Records that could not be written, and why; also an index that could not: then 0 may be lost.
+    std::uint64_t LostRecords() const { return m_lostRecords; }
+    ResultCode WriteFault() const { return m_writeFault; }
 
     // For readers: where the records are, and the indexes.
     const std::filesystem::path& MainPath() const { return m_mainPath; }
@@ -58,7 +70,10 @@ public:
 
 private:
     void EnterNumber(std::uint64_t key, std::uint32_t recordNumber);
+    [[nodiscard]] ResultCode OpenFiles(const std::filesystem::path& folder,
+                                       std::string_view logName);
     ResultCode WriteBuffer();
+    ResultCode NoteFault(ResultCode result);
     ResultCode WriteRelation();
     ResultCode WriteDirInfo();
     void LoadRelation();
@@ -75,4 +90,6 @@ private:
     std::shared_ptr<StoreIndex> m_index = std::make_shared<StoreIndex>();
     bool m_relationChanged = false;  // since it was last written
     bool m_dirInfoChanged = false;
+    std::uint64_t m_lostRecords = 0;
+    ResultCode m_writeFault = ResultSuccess;  // the first
 };

@@ -41,6 +41,31 @@ ResultCode CStoreEngine::MakeStore(std::string_view logName)
     return result;
 }
 
+ResultCode CStoreEngine::MakeStoreCut(std::string_view logName, std::uint32_t records)
+{
+    m_reader.reset();
+    m_store = std::make_unique<ScanRecordStore>();
+    const ResultCode result = m_store->OpenStoreCut(m_logFolder, logName, records, 0);
+    m_reader = std::make_unique<ScanRecordReader>(*m_store);
+    return result;
+}
+
+ResultCode CStoreEngine::SyncRecords()
+{
+    return m_store != nullptr ? m_store->SyncRecords() : ResultSuccess;
+}
+
+LostRecords CStoreEngine::Lost() const
+{
+    return m_store != nullptr ? LostRecords{m_store->LostRecords(), m_store->WriteFault()}
+                              : LostRecords();
+}
+
+SectorRanges CStoreEngine::Unread() const
+{
+    return m_scanSource != nullptr ? m_scanSource->Unread() : SectorRanges();
+}
+
 void CStoreEngine::FlushStore()
 {
     if (m_store != nullptr) {

@@ -28,6 +28,15 @@ public:
     const std::filesystem::path& LogFolder() const override { return m_logFolder; }
     // Writes out what the store holds in memory, before a position is saved that counts on it.
     void FlushStore();
+    // Waits until its records are on the disk.
+    [[nodiscard]] ResultCode SyncRecords();
+    // What the store could not keep.
+    LostRecords Lost() const override;
+    SectorRanges Unread() const override;
+    std::uint64_t UnreadSectors() const override
+    {
+        return m_scanSource != nullptr ? m_scanSource->UnreadSectors() : 0;
+    }
 
     ResultCode SetCallbacks(ProgressCallback scanCallback,
                             FileProgressCallback fileCallback,
@@ -72,6 +81,8 @@ protected:
 
     // Replaces the store by one of that name, an old or a new one.
     ResultCode MakeStore(std::string_view logName);
+    // The same, cut to its first records, all of which lie in the root.
+    ResultCode MakeStoreCut(std::string_view logName, std::uint32_t records);
     bool HasStore() const { return m_store != nullptr; }
     // Before a new scan: the folder that was handed down, else a new one.
     void UseLogFolder();

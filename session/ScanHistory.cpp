@@ -3,6 +3,7 @@
 #include "platform/FileHandle.h"
 #include "platform/Folders.h"
 #include "recovery/ScanLogDirectory.h"
+#include "recovery/UnreadFile.h"
 #include "session/Guard.h"
 #include "session/TargetPlace.h"
 
@@ -61,6 +62,14 @@ std::uint64_t PercentOf(const ScanLogEntry& entry)
     return done / (total / 100 + 1);
 }
 
+std::vector<ScanLogEntry> AllScans(const ScanLogDirectory& log)
+{
+    std::vector<ScanLogEntry> entries = log.Entries();
+    const std::vector<ScanLogEntry> killed = log.KilledScans();
+    entries.insert(entries.end(), killed.begin(), killed.end());
+    return entries;
+}
+
 EarlierScan DescribeEntry(const ScanLogDirectory& log, const ScanLogEntry& entry)
 {
     const std::filesystem::path folder = LogFolderOf(entry);
@@ -74,8 +83,15 @@ EarlierScan DescribeEntry(const ScanLogDirectory& log, const ScanLogEntry& entry
     scan.files = entry.filesFound;
     scan.bytes = BytesIn(folder);
     scan.gone = !IsFolder(folder);
-    if (entry.rangeLength != 0) {
-        scan.state = EarlierState::Stopped;
+    const SectorRanges unread = ReadUnread(folder);
+    scan.unreadSectors = unread.Sectors();
+    scan.unreadPlaces = unread.Places();
+    const std::vector<ScanLogEntry> killed = log.KilledScans();
+    const bool wasKilled = std::any_of(killed.begin(), killed.end(), [&](const ScanLogEntry& one) {
+        return LogFolderOf(one) == folder;
+    });
+    if (wasKilled || entry.rangeLength != 0) {
+        scan.state = wasKilled ? EarlierState::Killed : EarlierState::Stopped;
         scan.percent = PercentOf(entry);
     }
     return scan;
@@ -143,7 +159,7 @@ EarlierScans ScanHistory::List() const
     EarlierScans list;
     list.fault = RunGuarded([&] {
         const std::lock_guard<std::mutex> guard(m_mutex);
-        for (const ScanLogEntry& entry : m_log->Entries()) {
+        for (const ScanLogEntry& entry : AllScans(*m_log)) {
             list.scans.push_back(DescribeEntry(*m_log, entry));
         }
     });
@@ -180,7 +196,7 @@ void ScanHistory::ForgetUnguarded(const std::string* number, ForgetOutcome& outc
 {
     const std::lock_guard<std::mutex> guard(m_mutex);
     outcome.folder = m_log->Root();
-    const std::vector<ScanLogEntry> entries = m_log->Entries();  // the list changes meanwhile
+    const std::vector<ScanLogEntry> entries = AllScans(*m_log);  // the list changes meanwhile
     bool inUse = false;
     for (const ScanLogEntry& entry : entries) {
         if (number != nullptr && NumberOf(*m_log, entry) != *number) {

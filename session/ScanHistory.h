@@ -36,7 +36,8 @@ struct LockOutcome
 enum class EarlierState
 {
     Complete,
-    Stopped  // at percent
+    Stopped,  // at percent
+    Killed    // the same, and nobody asked for it
 };
 
 struct EarlierScan
@@ -51,7 +52,9 @@ struct EarlierScan
     bool gone = false;          // its folder is
     std::uint64_t savedAt = 0;  // FILETIME; 0 when it is not known
     std::uint64_t files = 0;
-    std::uint64_t bytes = 0;  // that its records take
+    std::uint64_t bytes = 0;          // that its records take
+    std::uint64_t unreadSectors = 0;  // that it could not read
+    std::uint64_t unreadPlaces = 0;
 };
 
 struct EarlierScans

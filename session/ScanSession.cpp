@@ -80,6 +80,7 @@ struct ScanSession::Parts
     // The folder is not forgotten while its scan is open here.
     void UseFolder() const { history->SetInUse(this, Folder()); }
     void FindStoreNames();
+    void TellLosses(ScanOutcome& outcome) const;
 };
 
 namespace {
@@ -113,6 +114,9 @@ ResultCode OnScan(void* context,
     shown.done = doneSectors;
     shown.total = totalSectors;
     shown.found = totalSectors != 0 ? filesFound : call.engine.GetRecordCount();
+    if (const auto* const keeper = dynamic_cast<const IKeepsRecords*>(&call.engine)) {
+        shown.unreadable = keeper->UnreadSectors();
+    }
     switch (call.progress ? call.progress(shown) : Answer::GoOn) {
     case Answer::Stop:
         return ResultCancelled;
@@ -125,6 +129,19 @@ ResultCode OnScan(void* context,
 }
 
 }  // namespace
+
+void ScanSession::Parts::TellLosses(ScanOutcome& outcome) const
+{
+    outcome.canGoOn = resumable != nullptr && resumable->StandsInLog();
+    if (const auto* const keeper = dynamic_cast<const IKeepsRecords*>(engine.get())) {
+        const LostRecords lost = keeper->Lost();
+        const SectorRanges unread = keeper->Unread();
+        outcome.lostRecords = lost.records;
+        outcome.whyLost = lost.why;
+        outcome.unreadSectors = unread.Sectors();
+        outcome.unreadPlaces = unread.Places();
+    }
+}
 
 void ScanSession::Parts::FindStoreNames()
 {
@@ -213,6 +230,9 @@ ScanOutcome ScanSession::Scan(EarlierChoice choice, const ProgressFunction& prog
         if (choice == EarlierChoice::Drop && parts.earlier) {
             parts.resumable->DiscardResumableScan();
         }
+        if (choice == EarlierChoice::ReadAgain && parts.earlier) {
+            parts.resumable->ReadUnreadAgain();
+        }
         parts.earlier.reset();
         ScanCall call{progress, *parts.engine, [&parts] { parts.UseFolder(); }};
         parts.engine->SetCallbacks(&OnScan, nullptr, &call, 100);
@@ -224,11 +244,14 @@ ScanOutcome ScanSession::Scan(EarlierChoice choice, const ProgressFunction& prog
         parts.FindStoreNames();
     });
     outcome.found = parts.engine->GetRecordCount();
+    (void)RunGuarded([&] { parts.TellLosses(outcome); });
     outcome.why = fault != ResultSuccess ? fault : result;
     if (fault != ResultSuccess) {
         outcome.end = ScanEnd::Broken;
     } else if (IsStop(result)) {
         outcome.end = result == ResultCancelled ? ScanEnd::Stopped : ScanEnd::StoppedAtOnce;
+    } else if (result == ResultNotConnected) {
+        outcome.end = ScanEnd::Interrupted;
     } else if (result != ResultSuccess) {
         outcome.end = outcome.found == 0 ? ScanEnd::Failed : ScanEnd::Incomplete;
     }

@@ -21,7 +21,8 @@ struct OpenOutcome;
 enum class EarlierChoice
 {
     GoOn,
-    Drop
+    Drop,
+    ReadAgain  // only what it could not read; for a complete one
 };
 
 enum class ScanEnd
@@ -29,6 +30,7 @@ enum class ScanEnd
     Complete,
     Stopped,        // by the face; what was found until then stands
     StoppedAtOnce,  // the same, and the log does not know of it
+    Interrupted,    // the source went away
     Incomplete,     // it met a fault, see why; what was found stands
     Failed,         // it met a fault and found nothing
     Broken          // see why: memory ran out, or worse
@@ -39,6 +41,14 @@ struct ScanOutcome
     ScanEnd end = ScanEnd::Complete;
     ResultCode why = ResultSuccess;
     std::uint64_t found = 0;
+    bool canGoOn = false;  // it stands in the log
+    // Records that could not be written, and why: they are missing from all that follows. With a reason and no number only
+    // folders may be missing.
+    std::uint64_t lostRecords = 0;
+    ResultCode whyLost = ResultSuccess;
+    // Sectors that could not be read, and in how many places.
+    std::uint64_t unreadSectors = 0;
+    std::uint64_t unreadPlaces = 0;
 };
 
 struct SearchOutcome

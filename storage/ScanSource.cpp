@@ -62,3 +62,28 @@ ResultCode ScanSource::ReadStart(std::uint8_t* buffer, std::size_t count) const
 {
     return ReadWhole(Reader(), StartLba() * SectorSize(), buffer, count);
 }
+
+SectorRanges ScanSource::Unread() const
+{
+    const std::lock_guard guard(m_lock);
+    return m_unread;
+}
+
+void ScanSource::NoteUnread(std::uint64_t position, std::uint64_t count, ResultCode result)
+{
+    if (result == ResultNotConnected || (result == ResultSuccess && position < SizeBytes())) {
+        m_gone = true;
+    }
+    const std::uint64_t unit = SectorSize();
+    const std::uint64_t first = position / unit;
+    const std::lock_guard guard(m_lock);
+    m_unread.Add(first, (position + count + unit - 1) / unit - first);
+    m_unreadSectors = m_unread.Sectors();
+}
+
+void ScanSource::NoteUnread(const SectorRanges& ranges)
+{
+    const std::lock_guard guard(m_lock);
+    m_unread.AddAll(ranges);
+    m_unreadSectors = m_unread.Sectors();
+}

@@ -2,10 +2,13 @@
 #pragma once
 
 #include "storage/ByteReader.h"
+#include "storage/SectorRanges.h"
 
+#include <atomic>
 #include <cstdint>
 #include <filesystem>
 #include <memory>
+#include <mutex>
 
 // What a scan is of, as the log of scans keeps it: a range of a drive, or of an image when imagePath is not empty.
 struct ScanIdentity
@@ -21,7 +24,7 @@ inline constexpr std::uint32_t ImageSectorSize = 512;   // whatever the volume i
 
 // Every new scan makes one; the restores and previews of that scan use it. Opening a drive first brings to the disk what
 // mounted file systems on it hold in memory, and drops what the system has read of it before: once, not for each that
-// reads. It never changes after its opening, and closes when the last one lets go.
+// reads. What it reads never changes after its opening; it closes when the last one lets go.
 class ScanSource
 {
 public:
@@ -53,9 +56,23 @@ public:
     // The first count bytes of the range, or the failure: ResultShortRead when it has less.
     [[nodiscard]] ResultCode ReadStart(std::uint8_t* buffer, std::size_t count) const;
 
+    // What could not be read so far, of the whole drive or file, by anyone who reads through this source; any thread may
+    // ask.
+    SectorRanges Unread() const;
+    std::uint64_t UnreadSectors() const { return m_unreadSectors; }
+    // The device is no longer there, or the file has become shorter than it was.
+    bool IsGone() const { return m_gone; }
+    // Notes bytes that a read did not bring. result is what the reader gave, success for an end that came too early.
+    void NoteUnread(std::uint64_t position, std::uint64_t count, ResultCode result);
+    void NoteUnread(const SectorRanges& ranges);
+
 private:
     ScanSource(ScanIdentity identity, OpenedSource opened);
 
     ScanIdentity m_identity;
     OpenedSource m_opened;
+    mutable std::mutex m_lock;
+    SectorRanges m_unread;
+    std::atomic<std::uint64_t> m_unreadSectors = 0;
+    std::atomic<bool> m_gone = false;
 };

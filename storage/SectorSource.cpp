@@ -69,6 +69,7 @@ ResultCode SectorSource::ReadSectors(std::uint8_t* buffer,
                                            std::min(LargestPiece, wanted - done), &got);
         done += got;
         if (result != ResultSuccess || got == 0) {
+            m_source->NoteUnread(lba * unit + done, wanted - done, result);
             result = ResultReadFault;
         }
     }

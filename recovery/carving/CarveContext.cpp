@@ -5,6 +5,9 @@
 
 void TsRanges::Add(std::uint64_t firstLba, std::uint64_t lastLba)
 {
+    if (m_onAdded) {
+        m_onAdded(firstLba, lastLba);
+    }
     auto next = m_ranges.upper_bound(firstLba);
     if (next != m_ranges.begin() && std::prev(next)->second >= firstLba) {
         --next;

@@ -6,7 +6,9 @@
 #include "storage/SectorSource.h"
 
 #include <cstdint>
+#include <functional>
 #include <map>
+#include <utility>
 
 // The stretches of transport streams that were carved. Kept merged: a damaged disk can hold hundreds of thousands.
 class TsRanges
@@ -16,9 +18,13 @@ public:
     void Add(std::uint64_t firstLba, std::uint64_t lastLba);
     bool Contains(std::uint64_t lba) const;
     void Clear() { m_ranges.clear(); }
+    // Told of each stretch that is added; none at first.
+    using AddedFunction = std::function<void(std::uint64_t firstLba, std::uint64_t lastLba)>;
+    void SetOnAdded(AddedFunction onAdded) { m_onAdded = std::move(onAdded); }
 
 private:
     std::map<std::uint64_t, std::uint64_t> m_ranges;  // first to last, disjoint
+    AddedFunction m_onAdded;
 };
 
 // One for the process: only one deep scan can run at a time, and no head may be verified while it carves. Nothing

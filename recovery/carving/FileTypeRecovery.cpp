@@ -10,11 +10,16 @@ constexpr std::string_view StorePrefix = "File_Type_";
 
 }  // namespace
 
-ResultCode CFileTypeRecovery::Open(std::shared_ptr<ScanSource> source, char16_t driveLetter)
+void CFileTypeRecovery::UseSource(char16_t driveLetter, std::shared_ptr<ScanSource> source)
 {
     m_driveLetter = driveLetter;
     m_scanSource = std::move(source);
     m_source.Open(m_scanSource);
+}
+
+ResultCode CFileTypeRecovery::Open(std::shared_ptr<ScanSource> source, char16_t driveLetter)
+{
+    UseSource(driveLetter, std::move(source));
     UseLogFolder();
     // An image's store is named after its first sector whatever range of it is read.
     const std::uint64_t first = m_scanSource->IsImage() ? 0 : m_scanSource->StartLba();
@@ -26,11 +31,20 @@ ResultCode CFileTypeRecovery::ReopenStore(std::string_view logName,
                                           std::shared_ptr<ScanSource> source,
                                           std::int32_t sectorSize)
 {
-    m_driveLetter = driveLetter;
     m_sectorSize = sectorSize;
-    m_scanSource = std::move(source);
-    m_source.Open(m_scanSource);
+    UseSource(driveLetter, std::move(source));
     return MakeStore(logName);
+}
+
+ResultCode CFileTypeRecovery::ReopenStoreCut(std::string_view logName,
+                                             char16_t driveLetter,
+                                             std::shared_ptr<ScanSource> source,
+                                             std::int32_t sectorSize,
+                                             std::uint32_t records)
+{
+    m_sectorSize = sectorSize;
+    UseSource(driveLetter, std::move(source));
+    return MakeStoreCut(logName, records);
 }
 
 ResultCode CFileTypeRecovery::CarveAtSector(ByteView sector,

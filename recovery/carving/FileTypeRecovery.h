@@ -21,6 +21,12 @@ public:
                                          char16_t driveLetter,
                                          std::shared_ptr<ScanSource> source,
                                          std::int32_t sectorSize);
+    // The same, cut to its first records; the count goes on behind them.
+    [[nodiscard]] ResultCode ReopenStoreCut(std::string_view logName,
+                                            char16_t driveLetter,
+                                            std::shared_ptr<ScanSource> source,
+                                            std::int32_t sectorSize,
+                                            std::uint32_t records);
 
     // Tries the table on the sector at lba. 0: a file was recorded, inOutFilesFound counted up, and outStep is how
     // many sectors the pass goes on by. Otherwise as TrySignatureTable, with outStep 1 and no record.
@@ -55,5 +61,7 @@ protected:
     std::unique_ptr<IRecordReader> MakeReader(const FileRecord& record) override;
 
 private:
+    void UseSource(char16_t driveLetter, std::shared_ptr<ScanSource> source);
+
     std::int32_t m_sectorSize = 512;  // as the pass gave it last
 };

@@ -33,6 +33,11 @@ void BlockReader::StartThread()
     }
 }
 
+void BlockReader::Hold(std::span<const std::uint8_t> bytes)
+{
+    std::copy_n(bytes.begin(), std::min(bytes.size(), m_block.size()), m_block.begin());
+}
+
 BlockReader::~BlockReader()
 {
     if (m_thread.joinable()) {

@@ -33,6 +33,13 @@ public:
                                  std::uint64_t rangeEnd,
                                  std::int32_t* outGot);
 
+    // What the buffer holds: a block that can only be read in part keeps the rest of it.
+    std::span<const std::uint8_t> Held() const
+    {
+        return m_lastServed.empty() ? std::span<const std::uint8_t>(m_block) : m_lastServed;
+    }
+    void Hold(std::span<const std::uint8_t> bytes);
+
 private:
     void StartThread();
 

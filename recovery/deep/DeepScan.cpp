@@ -2,6 +2,7 @@
 // ends, and the saved position.
 #include "platform/FileTime.h"
 #include "recovery/Heartbeat.h"
+#include "recovery/UnreadFile.h"
 #include "recovery/carving/CarveContext.h"
 #include "recovery/deep/BlockReader.h"
 #include "recovery/deep/ProfessionalRecovery.h"
@@ -29,14 +30,16 @@ bool IsPlausible(const ScanLogEntry& entry, std::uint64_t sectorCount)
 
 ResultCode CProfessionalRecovery::Scan(const std::string* /*logName*/)
 {
+    m_saved = false;
     if (m_resumeValid && !IsPlausible(m_resumeEntry, m_target.sectorCount)) {
         DiscardResumableScan();
     }
     const bool isResume = m_resumeValid;
     m_logFolder = isResume ? LogFolderOf(m_resumeEntry) : m_log->BeginNewLog();
     HandDownLogFolder();
+    TakeUnread(isResume);
     Pass pass;
-    if (isResume) {
+    if (isResume && !FindCheckpoint()) {
         pass.at = {m_resumeEntry.rangeStart, m_resumeEntry.rangeLength, m_resumeEntry.position,
                    m_resumeEntry.sectorsDone, m_resumeEntry.filesFound};
         pass.filesBase = m_resumeEntry.filesFound;
@@ -44,20 +47,10 @@ ResultCode CProfessionalRecovery::Scan(const std::string* /*logName*/)
     ResultCode result = RunFastPhase(isResume, pass);
     const bool reachedPass = result == ResultSuccess;
     if (reachedPass) {
-        OpenStores(isResume);
-        if (!isResume) {
-            FindFirstRange(pass);
-        }
-        result = RunPass(pass);
-        // Also after a cancel: what was found gets its place.
-        if (result != ResultStoppedAtOnce && FinishAnalyses(pass) == ResultStoppedAtOnce) {
-            result = ResultStoppedAtOnce;
-        }
-        if (result == ResultSuccess && m_scanCallback != nullptr) {
-            (void)m_scanCallback(m_callbackContext, 100, 100, 0, 0, 0, 0,
-                                 0);  // too late to cancel anything
-        }
+        result = RunDeepPhase(isResume, pass);
     }
+    CarveContext::Instance().TsRangeList.SetOnAdded({});
+    m_journal.reset();
     m_resumeValid = false;
     if (result == ResultStoppedAtOnce) {
         return result;
@@ -66,12 +59,49 @@ ResultCode CProfessionalRecovery::Scan(const std::string* /*logName*/)
     m_ntfs.FlushStore();
     m_carver.FlushStore();
     if (reachedPass || isResume) {
-        (void)m_log->SaveProgress(m_target, pass.at,
-                                  m_logFolder);  // the scan is as good without a way back to it
+        SaveEnd(pass, result);
     } else {
         m_log->UndoLogNumber(m_logFolder);
     }
     return result;
+}
+
+ResultCode CProfessionalRecovery::RunDeepPhase(bool isResume, Pass& pass)
+{
+    if (m_checkpoint != nullptr) {
+        OpenStoresCut(*m_checkpoint);
+        if (const ResultCode result = Replay(pass)) {
+            return ResultStoppedAtOnce;  // the checkpoint stands as it was
+        }
+    } else {
+        OpenStores(isResume);
+        BeginJournal(0);
+    }
+    if (!isResume) {
+        FindFirstRange(pass);
+    }
+    ResultCode result = RunPass(pass);
+    // Also after a cancel: what was found gets its place.
+    if (result != ResultStoppedAtOnce && FinishAnalyses(pass) == ResultStoppedAtOnce) {
+        result = ResultStoppedAtOnce;
+    }
+    if (result == ResultSuccess && m_scanCallback != nullptr) {
+        (void)m_scanCallback(m_callbackContext, 100, 100, 0, 0, 0, 0,
+                             0);  // too late to cancel anything
+    }
+    return result;
+}
+
+// What an earlier part of the scan could not read counts on, unless it is read now.
+void CProfessionalRecovery::TakeUnread(bool isResume)
+{
+    const SectorRanges before = isResume ? ReadUnread(m_logFolder) : SectorRanges();
+    if (m_againUnread && m_resumeEntry.rangeLength == 0) {
+        m_again = before;
+    } else {
+        m_scanSource->NoteUnread(before);
+    }
+    m_againUnread = false;
 }
 
 void CProfessionalRecovery::HandDownLogFolder()
@@ -113,6 +143,10 @@ ResultCode CProfessionalRecovery::RunFastPhase(bool isResume, Pass& pass)
         return ResultSuccess;
     }
     m_fast->SetCallbacks(m_scanCallback, nullptr, m_callbackContext, FastRange);
+    if (!m_again.Empty()) {
+        const std::string known = StoredName("Fast_");
+        return known.empty() ? ResultSuccess : m_fast->Scan(&known);
+    }
     // An engine that answers 0 to everything has no map.
     std::uint64_t sector = 0;
     std::uint64_t length = 0;
@@ -141,6 +175,21 @@ void CProfessionalRecovery::OpenStores(bool isResume)
     }
     (void)m_fat.OpenRecordStore(isResume ? StoredName("Pro_Fat_") : "");
     (void)m_ntfs.OpenRecordStore(isResume ? StoredName("Pro_Ntfs_") : "");
+    PreparePass();
+}
+
+// As a killed or stopped scan left them at its checkpoint. The quick engine's store was whole before the pass began.
+void CProfessionalRecovery::OpenStoresCut(const Checkpoint& checkpoint)
+{
+    (void)m_carver.ReopenStoreCut(StoredName("File_Type_"), m_driveLetter, m_scanSource,
+                                  m_sectorSize, checkpoint.state.carvedRecords);
+    (void)m_fat.OpenEmptiedStore(StoredName("Pro_Fat_"));
+    (void)m_ntfs.OpenEmptiedStore(StoredName("Pro_Ntfs_"));
+    PreparePass();
+}
+
+void CProfessionalRecovery::PreparePass()
+{
     (void)m_fat.PrepareVolume();  // without a boot sector volumes come from directories alone
     CarveContext::Instance().TsRangeList.Clear();
     SetSearchCallback(m_searchCallback, m_searchContext);
@@ -174,7 +223,53 @@ ResultCode CProfessionalRecovery::RunPass(Pass& pass)
     }
     pass.startTick = TickMilliseconds();
     pass.lastTick = pass.startTick;
+    pass.checkpointTick = pass.startTick;
+    pass.boundary = BoundaryOf(pass);
     BlockReader reader(m_source, m_aheadSource, m_sectorSize);
+    if (m_checkpoint != nullptr) {
+        reader.Hold(m_checkpoint->block);
+    }
+    const ResultCode result = m_again.Empty() ? RunRanges(pass, reader) : RunAgain(pass, reader);
+    if (result == ResultSuccess) {
+        pass.boundary = BoundaryOf(pass);
+    }
+    if (result != ResultStoppedAtOnce) {
+        SaveCheckpoint(pass, reader);
+    }
+    return result;
+}
+
+// The ranges that could not be read, one after the other; the scan stays a complete one.
+ResultCode CProfessionalRecovery::RunAgain(Pass& pass, BlockReader& reader)
+{
+    const ScanPosition end = pass.at;
+    pass.sectorsTotal = m_again.Sectors();
+    pass.at.sectorsDone = 0;
+    ResultCode result = ResultSuccess;
+    for (const auto& [first, behind] : m_again.Ends()) {
+        const std::uint64_t lastSector = m_target.startLba + m_target.sectorCount;
+        if (first < m_target.startLba || first >= lastSector) {
+            continue;
+        }
+        if (result != ResultSuccess) {
+            m_scanSource->NoteUnread(first * m_scanSource->SectorSize(),
+                                     (behind - first) * m_scanSource->SectorSize(),
+                                     ResultReadFault);  // still to be read
+            continue;
+        }
+        pass.at.rangeStart = first - m_target.startLba;
+        pass.at.rangeLength = std::min(behind, lastSector) - first;
+        pass.at.position = 0;
+        result = RunRange(pass, reader);
+    }
+    const std::uint64_t found = pass.at.filesFound;
+    pass.at = end;
+    pass.at.filesFound = found;
+    return result;
+}
+
+ResultCode CProfessionalRecovery::RunRanges(Pass& pass, BlockReader& reader)
+{
     ResultCode result = ResultSuccess;
     // The position is that of a resume in the first range, and 0 in all others.
     while (pass.at.rangeLength != 0) {
@@ -196,36 +291,73 @@ ResultCode CProfessionalRecovery::RunPass(Pass& pass)
 
 ResultCode CProfessionalRecovery::RunRange(Pass& pass, BlockReader& reader)
 {
-    const Analysers analysers = {m_fat, m_ntfs, m_carver, m_source, m_sectorSize};
-    const auto blockSectors = static_cast<std::int64_t>(BlockReader::BlockBytes) / m_sectorSize;
-    const std::uint64_t base = pass.at.rangeStart + m_target.startLba;
     auto remaining = static_cast<std::int64_t>(pass.at.rangeLength - pass.at.position);
     while (remaining > 0) {
-        const std::int64_t chunk = std::min(blockSectors, remaining);
-        const std::uint64_t lba = base + pass.at.position;
-        std::int32_t got = 0;
-        const std::span<std::uint8_t> block =
-            reader.Read(lba, static_cast<std::uint64_t>(chunk), base + pass.at.rangeLength, &got);
-        if (got != 0) {
-            const CarveProgress progress = {pass.at.sectorsDone, pass.sectorsTotal,
-                                            pass.secondsLeft, pass.at.filesFound};
-            auto filesFound = static_cast<std::int64_t>(pass.at.filesFound);
-            // A cancel comes back as the skip, and again from the callback below.
-            (void)ClassifyBlock(analysers, block, lba, progress, pass.skip, filesFound);
-            pass.at.filesFound = static_cast<std::uint64_t>(filesFound);
-        } else if (chunk + pass.skip == 0) {
+        const std::int64_t before = remaining;
+        if (const ResultCode result = RunBlock(pass, reader, remaining)) {
+            return result;
+        }
+        if (remaining == before) {
             break;  // a block that cannot be read after a cancel that was taken back would come again for ever
         }
-        // Behind a block that could not be read the skip of the block before counts once more; it stays so.
-        const std::int64_t moved = chunk + pass.skip;
-        pass.at.position += static_cast<std::uint64_t>(moved);
-        pass.at.sectorsDone += static_cast<std::uint64_t>(std::min(moved, remaining));
-        remaining -= moved;
-        if (const ResultCode result = ReportBlock(pass)) {
-            return result;
+        if (TickMilliseconds() - pass.checkpointTick >= m_checkpointInterval) {
+            SaveCheckpoint(pass, reader);
+            pass.checkpointTick = TickMilliseconds();
         }
     }
     return ResultSuccess;
+}
+
+ResultCode CProfessionalRecovery::RunBlock(Pass& pass, BlockReader& reader, std::int64_t& remaining)
+{
+    const Analysers analysers = {m_fat, m_ntfs, m_carver, m_source, m_sectorSize, m_journal.get()};
+    const auto blockSectors = static_cast<std::int64_t>(BlockReader::BlockBytes) / m_sectorSize;
+    const std::uint64_t base = pass.at.rangeStart + m_target.startLba;
+    const std::int64_t chunk = std::min(blockSectors, remaining);
+    const std::uint64_t lba = base + pass.at.position;
+    std::int32_t got = 0;
+    bool isCut = false;
+    if (m_scanSource->IsGone()) {
+        return ResultNotConnected;
+    }
+    const std::span<std::uint8_t> block =
+        reader.Read(lba, static_cast<std::uint64_t>(chunk), base + pass.at.rangeLength, &got);
+    if (got != 0) {
+        const CarveProgress progress = {pass.at.sectorsDone, pass.sectorsTotal, pass.secondsLeft,
+                                        pass.at.filesFound};
+        auto filesFound = static_cast<std::int64_t>(pass.at.filesFound);
+        if (m_journal != nullptr) {
+            m_journal->BeginBlock(block, lba);
+        }
+        // A cancel comes back as the skip, and again from the callback below.
+        isCut = ClassifyBlock(analysers, block, lba, progress, pass.skip, filesFound) ==
+                ResultCancelled;
+        pass.at.filesFound = static_cast<std::uint64_t>(filesFound);
+    } else if (chunk + pass.skip == 0) {
+        return ResultSuccess;
+    }
+    if (m_scanSource->IsGone()) {
+        // What the block brought may be wrong: it is read again as a whole when the source is back.
+        if (m_journal != nullptr) {
+            m_journal->EndBlock(false);
+        }
+        return ResultNotConnected;
+    }
+    // Behind a block that could not be read the skip of the block before counts once more; it stays so.
+    const std::int64_t moved = chunk + pass.skip;
+    pass.at.position += static_cast<std::uint64_t>(moved);
+    pass.at.sectorsDone += static_cast<std::uint64_t>(std::min(moved, remaining));
+    remaining -= moved;
+    const ResultCode result = ReportBlock(pass);
+    // A block that was left in its middle is read again as a whole when the scan is gone on with.
+    const bool counts = result == ResultSuccess || !isCut;
+    if (m_journal != nullptr) {
+        m_journal->EndBlock(counts);
+    }
+    if (counts) {
+        pass.boundary = BoundaryOf(pass);
+    }
+    return result;
 }
 
 ResultCode CProfessionalRecovery::ReportBlock(Pass& pass)

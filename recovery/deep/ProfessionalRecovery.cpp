@@ -53,7 +53,24 @@ ResultCode CProfessionalRecovery::Open(std::shared_ptr<ScanSource> source, char1
 void CProfessionalRecovery::DiscardResumableScan()
 {
     m_resumeValid = false;
-    (void)m_log->DeleteLog(LogFolderOf(m_resumeEntry));  // what stays is not listed any more
+    m_dropped = LogFolderOf(m_resumeEntry);
+}
+
+SectorRanges CProfessionalRecovery::Unread() const
+{
+    return m_scanSource != nullptr ? m_scanSource->Unread() : SectorRanges();
+}
+
+LostRecords CProfessionalRecovery::Lost() const
+{
+    LostRecords sum = m_fat.Lost();
+    const auto* const quick = dynamic_cast<const CStoreEngine*>(m_fast.get());
+    for (const LostRecords& lost :
+         {quick != nullptr ? quick->Lost() : LostRecords(), m_ntfs.Lost(), m_carver.Lost()}) {
+        sum.records += lost.records;
+        sum.why = sum.why != ResultSuccess ? sum.why : lost.why;
+    }
+    return sum;
 }
 
 ResultCode CProfessionalRecovery::SetCallbacks(ProgressCallback scan,

@@ -2,12 +2,14 @@
 // not use (or over all) shows each to the analyser that it fits. Four stores in one log folder, searched as one.
 #pragma once
 
+#include "recovery/CheckpointFile.h"
 #include "recovery/EngineBase.h"
 #include "recovery/ResumableScan.h"
 #include "recovery/RowSearch.h"
 #include "recovery/ScanLogDirectory.h"
 #include "recovery/carving/FileTypeRecovery.h"
 #include "recovery/deep/FirstSectorCache.h"
+#include "recovery/deep/ScanJournal.h"
 #include "recovery/fat/ProfessionalFatRecovery.h"
 #include "recovery/ntfs/ProfessionalNtfsRecovery.h"
 #include "storage/SectorSource.h"
@@ -33,6 +35,16 @@ public:
     const ScanLogEntry& ResumableScan() const override { return m_resumeEntry; }
     void DiscardResumableScan() override;
     const std::filesystem::path& LogFolder() const override { return m_logFolder; }
+    LostRecords Lost() const override;
+    SectorRanges Unread() const override;
+    std::uint64_t UnreadSectors() const override
+    {
+        return m_scanSource != nullptr ? m_scanSource->UnreadSectors() : 0;
+    }
+    void ReadUnreadAgain() override { m_againUnread = true; }
+    bool StandsInLog() const override { return m_saved; }
+    // How often a scan writes down how far it is, in milliseconds; for tests.
+    void SetCheckpointInterval(std::uint64_t interval) { m_checkpointInterval = interval; }
 
     // The range is ignored: the pass takes 90, the quick engine 9.
     ResultCode SetCallbacks(ProgressCallback scanCallback,
@@ -77,6 +89,9 @@ private:
         std::int64_t skip = 0;
         std::uint64_t startTick = 0;
         std::uint64_t lastTick = 0;
+        std::uint64_t checkpointTick = 0;
+        CheckpointState
+            boundary;  // the state that a checkpoint keeps: that in front of a block, or behind it
     };
 
     // Those whose answers are gathered, in their order; the quick one may be null.
@@ -88,13 +103,29 @@ private:
     std::int32_t GatherSearch(const Search& search, std::vector<Item>& outItems);
     // DeepScan.cpp
     void HandDownLogFolder();
+    void TakeUnread(bool isResume);
     [[nodiscard]] ResultCode RunFastPhase(bool isResume, Pass& pass);
+    [[nodiscard]] ResultCode RunDeepPhase(bool isResume, Pass& pass);
     void OpenStores(bool isResume);
+    void PreparePass();
+    void OpenStoresCut(const Checkpoint& checkpoint);
+    // DeepCheckpoint.cpp
+    bool FindCheckpoint();
+    [[nodiscard]] ResultCode Replay(Pass& pass);
+    void BeginJournal(std::uint64_t keepBytes);
+    CheckpointState BoundaryOf(const Pass& pass) const;
+    void SaveCheckpoint(const Pass& pass, const class BlockReader& reader);
+    void SaveEnd(const Pass& pass, ResultCode result);
+    void DropEarlier();
     std::string StoredName(std::string_view prefix) const;
+    [[nodiscard]] ResultCode RunAgain(Pass& pass, class BlockReader& reader);
     void FindFirstRange(Pass& pass);
     bool NextRange(std::uint64_t& inOutSector, std::uint64_t& outLength);
     [[nodiscard]] ResultCode RunPass(Pass& pass);
+    [[nodiscard]] ResultCode RunRanges(Pass& pass, class BlockReader& reader);
     [[nodiscard]] ResultCode RunRange(Pass& pass, class BlockReader& reader);
+    [[nodiscard]] ResultCode
+    RunBlock(Pass& pass, class BlockReader& reader, std::int64_t& remaining);
     [[nodiscard]] ResultCode ReportBlock(Pass& pass);
     ResultCode ReportPass(const Pass& pass) const;
     [[nodiscard]] ResultCode FinishAnalyses(const Pass& pass);
@@ -115,6 +146,15 @@ private:
     ScanLogEntry m_resumeEntry;
     std::filesystem::path m_logFolder;
     FirstSectorCache m_firstSectors;
+
+    std::unique_ptr<Checkpoint> m_checkpoint;  // that this scan goes on from
+    std::filesystem::path m_dropped;           // of an earlier scan; removed when this one is saved
+    std::unique_ptr<ScanJournal> m_journal;    // null when nothing is kept of the pass
+    ScanLogEntry m_ownEntry;
+    std::uint64_t m_checkpointInterval = 5000;
+    bool m_saved = false;
+    bool m_againUnread = false;
+    SectorRanges m_again;  // what this scan reads, and nothing else; empty for all others
 
     ProgressCallback m_scanCallback = nullptr;
     void* m_callbackContext = nullptr;

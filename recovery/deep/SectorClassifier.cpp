@@ -1,5 +1,6 @@
 #include "recovery/deep/SectorClassifier.h"
 
+#include "recovery/deep/ScanJournal.h"
 #include "recovery/metadata/SectorValidators.h"
 
 #include <array>
@@ -12,9 +13,13 @@ constexpr std::size_t RecordReadBytes = 8192;
 ResultCode AddRecord(const Analysers& analysers,
                      std::span<std::uint8_t> rest,
                      std::size_t recordBytes,
+                     std::size_t sectorIndex,
                      std::uint64_t lba)
 {
     if (rest.size() >= recordBytes) {
+        if (analysers.journal != nullptr) {
+            analysers.journal->AddRecord(sectorIndex);
+        }
         return analysers.ntfs.AddFileRecord(rest, lba);
     }
     std::array<std::uint8_t, RecordReadBytes> record = {};
@@ -22,6 +27,9 @@ ResultCode AddRecord(const Analysers& analysers,
     (void)analysers.source.ReadSectors(
         record.data(), static_cast<std::int32_t>(RecordReadBytes) / analysers.sectorSize, lba,
         analysers.sectorSize, &sectorsRead);
+    if (analysers.journal != nullptr) {
+        analysers.journal->AddWholeRecord(record, lba);
+    }
     return analysers.ntfs.AddFileRecord(record, lba);
 }
 
@@ -49,10 +57,16 @@ ResultCode ClassifyBlock(const Analysers& analysers,
         // The first byte tells most sectors apart from all metadata.
         const std::uint8_t first = rest.front();
         if (first == 'F' && IsMftRecord(sector, static_cast<std::uint32_t>(recordBytes))) {
-            result = AddRecord(analysers, rest, recordBytes, lba);
+            result = AddRecord(analysers, rest, recordBytes, static_cast<std::size_t>(at), lba);
         } else if (first == '.' && IsFatDotEntries(sector)) {
+            if (analysers.journal != nullptr) {
+                analysers.journal->AddDirectoryStart(sector, lba);
+            }
             analysers.fat.AddDirectoryStart(sector, lba);
         } else if (first != 0 && first != '.' && IsFatDirectorySector(sector)) {
+            if (analysers.journal != nullptr) {
+                analysers.journal->AddDirectorySector(sector, lba);
+            }
             analysers.fat.AddDirectorySector(sector, lba);
         } else {
             const ResultCode carved =

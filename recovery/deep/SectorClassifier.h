@@ -11,6 +11,8 @@
 #include <cstdint>
 #include <span>
 
+class ScanJournal;
+
 // The three analysers and the source that records over a block's end are read again from.
 struct Analysers
 {
@@ -19,6 +21,8 @@ struct Analysers
     CFileTypeRecovery& carver;
     SectorSource& source;
     std::int32_t sectorSize;
+    ScanJournal* journal =
+        nullptr;  // notes what the first two are shown; null while it is shown again
 };
 
 // Classes the sectors of a block that begins at firstLba. outSkipSectors is how far the pass goes on behind the block:

@@ -24,7 +24,7 @@ ResultCode CProfessionalFatRecovery::Open(std::shared_ptr<ScanSource> source, ch
     return ResultSuccess;
 }
 
-ResultCode CProfessionalFatRecovery::OpenRecordStore(std::string_view logName)
+void CProfessionalFatRecovery::ForgetPass()
 {
     m_volumes.Clear(m_startLba);
     m_samples.Clear();
@@ -39,6 +39,17 @@ ResultCode CProfessionalFatRecovery::OpenRecordStore(std::string_view logName)
     m_rootCluster = 2;
     m_probe.Open(m_source, m_bytesPerSector, m_startLba + m_sectorCount);
     m_probe.Clear(m_rootCluster);
+}
+
+ResultCode CProfessionalFatRecovery::OpenEmptiedStore(std::string_view logName)
+{
+    ForgetPass();
+    return MakeStoreCut(logName, 0);
+}
+
+ResultCode CProfessionalFatRecovery::OpenRecordStore(std::string_view logName)
+{
+    ForgetPass();
     UseLogFolder();
     return MakeStore(!logName.empty() ? std::string(logName)
                                       : ScanRecordStore::MakeName("Pro_Fat_", m_startLba));

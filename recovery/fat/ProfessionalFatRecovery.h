@@ -30,6 +30,8 @@ public:
 
     // Empties what an earlier pass left and opens the store of that name, or a new one for an empty name.
     [[nodiscard]] ResultCode OpenRecordStore(std::string_view logName);
+    // The same with nothing in it: what it had is shown again.
+    [[nodiscard]] ResultCode OpenEmptiedStore(std::string_view logName);
     // Reads the target's first sectors; a FAT boot sector there gives the first volume.
     [[nodiscard]] ResultCode PrepareVolume();
     // A sector that begins with "." and "..".
@@ -80,6 +82,7 @@ private:
         std::uint8_t checksum = 0;  // of the last piece
     };
 
+    void ForgetPass();
     // ProfessionalFatIntake.cpp
     void ParseAt(ByteView buffer, const DirectoryPlace& place);
     void ParseWithContinuations(ByteView buffer, DirectoryPlace place);

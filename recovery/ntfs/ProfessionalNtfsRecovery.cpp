@@ -49,11 +49,22 @@ ResultCode CProfessionalNtfsRecovery::ReadBoot()
     return ResultSuccess;
 }
 
-ResultCode CProfessionalNtfsRecovery::OpenRecordStore(std::string_view logName)
+void CProfessionalNtfsRecovery::ForgetPass()
 {
     m_folderWorkList.clear();
     m_listed.clear();
     m_depths.clear();
+}
+
+ResultCode CProfessionalNtfsRecovery::OpenEmptiedStore(std::string_view logName)
+{
+    ForgetPass();
+    return MakeStoreCut(logName, 0);
+}
+
+ResultCode CProfessionalNtfsRecovery::OpenRecordStore(std::string_view logName)
+{
+    ForgetPass();
     UseLogFolder();
     return MakeStore(!logName.empty() ? std::string(logName)
                                       : ScanRecordStore::MakeName("Pro_Ntfs_", m_startLba));

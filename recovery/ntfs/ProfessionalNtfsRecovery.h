@@ -30,6 +30,8 @@ public:
 
     // Opens the store of that name, or a new one for an empty name.
     [[nodiscard]] ResultCode OpenRecordStore(std::string_view logName);
+    // The same with nothing in it: what it had is shown again.
+    [[nodiscard]] ResultCode OpenEmptiedStore(std::string_view logName);
     // A record found at lba. It stands at the buffer's start and is repaired in place; a walk through it may stray up to
     // the buffer's end. 0, ResultNoFileRecord, or ResultInvalidParameter when its offsets are out of bounds.
     ResultCode AddFileRecord(std::span<std::uint8_t> buffer, std::uint64_t lba);
@@ -73,6 +75,7 @@ private:
     };
 
     [[nodiscard]] ResultCode ReadBoot();
+    void ForgetPass();
     [[nodiscard]] ResultCode ReadRecordAt(std::uint64_t lba, RecordBuffer& outBuffer);
     [[nodiscard]] ResultCode ReadRepairedRecord(std::uint64_t lba, RecordBuffer& outBuffer);
     [[nodiscard]] ResultCode ReadRunsAt(std::uint64_t lba, RunList& outRuns);

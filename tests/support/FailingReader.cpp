@@ -23,6 +23,7 @@ public:
         {
             const std::lock_guard guard(m_state->lock);
             ++m_state->reads;
+            m_state->bytes += count;
             m_state->largest = std::max(m_state->largest, count);
             if (m_state->action && position == m_state->watched && --m_state->readsToGo == 0) {
                 action = std::exchange(m_state->action, nullptr);
@@ -103,4 +104,10 @@ std::size_t FailingReader::LargestRead() const
 {
     const std::lock_guard guard(m_state->lock);
     return m_state->largest;
+}
+
+std::uint64_t FailingReader::BytesRead() const
+{
+    const std::lock_guard guard(m_state->lock);
+    return m_state->bytes;
 }

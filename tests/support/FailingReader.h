@@ -28,6 +28,7 @@ public:
     // Reads that the fakes were asked for so far, whether they failed or not; and their largest.
     std::size_t ReadCount() const;
     std::size_t LargestRead() const;
+    std::uint64_t BytesRead() const;
 
     // Under the lock: a thread that reads ahead asks too.
     struct State
@@ -39,6 +40,7 @@ public:
         std::function<void()> action;
         std::size_t reads = 0;
         std::size_t largest = 0;
+        std::uint64_t bytes = 0;
     };
 
 private:

@@ -15,6 +15,10 @@
 // What the fakes do, and what was done to them. Shared by a test and all engines that its maker makes.
 struct FakeScript
 {
+    LostRecords lost;
+    SectorRanges unread;
+    int readAgain = 0;
+    bool standsInLog = true;
     struct Call
     {
         std::int32_t progress = 0;
@@ -65,6 +69,11 @@ public:
         ++m_script.discarded;
     }
     const std::filesystem::path& LogFolder() const override { return m_script.logFolder; }
+    LostRecords Lost() const override { return m_script.lost; }
+    SectorRanges Unread() const override { return m_script.unread; }
+    std::uint64_t UnreadSectors() const override { return m_script.unread.Sectors(); }
+    void ReadUnreadAgain() override { ++m_script.readAgain; }
+    bool StandsInLog() const override { return m_script.standsInLog; }
 
     ResultCode SetCallbacks(ProgressCallback scan,
                             FileProgressCallback file,

@@ -1,11 +1,13 @@
 // The pass itself: progress, cancel, resume, unreadable sectors, and the log that is left behind.
 #include "platform/Folders.h"
+#include "recovery/ScanLogDirectory.h"
 #include "recovery/deep/BlockReader.h"
 #include "storage/DriveRegistry.h"
 #include "tests/recovery/deep/DeepSupport.h"
 #include "tests/support/Bytes.h"
 #include "tests/support/FailingReader.h"
 #include "tests/support/FatCard.h"
+#include "tests/support/FileSizeLimit.h"
 #include "tests/support/Pictures.h"
 
 #include <gtest/gtest.h>
@@ -129,6 +131,66 @@ TEST_F(DeepScanTest, AScanThatIsStoppedAtOnceLeavesNothingToGoOnWith)
     }
     EXPECT_LE(reports, 21) << "asked once more at the end of a block";
     EXPECT_FALSE(DeepRun(m_image.Path()).Engine().HasResumableScan());
+}
+
+TEST_F(DeepScanTest, WhatCouldNotBeReadIsKeptAndReadAnotherDay)
+{
+    FailingReader failing;
+    failing.FailBytes(8900 * Sector, 9100 * Sector);
+    {
+        DeepRun run(m_image.Path());
+        ASSERT_EQ(run.Scan(), ResultSuccess);
+        EXPECT_EQ(run.Search().size(), 5u);
+        EXPECT_EQ(run.Engine().Unread().Places(), 1u);
+        EXPECT_GE(run.Engine().UnreadSectors(), 200u);
+    }
+    {
+        DeepRun replayed(m_image.Path());
+        ASSERT_EQ(replayed.Scan(), ResultSuccess);
+        EXPECT_GE(replayed.Engine().UnreadSectors(), 200u) << "not forgotten by taking it as it is";
+    }
+    failing.Heal();
+    DeepRun again(m_image.Path());
+    again.Engine().ReadUnreadAgain();
+    const std::size_t opened = failing.BytesRead();
+    ASSERT_EQ(again.Scan(), ResultSuccess);
+    EXPECT_LT(failing.BytesRead() - opened, Sectors * Sector / 10)
+        << "those sectors, and what is measured of the picture in them";
+    EXPECT_EQ(again.Search().size(), 6u);
+    EXPECT_EQ(again.Engine().UnreadSectors(), 0u);
+    EXPECT_FALSE(std::filesystem::exists(again.Engine().LogFolder() / ".unread"));
+}
+
+TEST_F(DeepScanTest, ASourceThatGoesAwayInterruptsTheScan)
+{
+    {
+        DeepRun run(m_image.Path());
+        run.Engine().SetCheckpointInterval(0);
+        int reports = 0;
+        EXPECT_EQ(run.Scan([&](const DeepProgress&) {
+            if (++reports == 20) {
+                std::filesystem::resize_file(m_image.Path(), 3000 * Sector);
+            }
+            return ResultSuccess;
+        }),
+                  ResultNotConnected);
+        EXPECT_TRUE(run.Engine().StandsInLog());
+    }
+    EXPECT_TRUE(OpenLog()->Entries().empty()) << "not saved as complete";
+    EXPECT_EQ(OpenLog()->KilledScans().size(), 1u);
+}
+
+TEST_F(DeepScanTest, RecordsThatCannotBeSavedAreCountedAndTheScanIsNotComplete)
+{
+    {
+        DeepRun run(m_image.Path());
+        const FileSizeLimit limit(2 * sizeof(FileRecord) + 100);
+        ASSERT_EQ(run.Scan(), ResultSuccess) << "the scan goes on";
+        EXPECT_EQ(run.Engine().Lost().records, 4u);
+        EXPECT_EQ(run.Engine().Lost().why, 223);
+        EXPECT_EQ(run.Search().size(), 2u);
+    }
+    EXPECT_TRUE(OpenLog()->Entries().empty());
 }
 
 TEST_F(DeepScanTest, ADeepScanOfADriveOpensItThreeTimes)
