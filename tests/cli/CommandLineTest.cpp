@@ -142,7 +142,8 @@ TEST_F(CommandLineTest, AFileThatCannotBeReadIsTheOnlyOneThatFails)
     };
     const Outcome outcome = RunAsGiven({"recover", m_card, Out(), "--json", "--quiet"});
     EXPECT_EQ(outcome.status, 1);
-    EXPECT_EQ(outcome.err, Out() + "/photo/b.jpg: The disk could not be read.\n");
+    EXPECT_EQ(outcome.err, Out() + "/photo/b.jpg: The disk could not be read. Damaged: 2 of 4 "
+                                   "bytes are missing.\n");
     const Json::Value report = Parse(outcome.out);
     EXPECT_EQ(report["found"].asInt(), 3);
     EXPECT_EQ(report["restored"].asInt(), 2);
@@ -153,6 +154,9 @@ TEST_F(CommandLineTest, AFileThatCannotBeReadIsTheOnlyOneThatFails)
         const Json::Value& file = report["files"][i];
         EXPECT_EQ(file["restoredTo"], Out() + "/photo/" + names[i]);
         EXPECT_EQ(file["error"].isNull(), i != 1);
+        EXPECT_EQ(file["state"], i != 1 ? "restored" : "damaged");
+        EXPECT_EQ(file["missing"].asInt(), i != 1 ? 0 : 2);
+        EXPECT_EQ(file["place"].asUInt(), i + 1);
     }
     const Outcome none = RunAsGiven({"recover", m_card, Out(), "--types", "zip"});
     EXPECT_EQ(none.status, 0);
@@ -170,7 +174,8 @@ TEST_F(CommandLineTest, AnInterruptKeepsWhatWasRestored)
     };
     const Outcome outcome = RunAsGiven({"recover", m_card, Out(), "--json"});
     EXPECT_EQ(outcome.status, 130);
-    EXPECT_NE(outcome.err.find("b.jpg: Cancelled before its end.\n"), std::string::npos);
+    EXPECT_NE(outcome.err.find("b.jpg: Cancelled before its end. Damaged: 2 of 4 bytes"),
+              std::string::npos);
     EXPECT_TRUE(outcome.err.ends_with("Cancelled; what was restored until then is kept.\n"));
     const Json::Value report = Parse(outcome.out);
     EXPECT_TRUE(report["cancelled"].asBool());
