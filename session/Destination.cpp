@@ -99,8 +99,10 @@ ResultCode Destination::Place(const std::filesystem::path& file,
                               const std::filesystem::path& wanted,
                               std::filesystem::path& outPath)
 {
+    // Each further try has lost a race with another process, or the file system contradicts itself.
+    constexpr int MostTries = 1000;
     ResultCode result = ResultAlreadyExists;
-    while (result == ResultAlreadyExists) {
+    for (int i = 0; i < MostTries && result == ResultAlreadyExists; ++i) {
         outPath = FreePath(wanted);
         result = RenameWithoutReplacing(file, outPath);
     }
