@@ -17,7 +17,7 @@ class Session;
 enum class ExitStatus : int
 {
     Done = 0,
-    SomeFailed = 1,    // files that could not be restored
+    SomeFailed = 1,    // files that could not be restored, or not whole
     WrongUse = 2,      // the command line, or a destination that may not be written
     TargetFailed = 3,  // it could not be opened or scanned
     Cancelled = 130
@@ -48,6 +48,8 @@ struct CommandOptions
     bool json = false;
     bool force = false;
     bool quiet = false;
+    bool again = false;
+    bool fillUnreadable = false;
 };
 
 struct CommandStreams

@@ -29,8 +29,8 @@ constexpr const char* Examples =
     "  sudo lumivault-cli image '#3' ./card.img        a copy of what fails, to be scanned in its "
     "place\n"
     "\n"
-    "Exit status: 0 done, 1 some files failed, 2 wrong use, 3 the target could not be opened or\n"
-    "scanned, 130 cancelled. 'lumivault-cli COMMAND --help' tells more.";
+    "Exit status: 0 done, 1 some files failed or are incomplete, 2 wrong use, 3 the target could\n"
+    "not be opened or scanned, 130 cancelled. 'lumivault-cli COMMAND --help' tells more.";
 
 void AddCommonOptions(CLI::App& app, CommandOptions& options)
 {

@@ -1,6 +1,7 @@
 #include "cli/FileReport.h"
 
 #include "cli/TextForms.h"
+#include "cli/Words.h"
 #include "platform/Text.h"
 
 #include <json/json.h>
@@ -43,6 +44,15 @@ ReportedFile ReportOf(const FoundRow& row, const ScanSession& source)
     return {row, source.FolderPath(row.record), source.StoreName(row.at.store), {}, {}};
 }
 
+ReportedFile ReportOf(const FoundRow& row, const ScanSession& source, const FileOutcome& outcome)
+{
+    ReportedFile file = ReportOf(row, source);
+    file.restoredTo = outcome.written ? outcome.path : std::filesystem::path();
+    file.error = WhatWentWrong(outcome);
+    file.outcome = &outcome;
+    return file;
+}
+
 JsonReport::JsonReport(std::ostream& out, std::string_view target) : m_out(out)
 {
     m_out << "{\"target\":" << OneLine(Text(target)) << ",\n\"files\":[";
@@ -62,19 +72,27 @@ void JsonReport::Add(const ReportedFile& file)
     value["engine"] = std::string(EngineName(record.EngineKind));
     value["store"] = TextOrNull(file.store);
     value["record"] = Json::UInt{record.RecordNumber};
+    value["place"] = Json::UInt{file.row.at.place};
     value["restoredTo"] = TextOrNull(file.restoredTo.string());
     value["error"] = TextOrNull(file.error);
+    if (file.outcome != nullptr) {
+        value["state"] = std::string(StateOf(*file.outcome));
+        value["missing"] = Json::UInt64{file.outcome->Missing()};
+    }
     m_out << (m_found == 0 ? "\n" : ",\n") << OneLine(value);
     ++m_found;
-    m_failed += file.error.empty() ? 0u : 1u;
-    m_restored += file.error.empty() && !file.restoredTo.empty() ? 1u : 0u;
 }
 
-void JsonReport::Finish(bool cancelled)
+void JsonReport::Finish(bool cancelled, const RestoreOutcome* outcome)
 {
-    m_out << "],\n\"found\":" << m_found << ",\"restored\":" << m_restored
-          << ",\"failed\":" << m_failed << ",\"cancelled\":" << (cancelled ? "true" : "false")
-          << ",\"unreadable\":{\"sectors\":" << m_scan.unreadSectors
+    const RestoreOutcome counts = outcome != nullptr ? *outcome : RestoreOutcome();
+    m_out << "],\n\"found\":" << m_found << ",\"restored\":" << counts.restored
+          << ",\"failed\":" << counts.failed << ",\"cancelled\":" << (cancelled ? "true" : "false");
+    if (outcome != nullptr) {
+        m_out << ",\"incomplete\":" << counts.incomplete << ",\"skipped\":" << counts.wereThere
+              << ",\"notTried\":" << counts.notTried;
+    }
+    m_out << ",\"unreadable\":{\"sectors\":" << m_scan.unreadSectors
           << ",\"places\":" << m_scan.unreadPlaces << "},\"lostRecords\":" << m_scan.lostRecords
           << "}\n";
 }

@@ -2,7 +2,7 @@
 #pragma once
 
 #include "recovery/FoundRow.h"
-#include "session/ScanSession.h"
+#include "session/RestoreFiles.h"
 
 #include <cstdint>
 #include <filesystem>
@@ -13,14 +13,16 @@
 struct ReportedFile
 {
     const FoundRow& row;
-    std::string folderPath;            // each folder followed by "\"
-    std::string store;                 // name of the record file
-    std::filesystem::path restoredTo;  // empty when nothing was written
-    std::string error;                 // empty when there was none
+    std::string folderPath;                // each folder followed by "\"
+    std::string store;                     // name of the record file
+    std::filesystem::path restoredTo;      // empty when nothing was written
+    std::string error;                     // empty when there was none
+    const FileOutcome* outcome = nullptr;  // null when it was not to be restored
 };
 
-// Of a file that nothing was written of.
+// Of a file, and of what became of it.
 ReportedFile ReportOf(const FoundRow& row, const ScanSession& source);
+ReportedFile ReportOf(const FoundRow& row, const ScanSession& source, const FileOutcome& outcome);
 
 // "fast-ntfs", "fast-fat", "deep-ntfs", "deep-fat", "carved".
 std::string_view EngineName(std::uint32_t engineKind);
@@ -33,12 +35,10 @@ public:
     void Add(const ReportedFile& file);
     // What stands at the end about the scan as a whole.
     void SetScan(const ScanOutcome& outcome) { m_scan = outcome; }
-    void Finish(bool cancelled);
+    void Finish(bool cancelled, const RestoreOutcome* outcome = nullptr);
 
 private:
     std::ostream& m_out;
     ScanOutcome m_scan;
     std::uint64_t m_found = 0;
-    std::uint64_t m_restored = 0;
-    std::uint64_t m_failed = 0;
 };

@@ -14,7 +14,8 @@ void AddOptions(CLI::App& app, CommandOptions& options)
 {
     auto* const number =
         app.add_option("N", options.scanNumber, "the number that 'scans' shows for a scan");
-    auto* const all = app.add_flag("--all", options.all, "all scans");
+    auto* const all =
+        app.add_flag("--all", options.all, "all scans, and records that belong to none");
     number->excludes(all);
 }
 
@@ -55,7 +56,12 @@ ExitStatus Run(const CommandOptions& options, CommandStreams& streams, Session& 
         return Refuse(*refusal, streams);
     }
     if (!options.quiet) {
-        streams.err << CountText(outcome.forgotten, "scan") << " forgotten.\n";
+        streams.err << CountText(outcome.forgotten, "scan") << " forgotten"
+                    << (outcome.unlisted != 0
+                            ? ", and the records of " + CountText(outcome.unlisted, "scan") +
+                                  " that the log does not list"
+                            : std::string())
+                    << ".\n";
     }
     return ExitStatus::Done;
 }

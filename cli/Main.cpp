@@ -11,6 +11,8 @@ int main(int count, char** arguments)
 {
     try {
         std::signal(SIGXFSZ, SIG_IGN);  // a limit on the size of files is an error like a full disk
+        std::signal(SIGPIPE, SIG_IGN);  // a reader that has gone stops no restoring
+        OpenStandardStreams();
         std::ios::sync_with_stdio(false);
         CommandStreams streams{std::cout, std::cerr, StandardErrorIsTerminal(), nullptr};
         if (streams.errIsTerminal && StandardInputIsTerminal()) {
@@ -21,7 +23,7 @@ int main(int count, char** arguments)
         const ExitStatus status =
             RunCommandLine({arguments + 1, arguments + count}, streams, session);
         std::cout.flush();
-        if (!std::cout) {
+        if (!std::cout && !StandardOutputHasNoReader()) {
             std::cerr << "lumivault-cli: standard output could not be written.\n";
             return static_cast<int>(ExitStatus::WrongUse);
         }

@@ -21,8 +21,22 @@ void AddOptions(CLI::App& app, CommandOptions& options)
     app.add_flag("--tree", options.tree,
                  "keep the folders that the files had, in place of photo, audio, ...");
     app.add_flag("--force", options.force,
-                 "restore onto the source itself, over other deleted files");
+                 "restore onto the source itself, over other deleted files, and into a folder with "
+                 "too little room");
+    app.add_flag("--again", options.again,
+                 "write files anew that an earlier run has left there, byte for byte the same");
+    app.add_flag("--fill-unreadable", options.fillUnreadable,
+                 "put zeros for what cannot be read, in place of ending the file there");
     AddJsonOption(app, options);
+}
+
+RestoreOptions OptionsOf(const CommandOptions& options)
+{
+    RestoreOptions out;
+    out.skipsEqual = !options.again;
+    out.stopsWhenFull = true;
+    out.fillsUnreadable = options.fillUnreadable;
+    return out;
 }
 
 constexpr std::size_t ShownNameBytes = 40;  // a line that wraps could not be rewritten
@@ -45,6 +59,7 @@ private:
     Answer OnProgress(const RestoreProgress& progress);
     void OnFile(const FoundRow& row, const FileOutcome& outcome);
     ExitStatus Finish(const RestoreOutcome& outcome, const std::filesystem::path& folder);
+    void WriteSum(const RestoreOutcome& outcome, const std::filesystem::path& folder);
 
     const CommandOptions& m_options;
     CommandStreams& m_streams;
@@ -69,19 +84,10 @@ Answer Restorer::OnProgress(const RestoreProgress& progress)
 // What was found is listed whole, also where it was not restored.
 void Restorer::OnFile(const FoundRow& row, const FileOutcome& outcome)
 {
-    std::string error;
-    if (outcome.end == FileEnd::Failed) {
-        error = ErrorText(outcome.why);
-    } else if (outcome.end == FileEnd::Cancelled) {
-        error = "Cancelled before its end.";
-    }
     if (m_report) {
-        ReportedFile file = ReportOf(row, *m_run.Source());
-        file.restoredTo = outcome.written ? outcome.path : std::filesystem::path();
-        file.error = error;
-        m_report->Add(file);
+        m_report->Add(ReportOf(row, *m_run.Source(), outcome));
     }
-    if (!error.empty()) {
+    if (const std::string error = WhatWentWrong(outcome); !error.empty()) {
         m_run.Line().Clear();
         m_streams.err << Printable(outcome.path.string()) << ": " << error << '\n';
     }
@@ -95,7 +101,8 @@ ExitStatus Restorer::Run(Destination& destination)
             OnFile(row, outcome);
         }};
     const std::array sources = {m_run.Source()};
-    const RestoreOutcome outcome = RestoreFiles(sources, m_run.Rows(), destination, calls);
+    const RestoreOutcome outcome =
+        RestoreFiles(sources, m_run.Rows(), destination, calls, OptionsOf(m_options));
     m_run.Line().Clear();
     if (outcome.fault != ResultSuccess) {
         return Refuse(WhyBroken(outcome.fault), m_streams);
@@ -109,11 +116,14 @@ ExitStatus Restorer::Finish(const RestoreOutcome& outcome, const std::filesystem
     const bool cancelled = m_run.Cancelled();
     if (m_report) {
         m_report->SetScan(m_run.Scanned());
-        m_report->Finish(cancelled);
+        m_report->Finish(cancelled, &outcome);
     } else if (!m_options.quiet) {
-        m_streams.out << CountText(found, "file") << " found, " << outcome.restored
-                      << " restored into " << Printable(folder.string()) << ", " << outcome.failed
-                      << " failed.\n";
+        WriteSum(outcome, folder);
+    }
+    if (outcome.full) {
+        m_streams.err << "lumivault-cli: the destination is full; the "
+                      << CountText(outcome.notTried, "file")
+                      << " behind the one that failed were not tried.\n";
     }
     if (found == 0 && !cancelled) {
         m_run.Note("Nothing of the types " + m_options.types +
@@ -125,11 +135,25 @@ ExitStatus Restorer::Finish(const RestoreOutcome& outcome, const std::filesystem
         }
         return ExitStatus::Cancelled;
     }
-    return outcome.failed != 0 ? ExitStatus::SomeFailed : m_run.Status();
+    return outcome.failed + outcome.incomplete != 0 ? ExitStatus::SomeFailed : m_run.Status();
+}
+
+void Restorer::WriteSum(const RestoreOutcome& outcome, const std::filesystem::path& folder)
+{
+    m_streams.out << CountText(m_run.Rows().size(), "file") << " found, " << outcome.restored
+                  << " restored into " << Printable(folder.string()) << ", " << outcome.failed
+                  << " failed";
+    if (outcome.incomplete != 0) {
+        m_streams.out << ", " << outcome.incomplete << " incomplete";
+    }
+    if (outcome.wereThere != 0) {
+        m_streams.out << ", " << outcome.wereThere << " skipped as an earlier run has left them";
+    }
+    m_streams.out << ".\n";
 }
 
 // Makes the folder, where nothing speaks against it or somebody says yes to what does.
-std::optional<Refusal> Prepare(const Destination& destination,
+std::optional<Refusal> Prepare(Destination& destination,
                                const ScanTarget& source,
                                const CommandOptions& options,
                                CommandStreams& streams)
@@ -146,6 +170,25 @@ std::optional<Refusal> Prepare(const Destination& destination,
     return check.fault == DestinationFault::None
                ? std::nullopt
                : std::optional(WhyNot(check, destination.Folder()));
+}
+
+// Nothing where there is room, or somebody wants as many files as fit.
+std::optional<Refusal> CheckRoom(const Destination& destination,
+                                 const ScanRun& run,
+                                 const CommandOptions& options,
+                                 CommandStreams& streams)
+{
+    if (options.force || run.Cancelled()) {
+        return std::nullopt;
+    }
+    const DestinationRoom room =
+        RoomFor(run.Rows(), *run.Source(), destination, OptionsOf(options));
+    const bool allowed =
+        room.IsEnough() || Ask("The files need " + SizeText(room.neededBytes) + ", and " +
+                                   Printable(destination.Folder().string()) + " has " +
+                                   SizeText(room.freeBytes) + " free. Restore as many as fit?",
+                               streams);
+    return allowed ? std::nullopt : std::optional(WhyNot(room, destination.Folder()));
 }
 
 ExitStatus Run(const CommandOptions& options, CommandStreams& streams, Session& session)
@@ -165,6 +208,9 @@ ExitStatus Run(const CommandOptions& options, CommandStreams& streams, Session& 
     }
     if (!refusal) {
         refusal = run.Search(*filter);
+    }
+    if (!refusal) {
+        refusal = CheckRoom(destination, run, options, streams);
     }
     return refusal ? Refuse(*refusal, streams) : Restorer(options, streams, run).Run(destination);
 }

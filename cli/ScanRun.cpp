@@ -42,14 +42,14 @@ std::optional<Refusal> ScanRun::OpenTarget()
         return WhyNot(*refusal);
     }
     const ScanTarget& target = std::get<ScanTarget>(resolved);
-    const LockOutcome lock = m_session.History().Lock();
-    if (lock.end != LockEnd::Taken) {
-        return WhyNot(lock);
-    }
-    if (m_session.History().LiesOn(target)) {
-        Note("Warning: scan records are written to " + Printable(lock.folder.string()) +
-             ", which lies on the source itself and may overwrite deleted files; --data-dir DIR on "
-             "another disk avoids that.");
+    // Asked in front of the lock, which is a file there already.
+    const std::filesystem::path records = m_session.History().RecordsFolder();
+    if (m_session.History().LiesOn(target) &&
+        !Ask("Scan records would be written to " + Printable(records.string()) +
+                 ", which lies on the source itself, and may overwrite deleted files (--data-dir "
+                 "DIR on another disk avoids that). Write them there all the same?",
+             m_streams)) {
+        return WhyNoRecordsIn(records);
     }
     OpenOutcome opened = m_session.Open(target, DepthOf(m_options));
     if (opened.end == OpenEnd::NotLocked) {

@@ -11,8 +11,8 @@ std::string SizeText(std::uint64_t bytes);
 std::string TimeText(std::uint64_t fileTime);
 // "3:10", "1:03:10".
 std::string DurationText(std::int32_t seconds);
-// A name or path as a terminal may see it: control characters, which could be commands to it, become "?", and bytes
-// that are no UTF-8 the replacement character.
+// A name or path as a terminal may see it: control characters, which could be commands to it, become "?", marks that turn the
+// direction of writing or cannot be seen "\u202E", and bytes that are no UTF-8 the replacement character.
 std::string Printable(std::string_view text);
 // "file", "files".
 std::string CountText(std::uint64_t count, std::string_view noun);

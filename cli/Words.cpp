@@ -87,6 +87,11 @@ Refusal WhyNot(const LockOutcome& lock)
                         "; wait for its end, or give this one a folder of its "
                         "own with --data-dir.");
     }
+    if (lock.end == LockEnd::FolderIsLink) {
+        return WrongUse(name +
+                        " is a link, and scan records are not kept behind one; remove it, or "
+                        "give the folder itself with --data-dir.");
+    }
     return WrongUse(
         "the folder for scan records, " + name +
         (lock.end == LockEnd::CannotMakeFolder ? ", cannot be made: " : ", cannot be written: ") +
@@ -151,6 +156,21 @@ Refusal WhyNot(const ImageProblem& problem, const ImageTask& image, const std::s
                     "; choose a folder with more room.");
 }
 
+Refusal WhyNot(const DestinationRoom& room, const std::filesystem::path& folder)
+{
+    return WrongUse("the files need " + SizeText(room.neededBytes) + ", and " +
+                    Printable(folder.string()) + " has " + SizeText(room.freeBytes) +
+                    " free; choose a folder with more room or fewer types, or give --force to "
+                    "restore as many as fit.");
+}
+
+Refusal WhyNoRecordsIn(const std::filesystem::path& folder)
+{
+    return WrongUse("scan records would be written to " + Printable(folder.string()) +
+                    ", which lies on the source itself, and may overwrite deleted files; give a "
+                    "folder on another disk with --data-dir DIR.");
+}
+
 Refusal WhyNoTypes(const std::string& list)
 {
     return WrongUse("'" + list +
@@ -164,6 +184,41 @@ Refusal WhyBroken(ResultCode fault)
                              ? "there is not enough memory; close other programs, or ask for fewer "
                                "types."
                              : ErrorText(fault));
+}
+
+std::string WhatWentWrong(const FileOutcome& outcome)
+{
+    const std::string missing = std::to_string(outcome.Missing()) + " of " +
+                                CountText(outcome.size, "byte") + " are missing.";
+    const std::string damage = outcome.IsDamaged() ? " Damaged: " + missing : std::string();
+    switch (outcome.end) {
+    case FileEnd::Incomplete:
+        return "Incomplete: " + missing;
+    case FileEnd::Failed:
+        return ErrorText(outcome.why) + damage;
+    case FileEnd::Cancelled:
+        return "Cancelled before its end." + damage;
+    case FileEnd::Restored:
+    case FileEnd::NotTried:
+        break;
+    }
+    return {};
+}
+
+std::string_view StateOf(const FileOutcome& outcome)
+{
+    switch (outcome.end) {
+    case FileEnd::Restored:
+        return outcome.wasThere ? "skipped" : "restored";
+    case FileEnd::Incomplete:
+        return "incomplete";
+    case FileEnd::Failed:
+    case FileEnd::Cancelled:
+        return outcome.IsDamaged() ? "damaged" : "failed";
+    case FileEnd::NotTried:
+        break;
+    }
+    return "notTried";
 }
 
 std::string StateOf(const EarlierScan& scan)

@@ -4,6 +4,7 @@
 #include "cli/Command.h"
 #include "session/Destination.h"
 #include "session/ImageTask.h"
+#include "session/RestoreFiles.h"
 #include "session/ScanHistory.h"
 #include "session/ScanTarget.h"
 
@@ -13,10 +14,19 @@ Refusal WhyNot(const TargetRefusal& refusal);
 Refusal WhyNot(const LockOutcome& lock);
 Refusal WhyNot(const DestinationCheck& check, const std::filesystem::path& folder);
 Refusal WhyNot(const ImageProblem& problem, const ImageTask& image, const std::string& source);
+// More than the destination takes.
+Refusal WhyNot(const DestinationRoom& room, const std::filesystem::path& folder);
+// Scan records would be written onto the source.
+Refusal WhyNoRecordsIn(const std::filesystem::path& folder);
 // A list of types that is none.
 Refusal WhyNoTypes(const std::string& list);
 // What ended a whole task: no memory, or worse.
 Refusal WhyBroken(ResultCode fault);
+
+// What is told of a file beside its path; empty when all is well, or when it was not tried.
+std::string WhatWentWrong(const FileOutcome& outcome);
+// "restored", "skipped", "incomplete", "damaged", "failed", "notTried".
+std::string_view StateOf(const FileOutcome& outcome);
 
 // "complete, 2024-05-17T08:30:12, 12 files" or "stopped at 40 %, ...".
 std::string DescribeScan(const EarlierScan& scan);

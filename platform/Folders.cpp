@@ -2,7 +2,9 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <cstdio>
 #include <cstdlib>
+#include <fcntl.h>
 #include <pwd.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -54,6 +56,26 @@ const char* EnvironmentValue(const char* name)
     const char* value =
         std::getenv(name);  // NOLINT(concurrency-mt-unsafe): read before threads start
     return value != nullptr && *value != '\0' ? value : nullptr;
+}
+
+ResultCode RenameFailed()
+{
+    return ErrorFromErrno(errno, FileOperation::Rename);
+}
+
+// For file systems that know neither a rename that spares nor second names: an empty file of ours holds the name, and is
+// the one that is replaced.
+ResultCode RenameOverReservation(const std::filesystem::path& from, const std::filesystem::path& to)
+{
+    if (::mknod(to.c_str(), S_IFREG | S_IRUSR | S_IWUSR, 0) != 0) {
+        return RenameFailed();
+    }
+    if (::rename(from.c_str(), to.c_str()) == 0) {
+        return ResultSuccess;
+    }
+    const ResultCode result = RenameFailed();
+    ::unlink(to.c_str());
+    return result;
 }
 
 // The folder that a variable names, else one below the user's home.
@@ -143,6 +165,22 @@ ResultCode RenameFile(const std::filesystem::path& from, const std::filesystem::
     std::error_code error;
     std::filesystem::rename(from, to, error);
     return FromErrorCode(error, FileOperation::Rename);
+}
+
+ResultCode RenameWithoutReplacing(const std::filesystem::path& from,
+                                  const std::filesystem::path& to)
+{
+    if (::renameat2(AT_FDCWD, from.c_str(), AT_FDCWD, to.c_str(), RENAME_NOREPLACE) == 0) {
+        return ResultSuccess;
+    }
+    if (errno != EINVAL && errno != ENOSYS) {
+        return RenameFailed();
+    }
+    if (::link(from.c_str(), to.c_str()) == 0) {
+        ::unlink(from.c_str());
+        return ResultSuccess;
+    }
+    return errno == EEXIST ? RenameFailed() : RenameOverReservation(from, to);
 }
 
 ResultCode ListFolder(const std::filesystem::path& path, std::vector<std::string>& outNames)

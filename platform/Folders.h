@@ -33,6 +33,9 @@ bool IsWritableFolder(const std::filesystem::path& path);
 [[nodiscard]] ResultCode RemoveTree(const std::filesystem::path& path);
 [[nodiscard]] ResultCode RenameFile(const std::filesystem::path& from,
                                     const std::filesystem::path& to);
+// The same, but never over anything: ResultAlreadyExists when something has the name, whoever made it and however late.
+[[nodiscard]] ResultCode RenameWithoutReplacing(const std::filesystem::path& from,
+                                                const std::filesystem::path& to);
 
 // Names in a folder, sorted by their bytes, without those that begin with a full stop.
 [[nodiscard]] ResultCode ListFolder(const std::filesystem::path& path,

@@ -5,3 +5,8 @@
 bool StandardErrorIsTerminal();
 // Standard input comes from a terminal, so that somebody can be asked.
 bool StandardInputIsTerminal();
+// Whoever read what standard output is piped into has gone.
+bool StandardOutputHasNoReader();
+// A standard stream that was closed before the start leads nowhere from now on: the next file opened would get its number,
+// and what is printed with it.
+void OpenStandardStreams();

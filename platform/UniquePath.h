@@ -11,8 +11,11 @@
 class UniquePaths
 {
 public:
+    // The path itself for 0, else the one with "(number)" behind its stem, which is cut where the component would grow too
+    // long for a file system. An ending that leaves no room for a stem counts as a part of it.
+    static std::filesystem::path Numbered(const std::filesystem::path& path, std::uint64_t number);
     // The path itself when nothing has it, a dangling link included; else with "(1)", "(2)" and so on behind the
-    // stem, the first that is free. The stem is cut where the component would grow too long for a file system.
+    // stem, the first that is free.
     std::filesystem::path Next(const std::filesystem::path& path);
 
 private:

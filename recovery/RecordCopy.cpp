@@ -1,6 +1,7 @@
 #include "recovery/RecordCopy.h"
 
 #include "platform/Folders.h"
+#include "recovery/CopyScope.h"
 #include "recovery/RestoreSupport.h"
 
 #include <algorithm>
@@ -114,6 +115,9 @@ private:
         std::size_t taken = 0;
         const ResultCode result = m_sink.Take(std::span(m_buffer).first(count), &taken);
         m_done += taken;
+        if (CopyScope* const scope = CopyScope::Current()) {
+            scope->TakePiece(taken);
+        }
         if (result != ResultSuccess && (!m_manners.answerReplacesWriteError || !m_tell)) {
             return result;
         }

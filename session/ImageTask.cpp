@@ -1,5 +1,7 @@
 #include "session/ImageTask.h"
 
+#include "platform/Folders.h"
+#include "platform/Ownership.h"
 #include "session/Guard.h"
 #include "session/TargetPlace.h"
 #include "storage/DiskHelpers.h"
@@ -125,10 +127,14 @@ void ImageTask::Copy(const ProgressFunction& progress, ImageOutcome& outcome) co
     if (GetFileSize(m_file, &outcome.oldBytes) != ResultSuccess) {
         outcome.oldBytes = 0;  // not there yet
     }
+    const bool isNew = !PathExists(m_file);
     ProgressFunction call = progress;
     RawDiskCopier copier;
     outcome.why = copier.Copy(m_source.diskNumber, m_source.startSector, m_source.sectorCount,
                               m_file, &OnSectors, &call);
+    if (isNew) {
+        HandToUser(m_file);
+    }
     outcome.sectorSize = copier.SectorSize;
     outcome.writtenSectors = copier.WrittenSectors;
     outcome.failedSector = copier.FailedSector;

@@ -21,9 +21,10 @@ struct RestoreProgress
 enum class FileEnd
 {
     Restored,
-    Failed,     // see why
-    Cancelled,  // before its end
-    NotTried    // the run was stopped before
+    Incomplete,  // the engine met no error, but not all bytes of the file came
+    Failed,      // see why
+    Cancelled,   // before its end
+    NotTried     // the run was stopped before
 };
 
 struct FileOutcome
@@ -32,14 +33,36 @@ struct FileOutcome
     ResultCode why = ResultSuccess;
     std::filesystem::path path;  // empty when it was not tried
     bool written = false;        // something stands there
+    bool wasThere = false;   // and an earlier run has left it: the same bytes are not written again
+    std::uint64_t size = 0;  // that the record tells
+    std::uint64_t came = 0;  // bytes of it that were read
+
+    std::uint64_t Missing() const { return size - came; }
+    // What stands there is cut, or has holes.
+    bool IsDamaged() const
+    {
+        return written && Missing() != 0 && (end == FileEnd::Failed || end == FileEnd::Cancelled);
+    }
 };
 
+// Every file is in one of the counts.
 struct RestoreOutcome
 {
     ResultCode fault = ResultSuccess;
     std::uint64_t restored = 0;
+    std::uint64_t wereThere = 0;  // whole, from an earlier run
+    std::uint64_t incomplete = 0;
     std::uint64_t failed = 0;
-    bool stopped = false;
+    std::uint64_t notTried = 0;
+    bool stopped = false;  // by the face
+    bool full = false;     // the destination is, and the options end the run then
+};
+
+struct RestoreOptions
+{
+    bool skipsEqual = false;       // files that an earlier run has left, byte for byte the same
+    bool stopsWhenFull = false;    // after the file that found no room
+    bool fillsUnreadable = false;  // with zeros, in place of ending the file
 };
 
 // Both are called on the thread that restores. onFile hears of each row once, in their order.
@@ -50,9 +73,27 @@ struct RestoreCalls
         onFile;
 };
 
+// What files need, and what there is for them.
+struct DestinationRoom
+{
+    std::uint64_t neededBytes = 0;
+    std::uint64_t freeBytes = 0;
+
+    bool IsEnough() const { return neededBytes <= freeBytes; }
+};
+
+// By the sizes that the records tell; with skipsEqual those of files that seem to stand there already do not count. A
+// destination that does not tell its room has enough.
+DestinationRoom RoomFor(std::span<const FoundRow> rows,
+                        const ScanSession& source,
+                        const Destination& destination,
+                        const RestoreOptions& options);
+
 // A row's source is the one whose target's letter its record carries; a row without one fails. Whatever goes wrong with one file
-// does not end the others.
+// does not end the others. Until a file is done it has a name that says so; what came of one that failed stands in the end
+// under the name that it was to have, unless nothing did.
 RestoreOutcome RestoreFiles(std::span<const std::shared_ptr<ScanSession>> sources,
                             std::span<const FoundRow> rows,
                             Destination& destination,
-                            const RestoreCalls& calls);
+                            const RestoreCalls& calls,
+                            const RestoreOptions& options = {});

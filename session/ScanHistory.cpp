@@ -103,6 +103,12 @@ ScanHistory::ScanHistory() : m_log(std::make_shared<ScanLogDirectory>()) {}
 
 std::filesystem::path ScanHistory::RecordsFolder() const
 {
+    const std::lock_guard<std::mutex> guard(m_mutex);
+    return RecordsFolderLocked();
+}
+
+std::filesystem::path ScanHistory::RecordsFolderLocked() const
+{
     return m_log->Root().parent_path();
 }
 
@@ -128,10 +134,18 @@ LockOutcome ScanHistory::LockUnguarded()
 {
     const std::lock_guard<std::mutex> guard(m_mutex);
     LockOutcome outcome;
-    outcome.folder = RecordsFolder();
+    outcome.folder = RecordsFolderLocked();
     outcome.lock = m_lock.lock();
     if (outcome.lock != nullptr) {
         return outcome;
+    }
+    for (const std::filesystem::path& folder : {outcome.folder, m_log->Root()}) {
+        std::error_code ignored;
+        if (std::filesystem::is_symlink(std::filesystem::symlink_status(folder, ignored))) {
+            outcome.end = LockEnd::FolderIsLink;
+            outcome.folder = folder;
+            return outcome;
+        }
     }
     outcome.why = MakePrivateFolderWithParents(outcome.folder);
     if (!FolderIsThere(outcome.why)) {
@@ -212,6 +226,9 @@ void ScanHistory::ForgetUnguarded(const std::string* number, ForgetOutcome& outc
         }
         ++outcome.forgotten;
     }
+    if (number == nullptr) {
+        RemoveUnlisted(outcome, inUse);
+    }
     if (const ResultCode result = outcome.forgotten != 0 ? m_log->Save() : ResultSuccess) {
         outcome.why = result;
     }
@@ -224,10 +241,30 @@ void ScanHistory::ForgetUnguarded(const std::string* number, ForgetOutcome& outc
     }
 }
 
+// Quick scans are not listed, nor those whose entry was lost. Their folders are of use to nobody.
+void ScanHistory::RemoveUnlisted(ForgetOutcome& outcome, bool& inUse) const
+{
+    std::vector<std::string> names;
+    (void)ListFolder(outcome.folder, names);  // one that is not there holds none
+    for (const std::string& name : names) {
+        const std::filesystem::path folder = outcome.folder / name;
+        if (!m_log->IsLogFolder(folder) || !IsRealFolder(folder)) {
+            continue;
+        }
+        if (IsInUse(folder)) {
+            inUse = true;
+        } else if (const ResultCode result = m_log->DeleteLog(folder)) {
+            outcome.why = result;
+        } else {
+            ++outcome.unlisted;
+        }
+    }
+}
+
 bool ScanHistory::LiesOn(const ScanTarget& target) const
 {
     const std::lock_guard<std::mutex> guard(m_mutex);
-    return PathTouchesTarget(RecordsFolder(), target) == Touching::Yes;
+    return PathTouchesTarget(RecordsFolderLocked(), target) == Touching::Yes;
 }
 
 std::shared_ptr<ScanLogDirectory> ScanHistory::Log() const

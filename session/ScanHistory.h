@@ -20,6 +20,7 @@ enum class LockEnd
     Taken,
     CannotMakeFolder,
     CannotWriteFolder,
+    FolderIsLink,  // it would lead the records, and their removal, somewhere else
     HeldElsewhere  // by another process
 };
 
@@ -77,6 +78,7 @@ struct ForgetOutcome
 {
     ForgetEnd end = ForgetEnd::Done;
     std::uint64_t forgotten = 0;
+    std::uint64_t unlisted = 0;  // folders of scans that the log did not list, removed with all
     ResultCode why = ResultSuccess;
     std::filesystem::path folder;  // that the scans' own folders lie in
     LockOutcome lock;
@@ -93,6 +95,8 @@ public:
     EarlierScans List() const;
     ForgetOutcome Forget(const std::string& number);
     ForgetOutcome ForgetAll();
+    // Where scan records lie, whether it is there or not.
+    std::filesystem::path RecordsFolder() const;
     // Writing scan records would write onto the target.
     bool LiesOn(const ScanTarget& target) const;
 
@@ -103,7 +107,8 @@ public:
     void SetInUse(const void* user, const std::filesystem::path& folder);
 
 private:
-    std::filesystem::path RecordsFolder() const;
+    std::filesystem::path RecordsFolderLocked() const;
+    void RemoveUnlisted(ForgetOutcome& outcome, bool& inUse) const;
     LockOutcome LockUnguarded();
     ForgetOutcome ForgetWhere(const std::string* number);
     void ForgetUnguarded(const std::string* number, ForgetOutcome& outcome);

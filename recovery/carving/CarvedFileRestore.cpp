@@ -1,4 +1,5 @@
 // The restoring side of CFileTypeRecovery: one sequential copy of the sectors that a record claims.
+#include "recovery/CopyScope.h"
 #include "recovery/RestoreSupport.h"
 #include "recovery/carving/FileTypeRecovery.h"
 
@@ -47,10 +48,10 @@ public:
             return ResultInvalidParameter;
         }
         std::int32_t got = 0;
-        if (const ResultCode result = m_source.ReadSectors(
-                buffer.data(),
-                static_cast<std::int32_t>(std::min(BlockBytes, m_left) / m_sectorSize), m_lba,
-                static_cast<std::int32_t>(m_sectorSize), &got)) {
+        if (const ResultCode result =
+                ReadForCopy(m_source, buffer.data(),
+                            static_cast<std::int32_t>(std::min(BlockBytes, m_left) / m_sectorSize),
+                            m_lba, static_cast<std::int32_t>(m_sectorSize), &got)) {
             return result;
         }
         if (got <= 0) {

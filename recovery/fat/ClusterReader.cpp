@@ -1,5 +1,6 @@
 #include "recovery/fat/ClusterReader.h"
 
+#include "recovery/CopyScope.h"
 #include "recovery/metadata/FatClusters.h"
 
 #include <utility>
@@ -44,7 +45,7 @@ ClusterReader::Next(std::span<std::uint8_t> buffer, std::size_t* outBytes, bool*
         {m_dataSector, 0, static_cast<std::uint32_t>(m_sectorsPerCluster)}, m_cluster);
     std::int32_t sectorsRead = 0;
     const ResultCode result =
-        m_source.ReadSectors(buffer.data(), m_sectorsPerCluster, lba, m_sectorSize, &sectorsRead);
+        ReadForCopy(m_source, buffer.data(), m_sectorsPerCluster, lba, m_sectorSize, &sectorsRead);
     if (sectorsRead == 0 || result != ResultSuccess) {
         return sectorsRead == 0 ? ResultReadFault : result;
     }

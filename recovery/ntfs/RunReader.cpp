@@ -1,5 +1,6 @@
 #include "recovery/ntfs/RunReader.h"
 
+#include "recovery/CopyScope.h"
 #include "recovery/metadata/NtfsVolume.h"
 
 #include <algorithm>
@@ -76,8 +77,8 @@ ResultCode RunReader::Next(std::span<std::uint8_t> buffer, std::size_t* outBytes
     const std::uint64_t chunk = std::min<std::uint64_t>(m_runBytes, buffer.size());
     std::int32_t sectorsRead = 0;
     const ResultCode result =
-        m_source.ReadSectors(buffer.data(), static_cast<std::int32_t>(chunk / m_bytesPerSector),
-                             m_sector, static_cast<std::int32_t>(m_bytesPerSector), &sectorsRead);
+        ReadForCopy(m_source, buffer.data(), static_cast<std::int32_t>(chunk / m_bytesPerSector),
+                    m_sector, static_cast<std::int32_t>(m_bytesPerSector), &sectorsRead);
     if (sectorsRead == 0 || result != ResultSuccess) {
         return sectorsRead == 0 ? ResultReadFault : result;
     }

@@ -135,6 +135,81 @@ TEST_F(CommandLineTest, AListWithoutJsonIsOneLineAFileAndSafeForATerminal)
     EXPECT_EQ(outcome.err, "4 files of the types asked for.\n");
 }
 
+TEST_F(CommandLineTest, MarksThatTurnTheDirectionOfWritingAreShownEscaped)
+{
+    m_script.Add("photo\u202Egpj.exe\u2066.jpg", 1);
+    m_script.Add("\u0645\u06CC\u200C\u062E.jpg", 1);  // a joiner that its script needs
+    const Outcome outcome = RunAsGiven({"list", m_card, "--types", "jpg"});
+    EXPECT_NE(outcome.out.find("photo\\u202Egpj.exe\\u2066.jpg"), std::string::npos) << outcome.out;
+    EXPECT_NE(outcome.out.find("\u0645\u06CC\u200C\u062E.jpg"), std::string::npos);
+}
+
+TEST_F(CommandLineTest, IncompleteFilesAreCountedAndEndWithAStatus)
+{
+    m_script.records[1].FileSize = 9;
+    const Outcome outcome = RunAsGiven({"recover", m_card, Out()});
+    EXPECT_EQ(outcome.status, 1);
+    EXPECT_EQ(outcome.err, Out() + "/photo/b.jpg: Incomplete: 5 of 9 bytes are missing.\n");
+    EXPECT_EQ(outcome.out,
+              "3 files found, 2 restored into " + Out() + ", 0 failed, 1 incomplete.\n");
+    const Json::Value report = Parse(RunAsGiven({"recover", m_card, Out(), "--json"}).out);
+    EXPECT_EQ(report["incomplete"].asInt(), 1);
+    EXPECT_EQ(report["skipped"].asInt(), 2);
+    EXPECT_EQ(report["restored"].asInt(), 0);
+    EXPECT_EQ(report["files"][0]["state"], "skipped");
+    EXPECT_EQ(report["files"][0]["restoredTo"], Out() + "/photo/a.jpg");
+    EXPECT_EQ(report["files"][1]["state"], "incomplete");
+    EXPECT_EQ(report["files"][1]["missing"].asInt(), 5);
+    EXPECT_EQ(FilesBelow(Out()).size(), 3u) << "also the incomplete one is not written twice";
+    EXPECT_EQ(Parse(RunAsGiven({"recover", m_card, Out(), "--json", "--again"}).out)["restored"],
+              2);
+}
+
+TEST_F(CommandLineTest, AFullDestinationIsAskedAboutAndToldOnce)
+{
+    m_script.records[1].FileSize = UINT64_MAX / 2;
+    const Outcome refused = RunAsGiven({"recover", m_card, Out()});
+    EXPECT_EQ(refused.status, 2);
+    EXPECT_NE(refused.err.find("give --force"), std::string::npos) << refused.err;
+    EXPECT_TRUE(FilesBelow(Out()).empty());
+    m_script.restores = [](const FileRecord& record) {
+        return record.NameText() == "a.jpg" ? ResultDiskFull : ResultSuccess;
+    };
+    std::istringstream yes("y\n");
+    const Outcome full = RunAsGiven({"recover", m_card, Out()}, false, &yes);
+    EXPECT_EQ(full.status, 1);
+    EXPECT_EQ(full.out, "3 files found, 0 restored into " + Out() + ", 1 failed.\n");
+    EXPECT_NE(full.err.find("is full; the 2 files behind"), std::string::npos) << full.err;
+    EXPECT_EQ(RunAsGiven({"recover", m_card, Out(), "--force"}).status, 1);
+}
+
+TEST_F(CommandLineTest, ALinkInPlaceOfTheRecordsFolderIsRefused)
+{
+    std::filesystem::create_directories(m_folder / "data");
+    std::filesystem::create_directories(m_folder / "elsewhere");
+    std::filesystem::create_directory_symlink(m_folder / "elsewhere",
+                                              m_folder / "data/OrvantaLumivault");
+    const Outcome outcome = RunAsGiven({"scan", m_card});
+    EXPECT_EQ(outcome.status, 2);
+    EXPECT_NE(outcome.err.find("OrvantaLumivault is a link"), std::string::npos) << outcome.err;
+    EXPECT_TRUE(FilesBelow(m_folder / "elsewhere").empty());
+}
+
+TEST_F(CommandLineTest, ForgettingAllRemovesWhatNoEntryNames)
+{
+    const std::filesystem::path log = m_folder / "data/OrvantaLumivault/ScanLog";
+    for (const char* name : {"7", "8x", "notes"}) {
+        std::filesystem::create_directories(log / name);
+        WriteFileBytes(log / name / "store", Bytes("00"));
+    }
+    const Outcome outcome = RunAsGiven({"forget", "--all"});
+    EXPECT_EQ(outcome.err,
+              "0 scans forgotten, and the records of 1 scan that the log does not list.\n");
+    EXPECT_FALSE(PathExists(log / "7"));
+    EXPECT_TRUE(PathExists(log / "8x/store"));
+    EXPECT_TRUE(PathExists(log / "notes/store"));
+}
+
 TEST_F(CommandLineTest, AFileThatCannotBeReadIsTheOnlyOneThatFails)
 {
     m_script.restores = [](const FileRecord& record) {
@@ -142,7 +217,8 @@ TEST_F(CommandLineTest, AFileThatCannotBeReadIsTheOnlyOneThatFails)
     };
     const Outcome outcome = RunAsGiven({"recover", m_card, Out(), "--json", "--quiet"});
     EXPECT_EQ(outcome.status, 1);
-    EXPECT_EQ(outcome.err, Out() + "/photo/b.jpg: The disk could not be read.\n");
+    EXPECT_EQ(outcome.err, Out() + "/photo/b.jpg: The disk could not be read. Damaged: 2 of 4 "
+                                   "bytes are missing.\n");
     const Json::Value report = Parse(outcome.out);
     EXPECT_EQ(report["found"].asInt(), 3);
     EXPECT_EQ(report["restored"].asInt(), 2);
@@ -153,6 +229,9 @@ TEST_F(CommandLineTest, AFileThatCannotBeReadIsTheOnlyOneThatFails)
         const Json::Value& file = report["files"][i];
         EXPECT_EQ(file["restoredTo"], Out() + "/photo/" + names[i]);
         EXPECT_EQ(file["error"].isNull(), i != 1);
+        EXPECT_EQ(file["state"], i != 1 ? "restored" : "damaged");
+        EXPECT_EQ(file["missing"].asInt(), i != 1 ? 0 : 2);
+        EXPECT_EQ(file["place"].asUInt(), i + 1);
     }
     const Outcome none = RunAsGiven({"recover", m_card, Out(), "--types", "zip"});
     EXPECT_EQ(none.status, 0);
@@ -170,7 +249,8 @@ TEST_F(CommandLineTest, AnInterruptKeepsWhatWasRestored)
     };
     const Outcome outcome = RunAsGiven({"recover", m_card, Out(), "--json"});
     EXPECT_EQ(outcome.status, 130);
-    EXPECT_NE(outcome.err.find("b.jpg: Cancelled before its end.\n"), std::string::npos);
+    EXPECT_NE(outcome.err.find("b.jpg: Cancelled before its end. Damaged: 2 of 4 bytes"),
+              std::string::npos);
     EXPECT_TRUE(outcome.err.ends_with("Cancelled; what was restored until then is kept.\n"));
     const Json::Value report = Parse(outcome.out);
     EXPECT_TRUE(report["cancelled"].asBool());

@@ -115,6 +115,21 @@ TEST_F(MadeUpDiskTest, WhatTheSystemDoesNotTellIsAsked)
     EXPECT_TRUE(std::filesystem::exists(m_folder / "out/photo/second picture.png"));
 }
 
+TEST_F(MadeUpDiskTest, RecordsOnTheSourceAreAskedAboutBeforeAnythingIsWritten)
+{
+    FileIdentity here;
+    ASSERT_EQ(IdentifyPath(m_folder.Path(), here), ResultSuccess);
+    m_system.AddMount(std::to_string(here.mountId) + " 1 0:77 / / rw - fuseblk " + Card() + " rw");
+    const Outcome refused = RunAsGiven({"scan", Card(), "--fast"});
+    EXPECT_EQ(refused.status, 2);
+    EXPECT_NE(refused.err.find("with --data-dir DIR."), std::string::npos) << refused.err;
+    EXPECT_FALSE(std::filesystem::exists(m_folder / "data"));
+    for (const auto& [answer, status] : {std::pair("n\n", 2), std::pair("y\n", 0)}) {
+        std::istringstream answers(answer);
+        EXPECT_EQ(RunAsGiven({"scan", Card(), "--fast"}, true, &answers).status, status);
+    }
+}
+
 TEST_F(MadeUpDiskTest, AListThatIsEmptyOrCannotBeHadIsSaid)
 {
     const Outcome none = RunAsGiven({"targets"});

@@ -1,5 +1,6 @@
 // Scan and restore from end to end, on real volumes.
 #include "tests/cli/CliFixture.h"
+#include "tests/support/FailingReader.h"
 #include "tests/support/RunCommand.h"
 
 namespace {
@@ -103,6 +104,59 @@ TEST_F(RecoverCommandTest, TreeKeepsFoldersAndNeverReplacesWhatIsThere)
     for (const Json::Value& file : report["files"]) {
         EXPECT_EQ(ReadFileBytes(file["restoredTo"].asString()).size(), file["size"].asUInt64());
         EXPECT_TRUE(file["error"].isNull());
+    }
+}
+
+TEST_F(RecoverCommandTest, WhatCannotBeReadEndsAFileOrBecomesZeros)
+{
+    const ByteVector& picture = m_originals["first picture.jpg"];
+    FailingReader source;
+    const std::uint64_t bad = ImageFile(m_card->ImagePath()).Find(picture) + 5 * 512;
+    source.FailBytes(bad, bad + 512);
+    const Outcome cut = RunFast({"recover", Card(), (m_folder / "cut").string(), "--tree"});
+    EXPECT_EQ(cut.status, 1);
+    const std::string missing = std::to_string(picture.size() - 5 * 512) + " of " +
+                                std::to_string(picture.size()) + " bytes are missing.\n";
+    EXPECT_NE(cut.err.find("read. Damaged: " + missing), std::string::npos) << cut.err;
+    EXPECT_EQ(FilesBelow(m_folder / "cut").at("first picture.jpg").size(), 5u * 512);
+
+    const Outcome filled = RunFast({"recover", Card(), (m_folder / "filled").string(), "--tree",
+                                    "--fill-unreadable", "--json"});
+    EXPECT_EQ(filled.status, 1);
+    ByteVector expected = picture;
+    std::fill_n(expected.begin() + 5 * 512, 512, std::uint8_t{0});
+    EXPECT_EQ(FilesBelow(m_folder / "filled").at("first picture.jpg"), expected);
+    const Json::Value report = Parse(filled.out);
+    EXPECT_EQ(report["incomplete"].asInt(), 1);
+    EXPECT_EQ(report["restored"].asInt(), 3);
+    EXPECT_NE(filled.err.find("first picture.jpg: Incomplete: 512 of"), std::string::npos);
+}
+
+TEST_F(RecoverCommandTest, AReaderThatGoesAwayStopsNothingAndNoStreamLandsInAFile)
+{
+    const std::string run = "\"$@\" ";
+    const std::vector<std::string> program = {LUMIVAULT_CLI,
+                                              "recover",
+                                              Card(),
+                                              "--fast",
+                                              "--json",
+                                              "--data-dir",
+                                              (m_folder / "data").string()};
+    const auto shell = [&](const std::string& script, const std::string& folder) {
+        std::vector<std::string> arguments = {"bash", "-c", script, "sh"};
+        arguments.insert(arguments.end(), program.begin(), program.end());
+        arguments.push_back((m_folder / folder).string());
+        return RunCommand(arguments);
+    };
+    const CommandResult piped = shell(run + "| true; echo ${PIPESTATUS[0]}", "piped");
+    EXPECT_EQ(piped.out, "0\n") << piped.err;
+    EXPECT_EQ(piped.err.find("could not be written"), std::string::npos) << piped.err;
+    EXPECT_EQ(FilesBelow(m_folder / "piped").size(), 4u);
+    EXPECT_EQ(shell(run + ">&- <&- 2>&-", "closed").exitStatus, 0);
+    EXPECT_EQ(FilesBelow(m_folder / "closed").size(), 4u);
+    EXPECT_TRUE(ReadFileBytes(m_folder / "data/OrvantaLumivault/in-use.lock").empty());
+    if (std::filesystem::exists("/dev/full")) {
+        EXPECT_EQ(shell(run + "> /dev/full", "full").exitStatus, 2);
     }
 }
 

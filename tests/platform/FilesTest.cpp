@@ -1,6 +1,7 @@
 // File handles, folders and paths, on a real file system.
 #include "platform/FileHandle.h"
 #include "platform/Folders.h"
+#include "platform/Ownership.h"
 #include "platform/UniquePath.h"
 #include "tests/support/Bytes.h"
 
@@ -66,7 +67,7 @@ TEST_F(FilesTest, WritingNeverGoesThroughALink)
     EXPECT_EQ(ReadFileBytes(m_folder / "precious"), Bytes("'keep'"));
     struct stat status = {};
     ASSERT_EQ(::stat((m_folder / "new").c_str(), &status), 0);
-    EXPECT_EQ(status.st_mode & 077, 0u) << "restored files are private";
+    EXPECT_EQ(status.st_mode & 077, 0u) << "until they are done";
 }
 
 TEST_F(FilesTest, AMovedHandleClosesOnce)
@@ -170,6 +171,59 @@ TEST_F(FilesTest, UniquePathsCountUpBehindTheStem)
     const std::string longest = std::string(250, 'x') + ".jpeg";
     EXPECT_EQ(take(longest), longest);
     EXPECT_EQ(take(longest), std::string(247, 'x') + "(1).jpeg");
+    // An ending that leaves no room for the number is a part of the stem.
+    std::string ending = "1.";
+    for (int i = 0; i < 126; ++i) {
+        ending += "\u0416";
+    }
+    EXPECT_EQ(take(ending), ending);
+    EXPECT_EQ(take(ending), ending.substr(0, 252) + "(1)");
+}
+
+TEST_F(FilesTest, ARenameThatSparesReplacesNothing)
+{
+    WriteFileBytes(m_folder / "part", Bytes("'new'"));
+    WriteFileBytes(m_folder / "taken", Bytes("'keep'"));
+    std::filesystem::create_symlink("nowhere", m_folder / "dangling");
+    for (const char* name : {"taken", "dangling"}) {
+        EXPECT_EQ(RenameWithoutReplacing(m_folder / "part", m_folder / name), ResultAlreadyExists);
+    }
+    EXPECT_EQ(ReadFileBytes(m_folder / "taken"), Bytes("'keep'"));
+    EXPECT_EQ(RenameWithoutReplacing(m_folder / "part", m_folder / "free"), ResultSuccess);
+    EXPECT_FALSE(PathExists(m_folder / "part"));
+    EXPECT_EQ(ReadFileBytes(m_folder / "free"), Bytes("'new'"));
+}
+
+TEST_F(FilesTest, WhatIsMadeUnderSudoBelongsToWhoCalledIt)
+{
+    const auto statusOf = [this](const char* name) {
+        struct stat status = {};
+        EXPECT_EQ(::stat((m_folder / name).c_str(), &status), 0);
+        return status;
+    };
+    for (const char* name : {"file", "named", "target"}) {
+        FileHandle made;
+        ASSERT_EQ(made.OpenOrCreate(m_folder / name), ResultSuccess);
+    }
+    std::filesystem::create_hard_link(m_folder / "named", m_folder / "other name");
+    std::filesystem::create_symlink("target", m_folder / "link");
+    ::setenv("SUDO_UID", "4321", 1);
+    ::setenv("SUDO_GID", "1234", 1);
+    for (const char* name : {"file", "named", "link"}) {
+        HandToUser(m_folder / name);
+    }
+    ::unsetenv("SUDO_UID");
+    ::unsetenv("SUDO_GID");
+    const mode_t mask = ::umask(0);
+    ::umask(mask);
+    EXPECT_EQ(statusOf("file").st_mode & 0777, 0666 & ~mask);
+    EXPECT_EQ(statusOf("named").st_mode & 0777, 0600u) << "another name leads to it";
+    EXPECT_EQ(statusOf("target").st_mode & 0777, 0600u);
+    if (::geteuid() == 0) {
+        EXPECT_EQ(statusOf("file").st_uid, 4321u);
+        EXPECT_EQ(statusOf("file").st_gid, 1234u);
+        EXPECT_EQ(statusOf("named").st_uid, 0u);
+    }
 }
 
 }  // namespace

@@ -99,6 +99,37 @@ TEST(SafeName, NoNameLeavesTheFolder)
     }
 }
 
+TEST(SafeName, AnExtensionWithoutRoomForAStemIsCutAsText)
+{
+    std::string letters;
+    for (int i = 0; i < 130; ++i) {
+        letters += "\u0416";
+    }
+    EXPECT_EQ(SafeFileName("1." + letters), "1." + letters.substr(0, 252));
+    EXPECT_EQ(SafeFileName("ab." + std::string(254, 'x')), "ab." + std::string(252, 'x'));
+}
+
+TEST(SafeName, WindowsRulesLeaveNoNameThatItsFileSystemsRefuse)
+{
+    const std::pair<std::string, std::string> cases[] = {
+        {"12:30 \"a\" <b>|c?.jpg", "12_30 _a_ _b__c_.jpg"},
+        {"a\\b*c/d", "a_b_c_d"},
+        {"end. . ", "end"},
+        {"...", "_"},
+        {" a.b", " a.b"},
+        {"..", "__"},
+        {"NUL", "_NUL"},
+        {"com1.tar.gz", "_com1.tar.gz"},
+        {"LPT9 .txt", "_LPT9 .txt"},
+        {"com0", "com0"},
+        {"console.txt", "console.txt"},
+    };
+    for (const auto& [name, safe] : cases) {
+        EXPECT_EQ(SafeFileName(name, NameRules::Windows), safe);
+    }
+    EXPECT_EQ(SafeFolderPath("a:b\\..\\aux\\", NameRules::Windows), "a_b/__/_aux");
+}
+
 TEST(SafeName, FolderPathsStayRelativeWhateverTheirComponents)
 {
     const std::pair<std::string, std::string> cases[] = {
