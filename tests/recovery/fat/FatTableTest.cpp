@@ -113,12 +113,14 @@ protected:
         m_geometry.sectorsPerCluster = odd.sectorsPerCluster;
         // Two to a slot of a FAT16; behind the first window too, and none that ends the walk early.
         for (std::uint32_t i = 0; i < 300; ++i) {
-            m_entries[5 + i * 7] = i % 5 == 0 ? 0x0FFFFFFF : (30 + i * 3) | (400 + i) << 16;
-            m_entries[static_cast<std::uint32_t>(Window / 4) + i] = 0x0FFFFFF8 - i % 2;
+            m_entries[5 + i * 7] = i % 5 == 0 ? UINT32_MAX : (30 + i * 3) | (400 + i) << 16;
+            if (odd.bytesBehind > Window) {
+                m_entries[static_cast<std::uint32_t>(Window / 4) + i] = (2000 + i * 3) | 0xFFFF0000;
+            }
         }
         if (odd.isFat32) {
             for (auto& [cluster, entry] : m_entries) {
-                entry = entry >= 0x0FFFFFF0 ? 0x0FFFFFFF : entry & 0xFFF;
+                entry = entry == UINT32_MAX ? entry : entry & 0xFFF;
             }
         }
         Open(odd.bytesBehind);
