@@ -5,6 +5,7 @@
 #include <cerrno>
 #include <fcntl.h>
 #include <linux/fs.h>
+#include <string>
 #include <sys/file.h>
 #include <sys/ioctl.h>
 #include <sys/stat.h>
@@ -99,6 +100,20 @@ ResultCode FileHandle::OpenOrCreate(const std::filesystem::path& path)
     return ResultSuccess;
 }
 
+ResultCode FileHandle::OpenDirect(FileHandle& outHandle) const
+{
+    if (!IsBlockDevice()) {
+        return ResultNotSupported;
+    }
+    const std::string self = "/proc/self/fd/" + std::to_string(m_descriptor);
+    FileHandle opened(OpenRetrying(self, O_RDONLY | O_DIRECT));
+    if (!opened.IsOpen()) {
+        return ErrorFromErrno(errno, FileOperation::Open);
+    }
+    outHandle = std::move(opened);
+    return ResultSuccess;
+}
+
 ResultCode FileHandle::Duplicate(FileHandle& outHandle) const
 {
     const int descriptor = ::fcntl(m_descriptor, F_DUPFD_CLOEXEC, 0);
@@ -162,6 +177,12 @@ ResultCode FileHandle::Truncate(std::uint64_t sizeBytes) const
     return ::ftruncate(m_descriptor, static_cast<off_t>(sizeBytes)) == 0
                ? ResultSuccess
                : ErrorFromErrno(errno, FileOperation::Write);
+}
+
+ResultCode FileHandle::Sync() const
+{
+    return ::fdatasync(m_descriptor) == 0 ? ResultSuccess
+                                          : ErrorFromErrno(errno, FileOperation::Write);
 }
 
 ResultCode FileHandle::Size(std::uint64_t* outBytes) const

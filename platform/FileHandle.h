@@ -30,6 +30,9 @@ public:
     // link.
     [[nodiscard]] ResultCode OpenOrCreate(const std::filesystem::path& path);
 
+    // Another opening of the same device that goes past the system's cache: a sector that cannot be read does not take those
+    // around it with it. ResultNotSupported for what is no device; a user without rights to it may be refused.
+    [[nodiscard]] ResultCode OpenDirect(FileHandle& outHandle) const;
     // A second handle of the same opening. The other one is replaced only on success.
     [[nodiscard]] ResultCode Duplicate(FileHandle& outHandle) const;
 
@@ -43,6 +46,8 @@ public:
                                      std::size_t count,
                                      std::size_t* outWritten = nullptr) const;
     [[nodiscard]] ResultCode Truncate(std::uint64_t sizeBytes) const;
+    // Returns when what was written has reached the medium.
+    [[nodiscard]] ResultCode Sync() const;
     // Size in bytes of a regular file or block device.
     [[nodiscard]] ResultCode Size(std::uint64_t* outBytes) const;
     // Last write time as a FILETIME.
