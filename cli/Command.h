@@ -1,6 +1,7 @@
 // What every command of lumivault-cli shares: its options, its streams, its exit status, its row in the table.
 #pragma once
 
+#include <cstdint>
 #include <filesystem>
 #include <iosfwd>
 #include <optional>
@@ -50,6 +51,8 @@ struct CommandOptions
     bool quiet = false;
     bool again = false;
     bool fillUnreadable = false;
+    bool rescue = false;
+    std::uint32_t retries = 0;
 };
 
 struct CommandStreams

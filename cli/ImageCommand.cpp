@@ -1,6 +1,7 @@
 // lumivault-cli image: copies a disk or a part of it into a file.
 #include "cli/Cancel.h"
 #include "cli/ProgressLine.h"
+#include "cli/RescueRun.h"
 #include "cli/TextForms.h"
 #include "cli/Words.h"
 #include "session/ImageTask.h"
@@ -19,6 +20,13 @@ void AddOptions(CLI::App& app, CommandOptions& options)
     app.add_flag("--force", options.force,
                  "write over a file that exists, and to a folder of which the system does not tell "
                  "whether it lies on the source");
+    auto* const rescue = app.add_flag("--rescue", options.rescue,
+                                      "for a disk that fails: what can be read comes first, bad "
+                                      "areas are left out; FILE.map keeps "
+                                      "what is known, so that a run that was stopped goes on");
+    app.add_option("--retries", options.retries, "how often a bad sector is tried again in the end")
+        ->type_name("N")
+        ->needs(rescue);
 }
 
 std::string Sectors(std::uint64_t count, const ImageOutcome& outcome)
@@ -79,7 +87,9 @@ ExitStatus Tell(const ImageOutcome& outcome,
     case ImageEnd::ReadFault:
         return Refuse({ExitStatus::TargetFailed, "the disk could not be read at sector " +
                                                      std::to_string(outcome.failedSector) + ". " +
-                                                     kept},
+                                                     kept +
+                                                     " With --rescue all that can be read is "
+                                                     "copied, and what is bad is left out."},
                       streams);
     case ImageEnd::SourceNotOpened:
         return Refuse(WhyNot(WhyNotOpened(options.target, outcome.why)), streams);
@@ -97,6 +107,9 @@ ExitStatus Run(const CommandOptions& options, CommandStreams& streams, Session& 
     const ResolvedTarget source = session.Resolve(options.target);
     if (const auto* refusal = std::get_if<TargetRefusal>(&source)) {
         return Refuse(WhyNot(*refusal), streams);
+    }
+    if (options.rescue) {
+        return RunRescue(std::get<ScanTarget>(source), options, streams, &IsAllowed);
     }
     ImageTask image(std::get<ScanTarget>(source), options.imageFile);
     const std::string name = Printable(image.File().string());
@@ -116,8 +129,10 @@ ExitStatus Run(const CommandOptions& options, CommandStreams& streams, Session& 
 
 }  // namespace
 
-const Command ImageCommand = {"image", "copy a disk, a partition or a gap into an image file",
-                              "  sudo lumivault-cli image /dev/sdb ./card.img\n"
-                              "  sudo lumivault-cli image '#3' ./card.img\n"
-                              "  lumivault-cli recover card.img ./recovered\n",
-                              &AddOptions, &Run};
+const Command ImageCommand = {
+    "image", "copy a disk, a partition or a gap into an image file",
+    "  sudo lumivault-cli image /dev/sdb ./card.img\n"
+    "  sudo lumivault-cli image '#3' ./card.img\n"
+    "  sudo lumivault-cli image /dev/sdb ./card.img --rescue --retries 2\n"
+    "  lumivault-cli recover card.img ./recovered\n",
+    &AddOptions, &Run};

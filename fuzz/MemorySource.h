@@ -1,4 +1,4 @@
-// A source whose sectors are the fuzzer's bytes.
+// Sources whose sectors are the fuzzer's bytes.
 #pragma once
 
 #include "platform/ByteView.h"
@@ -10,35 +10,28 @@
 #include <memory>
 #include <vector>
 
-// The bytes must outlive every source made of them.
-class MemorySource
+// While it lives, every source that is opened reads these bytes, whatever file it was opened on; the file gives the size
+// alone. The bytes must outlive every source made of them.
+class MemoryBytes
 {
 public:
-    // Zeros fill the last sector.
-    explicit MemorySource(ByteVector image) : m_image(std::move(image))
+    explicit MemoryBytes(ByteVector bytes) : m_bytes(std::move(bytes))
     {
-        m_image.resize((m_image.size() + 511) / 512 * 512);
         SetReaderDecorator([this](std::unique_ptr<IByteReader>) -> std::unique_ptr<IByteReader> {
-            return std::make_unique<Reader>(m_image);
+            return std::make_unique<Reader>(m_bytes);
         });
     }
-    MemorySource(const MemorySource&) = delete;
-    MemorySource& operator=(const MemorySource&) = delete;
-    ~MemorySource() { SetReaderDecorator({}); }
+    MemoryBytes(const MemoryBytes&) = delete;
+    MemoryBytes& operator=(const MemoryBytes&) = delete;
+    ~MemoryBytes() { SetReaderDecorator({}); }
 
-    void Open(SectorSource& source) const
-    {
-        (void)source.OpenImage("/dev/null");
-        source.totalSectors = m_image.size() / 512;
-    }
-    std::uint64_t Sectors() const { return m_image.size() / 512; }
-    ByteView Sector(std::uint64_t lba) const { return {m_image.data() + lba * 512, 512}; }
+    const ByteVector& Bytes() const { return m_bytes; }
 
 private:
     class Reader : public IByteReader
     {
     public:
-        explicit Reader(const ByteVector& image) : m_bytes(image) {}
+        explicit Reader(const ByteVector& bytes) : m_bytes(bytes) {}
         ResultCode ReadAt(std::uint64_t position,
                           std::uint8_t* buffer,
                           std::size_t count,
@@ -55,5 +48,30 @@ private:
         const ByteVector& m_bytes;
     };
 
-    ByteVector m_image;
+    ByteVector m_bytes;
+};
+
+// Whole sectors, for what reads through a SectorSource alone.
+class MemorySource
+{
+public:
+    // Zeros fill the last sector.
+    explicit MemorySource(ByteVector image) : m_memory(WholeSectors(std::move(image))) {}
+
+    void Open(SectorSource& source) const
+    {
+        (void)source.OpenImage("/dev/null");
+        source.totalSectors = Sectors();
+    }
+    std::uint64_t Sectors() const { return m_memory.Bytes().size() / 512; }
+    ByteView Sector(std::uint64_t lba) const { return {m_memory.Bytes().data() + lba * 512, 512}; }
+
+private:
+    static ByteVector WholeSectors(ByteVector image)
+    {
+        image.resize((image.size() + 511) / 512 * 512);
+        return image;
+    }
+
+    MemoryBytes m_memory;
 };

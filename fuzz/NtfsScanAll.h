@@ -1,8 +1,8 @@
 // What a user can do with one NTFS image, within bounds: scan, free ranges, listing, search, restore and preview.
 #pragma once
 
+#include "fuzz/ScratchImage.h"
 #include "recovery/ntfs/FastNtfsRecovery.h"
-#include "tests/support/TempFolder.h"
 
 #include <algorithm>
 #include <cstdlib>
@@ -33,11 +33,9 @@ inline void WalkFreeRanges(CFastNtfsRecovery& engine)
 
 inline void ScanAll(const ByteVector& image)
 {
-    const TempFolder folder;
-    const DataFolder data;
-    WriteFileBytes(folder / "image", image);
+    const ScratchImage scratch(image.data(), image.size());
     CFastNtfsRecovery engine(OpenLog());
-    if (engine.OpenImageFile(folder / "image", u'F') != ResultSuccess) {
+    if (engine.OpenImageFile(ScratchImage::Path(), u'F') != ResultSuccess) {
         return;
     }
     StepLimit limit;
@@ -61,7 +59,7 @@ inline void ScanAll(const ByteVector& image)
         std::string path;
         (void)engine.GetRecordPath(&record, path);
         limit.steps = 0;
-        (void)engine.RestoreRecord(&record, folder / "out/file", 2);
+        (void)engine.RestoreRecord(&record, ScratchImage::Folder() / "out/file", 2);
         std::filesystem::path temp;
         std::uint8_t buffer[1024] = {};
         std::uint32_t size = sizeof buffer;

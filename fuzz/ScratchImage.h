@@ -1,32 +1,61 @@
-// An input as an image file, and what is asked of an engine that has scanned it.
+// An input as an image, and what is asked of an engine that has scanned it.
 #pragma once
 
+#include "fuzz/MemorySource.h"
+#include "platform/FileHandle.h"
 #include "recovery/FileRecoveryParse.h"
 #include "recovery/ScanLogDirectory.h"
 #include "tests/support/TempFolder.h"
 
 #include <algorithm>
 #include <array>
+#include <cstdlib>
 #include <filesystem>
 
-// At least as long as a target must be; at most 256 KB. One file for the whole process, in a data folder of its own.
+// An image in memory with a name: at least as long as a target must be, at most 256 KB. What the engines write lies in one
+// folder for the whole process, in memory too where the system has such a place, and is emptied for every input, so that
+// none sees what an earlier one left.
 class ScratchImage
 {
 public:
     ScratchImage(const std::uint8_t* data, std::size_t size)
+        : m_memory(Sized({data, data + std::min<std::size_t>(size, 256 * 1024)}))
     {
-        ByteVector bytes(data, data + std::min<std::size_t>(size, 256 * 1024));
-        bytes.resize(std::max<std::size_t>(bytes.size(), 16384));
-        WriteFileBytes(Path(), bytes);
+        std::error_code ignored;
+        for (const std::filesystem::path& top : {Folder().Path(), DataTop()}) {
+            for (const auto& entry : std::filesystem::directory_iterator(top, ignored)) {
+                if (entry.path() != Path()) {
+                    std::filesystem::remove_all(entry.path(), ignored);
+                }
+            }
+        }
+        // A hole: who opens it learns the size from it.
+        FileHandle file;
+        if (file.OpenOrCreate(Path()) != ResultSuccess ||
+            file.Truncate(m_memory.Bytes().size()) != ResultSuccess) {
+            std::abort();
+        }
     }
-    std::filesystem::path Path() const { return Folder() / "scratch.img"; }
-
+    static std::filesystem::path Path() { return Folder() / "scratch.img"; }
     static const TempFolder& Folder()
     {
-        static const DataFolder dataFolder;
         static const TempFolder folder;
         return folder;
     }
+
+private:
+    static const std::filesystem::path& DataTop()
+    {
+        static const DataFolder folder;
+        return folder.Path();
+    }
+    static ByteVector Sized(ByteVector bytes)
+    {
+        bytes.resize(std::max<std::size_t>(bytes.size(), 16384));
+        return bytes;
+    }
+
+    MemoryBytes m_memory;
 };
 
 // Stops a copy that a forged size makes endless.

@@ -5,6 +5,7 @@
 #include <cerrno>
 #include <fcntl.h>
 #include <linux/fs.h>
+#include <string>
 #include <sys/file.h>
 #include <sys/ioctl.h>
 #include <sys/stat.h>
@@ -96,6 +97,20 @@ ResultCode FileHandle::OpenOrCreate(const std::filesystem::path& path)
         return ResultAccessDenied;
     }
     *this = std::move(opened);
+    return ResultSuccess;
+}
+
+ResultCode FileHandle::OpenDirect(FileHandle& outHandle) const
+{
+    if (!IsBlockDevice()) {
+        return ResultNotSupported;
+    }
+    const std::string self = "/proc/self/fd/" + std::to_string(m_descriptor);
+    FileHandle opened(OpenRetrying(self, O_RDONLY | O_DIRECT));
+    if (!opened.IsOpen()) {
+        return ErrorFromErrno(errno, FileOperation::Open);
+    }
+    outHandle = std::move(opened);
     return ResultSuccess;
 }
 

@@ -30,6 +30,9 @@ public:
     // link.
     [[nodiscard]] ResultCode OpenOrCreate(const std::filesystem::path& path);
 
+    // Another opening of the same device that goes past the system's cache: a sector that cannot be read does not take those
+    // around it with it. ResultNotSupported for what is no device; a user without rights to it may be refused.
+    [[nodiscard]] ResultCode OpenDirect(FileHandle& outHandle) const;
     // A second handle of the same opening. The other one is replaced only on success.
     [[nodiscard]] ResultCode Duplicate(FileHandle& outHandle) const;
 

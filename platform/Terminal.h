@@ -1,8 +1,12 @@
 // The terminal that a command-line program may or may not have.
 #pragma once
 
+#include <cstddef>
+
 // Standard error goes to a terminal, so that a line that rewrites itself can be read.
 bool StandardErrorIsTerminal();
+// Its columns; 0 when it is none or does not tell.
+std::size_t StandardErrorColumns();
 // Standard input comes from a terminal, so that somebody can be asked.
 bool StandardInputIsTerminal();
 // Whoever read what standard output is piped into has gone.

@@ -153,10 +153,14 @@ void ScanLogDirectory::LoadKilled()
 void ScanLogDirectory::Load()
 {
     FileHandle file;
-    std::vector<std::uint8_t> bytes(LargestConfig);
-    std::size_t got = 0;
+    std::uint64_t size = 0;
     if (file.OpenForReading(m_root / "config") != ResultSuccess || !file.IsRegularFile() ||
-        file.ReadAt(0, bytes.data(), bytes.size(), &got) != ResultSuccess || got < CounterBytes) {
+        file.Size(&size) != ResultSuccess) {
+        return;
+    }
+    std::vector<std::uint8_t> bytes(std::min<std::uint64_t>(size, LargestConfig));
+    std::size_t got = 0;
+    if (file.ReadAt(0, bytes.data(), bytes.size(), &got) != ResultSuccess || got < CounterBytes) {
         return;
     }
     std::memcpy(&m_logCounter, bytes.data(), CounterBytes);

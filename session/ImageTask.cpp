@@ -49,7 +49,7 @@ ResultCode OnSectors(void* context,
 }  // namespace
 
 ImageTask::ImageTask(const ScanTarget& source, const fs::path& file)
-    : m_source(source), m_named(!file.empty())
+    : m_source(UpToTheLastSector(source)), m_named(!file.empty())
 {
     std::error_code ignored;
     m_file = fs::absolute(file, ignored).lexically_normal();

@@ -4,8 +4,11 @@
 #include "storage/DriveRegistry.h"
 
 #include <algorithm>
+#include <cstring>
+#include <memory>
 #include <set>
 #include <utility>
+#include <vector>
 
 namespace {
 
@@ -26,10 +29,35 @@ public:
         }
         return result;
     }
+    ResultCode ReadExactly(std::uint64_t position,
+                           std::uint8_t* buffer,
+                           std::size_t count,
+                           std::size_t* outRead) override
+    {
+        if (!m_directTried) {
+            m_directTried = true;
+            (void)m_handle.OpenDirect(m_direct);  // else it reads through the cache
+        }
+        if (!m_direct.IsOpen()) {
+            return ReadAt(position, buffer, count, outRead);
+        }
+        m_aligned.resize(count + DirectAlignment);
+        void* start = m_aligned.data();
+        std::size_t room = m_aligned.size();
+        start = std::align(DirectAlignment, count, start, room);
+        const ResultCode result = m_direct.ReadAt(position, start, count, outRead);
+        std::memcpy(buffer, start, *outRead);
+        return result;
+    }
 
 private:
+    static constexpr std::size_t DirectAlignment = 4096;
+
     FileHandle m_handle;
     bool m_failed = false;
+    FileHandle m_direct;
+    bool m_directTried = false;
+    std::vector<std::uint8_t> m_aligned;
 };
 
 ReaderDecorator& CurrentDecorator()

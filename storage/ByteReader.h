@@ -21,6 +21,15 @@ public:
                                             std::uint8_t* buffer,
                                             std::size_t count,
                                             std::size_t* outRead) = 0;
+    // The same of whole sectors of a device, where it can be past the system's cache: what fails is what cannot be read, and
+    // nothing around it. Slower where all is well.
+    [[nodiscard]] virtual ResultCode ReadExactly(std::uint64_t position,
+                                                 std::uint8_t* buffer,
+                                                 std::size_t count,
+                                                 std::size_t* outRead)
+    {
+        return ReadAt(position, buffer, count, outRead);
+    }
 };
 
 // A source as opened: what to read from, and what the platform tells about it.

@@ -122,9 +122,24 @@ ResultCode RawDiskCopier::CopyPiece(std::uint64_t position, std::size_t size)
             StartSector * SectorSize + position + done, m_buffer.data() + done, size - done, &got);
         done += got;
         if (result != ResultSuccess || got == 0) {
-            FailedSector = StartSector + (position + done) / SectorSize;
+            FailedSector = FirstBadSector(StartSector + (position + done) / SectorSize,
+                                          StartSector + (position + size) / SectorSize);
             return ResultReadFault;
         }
     }
     return m_target.WriteAt(position, m_buffer.data(), size);
+}
+
+// The system reads in larger pieces and fails them as a whole. When none fails by itself, the piece's first one stands for it.
+std::uint64_t RawDiskCopier::FirstBadSector(std::uint64_t sector, std::uint64_t endSector)
+{
+    for (std::uint64_t lba = sector; lba < endSector; ++lba) {
+        std::size_t got = 0;
+        const ResultCode result =
+            m_source.reader->ReadExactly(lba * SectorSize, m_buffer.data(), SectorSize, &got);
+        if (result != ResultSuccess || got < SectorSize) {
+            return lba;
+        }
+    }
+    return sector;
 }

@@ -44,6 +44,7 @@ private:
                                   const std::filesystem::path& outputPath);
     [[nodiscard]] ResultCode Run();
     [[nodiscard]] ResultCode CopyPiece(std::uint64_t position, std::size_t size);
+    std::uint64_t FirstBadSector(std::uint64_t sector, std::uint64_t endSector);
     void Close();
 
     OpenedSource m_source;

@@ -19,6 +19,7 @@ void FatTable::Open(SectorSource& fatSource, const FatGeometry& geometry, std::u
     m_isFat32 = geometry.isFat32;
     m_windowStart = 0;
     m_isFirstWindow = true;
+    m_readsFailed = false;
     m_firstWindow.clear();
     m_pages.assign(CachedPages, Page());
     const std::uint64_t sectors = WindowBytes / m_sectorSize;
@@ -27,10 +28,10 @@ void FatTable::Open(SectorSource& fatSource, const FatGeometry& geometry, std::u
     }
     m_firstWindow.assign(WindowBytes, 0);
     std::int32_t sectorsRead = 0;
-    (void)m_source->ReadSectors(m_firstWindow.data(),
-                                static_cast<std::int32_t>(WindowBytes / m_sectorSize), m_startLba,
-                                geometry.sectorSize,
-                                &sectorsRead);  // what did not come stays zero
+    const ResultCode result = m_source->ReadSectors(
+        m_firstWindow.data(), static_cast<std::int32_t>(WindowBytes / m_sectorSize), m_startLba,
+        geometry.sectorSize, &sectorsRead);
+    m_readsFailed = result != ResultSuccess;  // what did not come stays zero
 }
 
 bool FatTable::InWindow(std::uint32_t offset) const
@@ -90,6 +91,7 @@ ResultCode FatTable::LoadPage(std::uint32_t offset, const Page** outPage)
     const ResultCode result =
         m_source->ReadSectors(page.bytes.data(), static_cast<std::int32_t>(present), lba,
                               static_cast<std::int32_t>(m_sectorSize), &sectorsRead);
+    m_readsFailed = m_readsFailed || result != ResultSuccess;
     const std::uint64_t wanted = (offset - number * pageBytes) / m_sectorSize;
     if (wanted >= static_cast<std::uint64_t>(sectorsRead)) {
         return result != ResultSuccess ? result : ResultReadFault;
@@ -167,8 +169,7 @@ ResultCode FatTable::ForEachUsedEntry(
     const WorkReport& report,
     const std::function<bool(std::uint32_t cluster, std::uint32_t entry)>& visit)
 {
-    // Offsets are 32-bit, so that clusters behind this many come round to the table's start.
-    const std::uint64_t round = (std::uint64_t{1} << 32) / EntryBytes();
+    const std::uint64_t round = EntriesInRound();
     const std::uint32_t step = EntryBytes();
     for (std::uint64_t cluster = first; cluster < limit;) {
         if (const ResultCode answer = report()) {
@@ -182,11 +183,16 @@ ResultCode FatTable::ForEachUsedEntry(
             cluster = (cluster / round + 1) * round;
             continue;
         }
-        const std::uint64_t inSector = (m_sectorSize - offset % m_sectorSize) / step;
-        const std::uint64_t served =
-            result == ResultSuccess && !bytes.Empty() ? bytes.Size() / step : inSector;
+        std::uint64_t served = (m_sectorSize - offset % m_sectorSize) / step;
+        if (m_isFirstWindow && m_firstWindow.empty() && InWindow(offset)) {
+            served = (WindowBytes - offset) / step;  // zeros to the window's end
+        } else if (result == ResultSuccess && !bytes.Empty()) {
+            served = bytes.Size() / step;
+        }
         const std::uint64_t count = std::min({served, limit - cluster, round - cluster % round});
-        for (std::uint64_t i = 0; result == ResultSuccess && i < count; ++i) {
+        const std::uint64_t present =
+            result == ResultSuccess ? std::min<std::uint64_t>(bytes.Size() / step, count) : 0;
+        for (std::uint64_t i = 0; i < present; ++i) {
             const std::uint32_t entry = EntryIn(bytes, i * step);
             if (entry != 0 && !visit(static_cast<std::uint32_t>(cluster + i), entry)) {
                 return ResultSuccess;

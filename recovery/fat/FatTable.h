@@ -29,10 +29,14 @@ public:
 
     bool IsEndMark(std::uint32_t entry) const;
     std::uint32_t EntryBytes() const { return m_isFat32 ? 4 : 2; }
+    std::uint64_t EntriesInRound() const { return (std::uint64_t{1} << 32) / EntryBytes(); }
+    // A read has failed since the opening, so that the same entry may come out differently when it is read again.
+    bool ReadsFailed() const { return m_readsFailed; }
 
     // Calls visit(cluster, entry) for the non-zero entries of clusters from first to below limit that can be read,
     // in order, until it returns false. Same entries as ReadFatEntry gives one by one, but in time of what is there.
-    // 0, or what report answered.
+    // 0, or what report answered. Offsets have 32 bits, so that the clusters behind EntriesInRound() are the table's first
+    // ones again.
     ResultCode
     ForEachUsedEntry(std::uint64_t first,
                      std::uint64_t limit,
@@ -62,6 +66,7 @@ private:
     bool m_isFat32 = true;
     std::uint64_t m_windowStart = 0;  // bytes from the FAT's start
     bool m_isFirstWindow = true;      // firstWindow holds it; later ones are read page by page
-    std::vector<std::uint8_t> m_firstWindow;
+    std::vector<std::uint8_t> m_firstWindow;  // empty: every entry of it is 0
+    bool m_readsFailed = false;
     std::vector<Page> m_pages;
 };

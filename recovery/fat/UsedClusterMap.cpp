@@ -34,20 +34,30 @@ ResultCode UsedClusterMap::Build(FatTable& table,
     m_mapBits = mapBytes * 8;
     m_keptBits = std::min(m_mapBits, m_sectorCount / m_sectorsPerCluster + 1);
     m_words.assign((m_keptBits + WordBits - 1) / WordBits, 0);
-    return table.ForEachUsedEntry(
-        2, clusters, report, [&](std::uint32_t cluster, std::uint32_t entry) {
-            Mark(std::uint64_t{cluster} - 2);
-            if (table.IsEndMark(entry)) {
-                return true;
-            }
-            const std::uint32_t pointer = geometry.isFat32 ? entry : entry & 0xFFFF;
-            const std::uint32_t bit = pointer - 2;
-            if ((bit >> 3) >= mapBytes) {
-                return false;
-            }
-            Mark(bit);
+    bool ended = false;
+    const auto mark = [&](std::uint32_t cluster, std::uint32_t entry) {
+        Mark(std::uint64_t{cluster} - 2);
+        if (table.IsEndMark(entry)) {
             return true;
-        });
+        }
+        const std::uint32_t pointer = geometry.isFat32 ? entry : entry & 0xFFFF;
+        const std::uint32_t bit = pointer - 2;
+        ended = (bit >> 3) >= mapBytes;
+        if (!ended) {
+            Mark(bit);
+        }
+        return !ended;
+    };
+    // Behind the first round the same entries come again: their pointers are marked, and their own bits lie out of every
+    // position's reach, as long as all could be read and the partition is not that large.
+    const std::uint64_t round = table.EntriesInRound();
+    const std::uint64_t first = std::min<std::uint64_t>(clusters, round);
+    const ResultCode result = table.ForEachUsedEntry(2, first, report, mark);
+    const bool isKnown = m_keptBits + 2 <= round && !table.ReadsFailed();
+    if (result != ResultSuccess || ended || clusters <= round || isKnown) {
+        return result;
+    }
+    return table.ForEachUsedEntry(round, clusters, report, mark);
 }
 
 std::uint64_t UsedClusterMap::FindBit(std::uint64_t from, bool marked) const

@@ -83,6 +83,128 @@ TEST_F(FatTableTest, TheMapEndsAtAPointerThatLeadsNowhere)
     EXPECT_EQ(ranges, (decltype(ranges){{0, 2}, {3, 1}, {6, 1}, {8, 992}}));
 }
 
+struct OddTotal
+{
+    bool isFat32;
+    std::uint32_t totalSectors32;
+    std::uint32_t dataStart;
+    std::uint32_t sectorsPerCluster;
+    std::uint64_t bytesBehind;  // the FAT's start
+};
+
+std::ostream& operator<<(std::ostream& out, const OddTotal& odd)
+{
+    return out << (odd.isFat32 ? "Fat32" : "Fat16") << "Total" << odd.totalSectors32 << "By"
+               << odd.sectorsPerCluster << "Behind" << odd.bytesBehind;
+}
+
+// What the map must be, entry by entry in one walk over all rounds.
+class OddTotalTest : public FatTableTest, public testing::WithParamInterface<OddTotal>
+{
+protected:
+    static constexpr std::uint64_t PartitionSectors = 50000;
+
+    void SetUp() override
+    {
+        const OddTotal& odd = GetParam();
+        m_geometry.isFat32 = odd.isFat32;
+        m_geometry.totalSectors32 = odd.totalSectors32;
+        m_geometry.dataStart = odd.dataStart;
+        m_geometry.sectorsPerCluster = odd.sectorsPerCluster;
+        // Two to a slot of a FAT16; behind the first window too, and none that ends the walk early.
+        for (std::uint32_t i = 0; i < 300; ++i) {
+            m_entries[5 + i * 7] = i % 5 == 0 ? UINT32_MAX : (30 + i * 3) | (400 + i) << 16;
+            if (odd.bytesBehind > Window) {
+                m_entries[static_cast<std::uint32_t>(Window / 4) + i] = (2000 + i * 3) | 0xFFFF0000;
+            }
+        }
+        if (odd.isFat32) {
+            for (auto& [cluster, entry] : m_entries) {
+                entry = entry == UINT32_MAX ? entry : entry & 0xFFF;
+            }
+        }
+        Open(odd.bytesBehind);
+        const std::uint32_t clusters = (odd.totalSectors32 - odd.dataStart) / odd.sectorsPerCluster;
+        m_clusters = clusters + (odd.totalSectors32 % odd.sectorsPerCluster != 0 ? 1 : 0);
+        m_marked.resize(m_clusters / 8 * 8);
+    }
+    bool Mark(std::uint32_t cluster, std::uint32_t entry)
+    {
+        const auto set = [this](std::uint64_t bit) {
+            return bit < m_marked.size() && (m_marked[bit] = true);
+        };
+        (void)set(cluster - 2);
+        const std::uint32_t pointer = GetParam().isFat32 ? entry : entry & 0xFFFF;
+        return m_table.IsEndMark(entry) || set(std::uint32_t{pointer - 2});
+    }
+    void ExpectTheSameFreeRanges()
+    {
+        FatTable again;
+        again.Open(m_source, m_geometry, 32);
+        UsedClusterMap map;
+        ASSERT_EQ(map.Build(again, m_geometry, PartitionSectors, [] { return ResultSuccess; }),
+                  ResultSuccess);
+        std::uint64_t ranges = 0;
+        for (std::uint64_t bit = 0, sector = 0;; ++ranges) {
+            while (bit < m_marked.size() && m_marked[bit]) {
+                ++bit;
+            }
+            const std::uint64_t begin = bit * m_geometry.sectorsPerCluster + m_geometry.dataStart;
+            std::uint64_t length = 0;
+            map.NextFreeRange(sector, length);
+            if (begin >= PartitionSectors || bit == m_marked.size()) {
+                break;
+            }
+            while (bit < m_marked.size() && !m_marked[bit]) {
+                ++bit;
+            }
+            ASSERT_EQ(sector, begin);
+            const std::uint64_t most = PartitionSectors - (begin - m_geometry.dataStart);
+            ASSERT_EQ(
+                length,
+                std::min(bit * m_geometry.sectorsPerCluster + m_geometry.dataStart - begin, most));
+            sector += length;
+        }
+        EXPECT_EQ(ranges > 10, GetParam().bytesBehind >= Window);
+    }
+
+    std::uint64_t m_clusters = 0;
+    std::vector<bool> m_marked;
+};
+
+TEST_P(OddTotalTest, TheMapIsThatOfAPlainWalk)
+{
+    // Entry by entry where that takes a moment, else as the table itself tells them, round for round.
+    if (GetParam().sectorsPerCluster >= 64 || m_clusters < 1000000) {
+        for (std::uint64_t cluster = 2; cluster < m_clusters; ++cluster) {
+            std::uint32_t entry = 0;
+            if (m_table.ReadFatEntry(static_cast<std::uint32_t>(cluster), &entry) ==
+                    ResultSuccess &&
+                entry != 0 && !Mark(static_cast<std::uint32_t>(cluster), entry)) {
+                break;
+            }
+        }
+    } else {
+        ASSERT_EQ(m_table.ForEachUsedEntry(
+                      2, m_clusters, [] { return ResultSuccess; },
+                      [this](auto cluster, auto entry) { return Mark(cluster, entry); }),
+                  ResultSuccess);
+    }
+    ExpectTheSameFreeRanges();
+}
+
+constexpr OddTotal OddTotals[] = {
+    {false, 0, 77, 128, Window - 512}, {false, 0, 77, 128, Window},
+    {false, 63, 545, 64, 2 * Window},  {false, 1, 77, 1, 2 * Window},
+    {false, 12347, 545, 3, Window},    {true, 0, 33, 1, 2 * Window},
+    {true, 12347, 33, 5, Window},      {true, 17, 33, 128, 2 * Window - 512},
+};
+
+INSTANTIATE_TEST_SUITE_P(Volumes,
+                         OddTotalTest,
+                         testing::ValuesIn(OddTotals),
+                         testing::PrintToStringParamName());
+
 TEST(FatVolumeList, FindsWhatAPlainWalkFinds)
 {
     std::uint64_t dice = 1;
