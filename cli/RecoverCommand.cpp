@@ -121,9 +121,8 @@ ExitStatus Restorer::Finish(const RestoreOutcome& outcome, const std::filesystem
         WriteSum(outcome, folder);
     }
     if (outcome.full) {
-        m_streams.err << "lumivault-cli: the destination is full; the "
-                      << CountText(outcome.notTried, "file")
-                      << " behind the one that failed were not tried.\n";
+        m_streams.err << "lumivault-cli: the destination is full; not tried: "
+                      << CountText(outcome.notTried, "file") << ".\n";
     }
     if (found == 0 && !cancelled) {
         m_run.Note("Nothing of the types " + m_options.types +

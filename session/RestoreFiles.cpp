@@ -202,7 +202,9 @@ void Restoring::Finish(const std::filesystem::path& part,
         outcome.came = 0;
         return;
     }
-    m_earlier.Add(outcome.path);
+    if (m_options.skipsEqual) {
+        m_earlier.Add(outcome.path);
+    }
     outcome.written = true;
 }
 
