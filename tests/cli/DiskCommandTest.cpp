@@ -314,6 +314,14 @@ TEST_F(DiskCommandTest, ARescueLeavesOutExactlyTheSectorsThatFail)
     std::fill(expected.begin() + static_cast<std::ptrdiff_t>(Left), expected.end(), 0);
     EXPECT_EQ(ReadFileBytes(file), expected);
 
+    // Gone on with where an earlier run was at the edges: the good sectors of a page with a bad one come all the same.
+    const std::string second = (m_folder / "second.img").string();
+    const std::string map = "0 * 1\n0 5242880 ?\n5242880 1048576 *\n";
+    WriteFileBytes(second, {});
+    WriteFileBytes(second + ".map", ByteVector(map.begin(), map.end()));
+    EXPECT_EQ(Run({"image", loop.Node(), second, "--rescue"}).status, 1);
+    EXPECT_EQ(ReadFileBytes(second), expected);
+
     image.PutAt(Left, {whole.begin() + static_cast<std::ptrdiff_t>(Left), whole.end()});
     const Outcome healed = Run({"image", loop.Node(), file, "--rescue", "--retries", "1"});
     EXPECT_EQ(healed.status, 0) << healed.err;
