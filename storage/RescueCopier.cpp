@@ -8,9 +8,9 @@
 
 namespace {
 
-constexpr std::uint64_t PieceBytes = 256 * 1024;
+constexpr std::uint64_t PieceBytes = 262144;
 // Behind an error, doubled as long as errors follow one another.
-constexpr std::uint64_t FirstJump = 64 * 1024;
+constexpr std::uint64_t FirstJump = 65536;
 constexpr std::uint64_t LargestJump = std::uint64_t{1} << 30;
 constexpr std::uint64_t SaveMilliseconds = 10000;
 constexpr std::uint64_t RateMilliseconds = 2000;
