@@ -26,10 +26,11 @@ constexpr const char* Examples =
     "  lumivault-cli scan card.img                     what can be found on the image of a card\n"
     "  lumivault-cli recover card.img ./recovered      photos, audio and video into ./recovered\n"
     "  sudo lumivault-cli recover /dev/sdb1 ./recovered --types photo,pdf\n"
-    "  sudo lumivault-cli image '#3' ./card.img        a copy of what fails, to be scanned in its "
-    "place\n"
+    "  sudo lumivault-cli image '#3' ./card.img --rescue    a copy of what fails, to be scanned in "
+    "its place\n"
     "\n"
-    "Exit status: 0 done, 1 some files failed or are incomplete, 2 wrong use, 3 the target could\n"
+    "Exit status: 0 done, 1 some files failed or are incomplete, or sectors are missing, 2 wrong use, 3 the\n"
+    "target could "
     "not be opened or scanned, 130 cancelled. 'lumivault-cli COMMAND --help' tells more.";
 
 void AddCommonOptions(CLI::App& app, CommandOptions& options)

@@ -8,9 +8,9 @@
 
 namespace {
 
-constexpr std::uint64_t PieceBytes = 256 * 1024;
+constexpr std::uint64_t PieceBytes = 262144;
 // Behind an error, doubled as long as errors follow one another.
-constexpr std::uint64_t FirstJump = 64 * 1024;
+constexpr std::uint64_t FirstJump = 65536;
 constexpr std::uint64_t LargestJump = std::uint64_t{1} << 30;
 constexpr std::uint64_t SaveMilliseconds = 10000;
 constexpr std::uint64_t RateMilliseconds = 2000;
@@ -210,8 +210,10 @@ ResultCode RescueCopier::ReadPiece(std::uint64_t begin, std::uint64_t end, Piece
 {
     m_map.position = begin;
     std::size_t got = 0;
+    // Through the system's cache only as long as all is well: it reads pages, and fails the good sectors of one with the bad.
+    const bool exactly = m_failedOnce || m_map.phase != RescuePhase::Copying || m_map.pass > 1;
     const ResultCode result = m_reader.Read(
-        m_source.startByte + begin, static_cast<std::size_t>(end - begin), m_failedOnce,
+        m_source.startByte + begin, static_cast<std::size_t>(end - begin), exactly,
         [this](std::uint64_t milliseconds) {
             const ResultCode answer = Tell(milliseconds);
             m_answer = m_answer != ResultSuccess ? m_answer : answer;
@@ -253,7 +255,8 @@ ResultCode RescueCopier::Tell(std::uint64_t readMilliseconds)
     if (m_answer == ResultSuccess && m_report) {
         m_answer = m_report({m_map, m_rate, (now - m_lastGood) / 1000, readMilliseconds / 1000});
         if (m_answer != ResultSuccess) {
-            (void)Save();  // who loses patience with a read that hangs loses nothing else; the end saves again
+            (void)
+                Save();  // who loses patience with a read that hangs loses nothing else; the end saves again
         }
     }
     if (m_answer == ResultSuccess && now - m_lastSave >= SaveMilliseconds) {

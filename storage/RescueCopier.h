@@ -74,7 +74,7 @@ private:
     std::filesystem::path m_mapFile;
     WaitingReader m_reader;
     Report m_report;
-    bool m_failedOnce = false;  // from then on nothing is read ahead or kept by the system
+    bool m_failedOnce = false;  // in this run
     ResultCode m_answer = ResultSuccess;
     std::uint64_t m_lastSave = 0;  // milliseconds, as the others
     std::uint64_t m_lastGood = 0;

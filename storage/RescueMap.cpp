@@ -269,7 +269,7 @@ std::size_t RescueMap::BadPlaces() const
 std::string RescueMap::Strip(std::size_t cells) const
 {
     std::string strip(cells, static_cast<char>(RescueStatus::Finished));
-    const std::uint64_t cellBytes = cells != 0 ? m_total / cells + 1 : 1;
+    const std::uint64_t cellBytes = cells != 0 ? (m_total + cells - 1) / cells : 1;
     for (auto block = m_starts.begin(); cells != 0 && block != m_starts.end(); ++block) {
         const std::size_t last = static_cast<std::size_t>((EndOf(block) - 1) / cellBytes);
         for (auto cell = static_cast<std::size_t>(block->first / cellBytes); cell <= last; ++cell) {

@@ -19,9 +19,12 @@ public:
     // The absolute sector of a record's first data, found once; none when it cannot be told.
     std::optional<std::uint64_t> Of(const FileRecord& record, const Find& find)
     {
-        // All that the answer depends on.
-        const Key key = {record.EngineKind, record.EntrySector, record.PartitionStart,
-                         record.ClusterBytes};
+        // All that the answer depends on. By value: a reference to a field of a packed record may be misaligned.
+        const std::uint32_t engineKind = record.EngineKind;
+        const std::uint64_t entrySector = record.EntrySector;
+        const std::uint64_t partitionStart = record.PartitionStart;
+        const std::uint32_t clusterBytes = record.ClusterBytes;
+        const Key key = {engineKind, entrySector, partitionStart, clusterBytes};
         const auto [known, isNew] = m_known.try_emplace(key);
         if (isNew) {
             known->second = find(record);

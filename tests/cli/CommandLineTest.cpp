@@ -1,4 +1,5 @@
 // What the command line takes, says and gives back, with engines that do as a test tells them.
+#include "cli/RescueRun.h"
 #include "platform/FileHandle.h"
 #include "platform/Folders.h"
 #include "tests/cli/CliFixture.h"
@@ -314,6 +315,28 @@ TEST_F(CommandLineTest, HelpVersionAndTargetsSucceed)
     }
     EXPECT_TRUE(RunAsGiven({"--version"}).out.starts_with("lumivault-cli "));
     EXPECT_TRUE(Parse(RunAsGiven({"targets", "--json"}).out)["targets"].isArray());
+}
+
+TEST(RescueText, SaysWhatHangsAndShowsAStripWhereThereIsRoom)
+{
+    RescueProgress progress;
+    progress.totalBytes = 1000000;
+    progress.rescuedBytes = 999999;
+    progress.badBytes = 512;
+    progress.secondsSinceGood = 65;
+    progress.badPlaces = [] { return std::size_t{1}; };
+    progress.strip = [](std::size_t cells) { return std::string(cells, '+'); };
+    const std::string text =
+        "Rescuing, pass 1: 99%, 976.6 KB rescued, 512 B bad in 1 place, 0 B/s, "
+        "last good read 1:05 ago";
+    EXPECT_EQ(RescueText(progress, 0), text);
+    EXPECT_EQ(RescueText(progress, text.size() + 19), text);
+    EXPECT_EQ(RescueText(progress, text.size() + 20), text + " [++++++++++++++++]");
+    EXPECT_EQ(RescueText(progress, 500), text + " [" + std::string(60, '+') + "]");
+    progress.readSeconds = 7;
+    progress.step = RescueStep::Retrying;
+    EXPECT_NE(RescueText(progress, 0).find("retry 1: 99%"), std::string::npos);
+    EXPECT_NE(RescueText(progress, 0).find("a read hangs for 0:07"), std::string::npos);
 }
 
 }  // namespace

@@ -292,4 +292,42 @@ TEST_F(DiskCommandTest, AnImageEndsAtTheFirstBadSectorAndAsksBeforeItOverwrites)
               std::string::npos);
 }
 
+TEST_F(DiskCommandTest, ARescueLeavesOutExactlyTheSectorsThatFail)
+{
+    const ImageFile image(m_disk, 6 * MiB);
+    image.PutAt(0, RandomBytes(6 * MiB, 4));
+    const LoopDevice loop(m_disk);
+    const ByteVector whole = ReadFileBytes(m_disk);
+    constexpr std::size_t Left = 5 * MiB + 3 * 512;  // in the middle of a page
+    image.Truncate(Left);
+    const std::string file = (m_folder / "copy.img").string();
+    const Outcome plain = Run({"image", loop.Node(), (m_folder / "plain.img").string()});
+    EXPECT_NE(plain.err.find("sector 10243."), std::string::npos) << plain.err;
+    EXPECT_NE(plain.err.find("--rescue"), std::string::npos) << plain.err;
+
+    const Outcome first = Run({"image", loop.Node(), file, "--rescue", "--retries", "1"});
+    EXPECT_EQ(first.status, 1) << first.err;
+    EXPECT_NE(first.err.find("1022.5 KB of 6.0 MB are missing, 1022.5 KB of them in 1 place"),
+              std::string::npos)
+        << first.err;
+    ByteVector expected = whole;
+    std::fill(expected.begin() + static_cast<std::ptrdiff_t>(Left), expected.end(), 0);
+    EXPECT_EQ(ReadFileBytes(file), expected);
+
+    // Gone on with where an earlier run was at the edges: the good sectors of a page with a bad one come all the same.
+    const std::string second = (m_folder / "second.img").string();
+    const std::string map = "0 * 1\n0 5242880 ?\n5242880 1048576 *\n";
+    WriteFileBytes(second, {});
+    WriteFileBytes(second + ".map", ByteVector(map.begin(), map.end()));
+    EXPECT_EQ(Run({"image", loop.Node(), second, "--rescue"}).status, 1);
+    EXPECT_EQ(ReadFileBytes(second), expected);
+
+    image.PutAt(Left, {whole.begin() + static_cast<std::ptrdiff_t>(Left), whole.end()});
+    const Outcome healed = Run({"image", loop.Node(), file, "--rescue", "--retries", "1"});
+    EXPECT_EQ(healed.status, 0) << healed.err;
+    EXPECT_NE(healed.err.find("Going on with an earlier rescue."), std::string::npos);
+    EXPECT_EQ(ReadFileBytes(file), whole);
+    EXPECT_EQ(Run({"image", loop.Node(), file, "--retries", "1"}).status, 2);
+}
+
 }  // namespace
