@@ -161,6 +161,11 @@ QSize VisualControl::ContentSize() const
     return MeasureRuns(*m_skin, m_runs, style).size.grownBy(m_look.textPadding);
 }
 
+bool VisualControl::IsTextCut() const
+{
+    return MeasureRuns(*m_skin, m_runs, StyleIn(Widget()->rect())).isCut;
+}
+
 bool VisualControl::IsHot() const
 {
     QWidget* widget = Widget();

@@ -72,6 +72,8 @@ public:
     const ControlLook& Look() const { return m_look; }
     // Room for the text and what is around it.
     virtual QSize ContentSize() const;
+    // Whether the text has less room than it needs, as the control lies now.
+    bool IsTextCut() const;
     // A page that is not shown stays hidden whatever its own state is.
     void SetSuppressed(bool isSuppressed);
 
