@@ -82,6 +82,8 @@ int DrawScenes(const QString& folder, const SceneTexts& texts)
         }
         TellProblems(*window);
         window->show();
+        // Without the mark of the keyboard, which would stand on the first control.
+        window->setFocus();
         QApplication::processEvents();
         const QString file = QStringLiteral("%1/%2.png").arg(folder, scene.name);
         if (!window->grab().save(file, "PNG")) {

@@ -161,9 +161,9 @@ QSize VisualControl::ContentSize() const
     return MeasureRuns(*m_skin, m_runs, style).size.grownBy(m_look.textPadding);
 }
 
-bool VisualControl::IsTextCut() const
+TextLayout VisualControl::PlacedText() const
 {
-    return MeasureRuns(*m_skin, m_runs, StyleIn(Widget()->rect())).isCut;
+    return MeasureRuns(*m_skin, m_runs, StyleIn(Widget()->rect()));
 }
 
 bool VisualControl::IsHot() const
