@@ -64,7 +64,10 @@ QImage GroundOf(SceneWindow& window)
         control->ChangePlace().width = size.width();
         control->SetText(QString());
     }
-    return window.grab().toImage().convertToFormat(QImage::Format_RGB32);
+    // On a sharp screen the picture has more pixels than the places of the texts are told in.
+    QImage ground = window.grab().toImage().convertToFormat(QImage::Format_RGB32);
+    ground.setDevicePixelRatio(1);
+    return ground.scaled(window.size());
 }
 
 double WorstContrast(const QImage& ground, const PlacedText& text)

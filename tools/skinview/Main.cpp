@@ -1,6 +1,8 @@
 // Shows a markup file in a window, or draws it into a picture: for those who work on the skin.
 #include "texts/LanguageManager.h"
 #include "tools/skinview/scenes/Scenes.h"
+#include "ui/custom/MenuUI.h"
+#include "ui/custom/MenuWindow.h"
 
 #include <QApplication>
 #include <QCommandLineParser>
@@ -73,6 +75,29 @@ void TellProblems(const WindowImplBase& window)
     }
 }
 
+// The menu, as it opens from the main window.
+bool DrawMenu(const QString& folder, const SceneTexts& texts)
+{
+    SceneWindow window(QStringLiteral("xml/skin.xml"));
+    // It deletes itself when it closes.
+    auto* menu = new CMenuWindow({});
+    if (!window.Create(nullptr) || !menu->Init(nullptr, 0, 0, window.Root())) {
+        delete menu;
+        return false;
+    }
+    for (const auto& [key, text] : texts.Section("MenuWnd").Entries()) {
+        if (CControlUI* item = menu->GetMenu()->FindControl(QString::fromStdString(key))) {
+            item->SetText(QString::fromStdString(text));
+        }
+    }
+    QApplication::processEvents();
+    menu->GetMenu()->adjustSize();
+    const bool isDrawn = menu->GetMenu()->grab().save(folder + QStringLiteral("/menu.png"), "PNG");
+    menu->GetMenu()->close();
+    QApplication::processEvents();
+    return isDrawn;
+}
+
 int DrawScenes(const QString& folder, const SceneTexts& texts)
 {
     for (const Scene& scene : AllScenes()) {
@@ -90,7 +115,7 @@ int DrawScenes(const QString& folder, const SceneTexts& texts)
             return Fail(QStringLiteral("%1 cannot be written").arg(file));
         }
     }
-    return 0;
+    return DrawMenu(folder, texts) ? 0 : Fail(QStringLiteral("the menu cannot be drawn"));
 }
 
 int ShowFile(const QCommandLineParser& parser, const QString& file, const SceneTexts& texts)

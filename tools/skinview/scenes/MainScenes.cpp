@@ -103,22 +103,25 @@ CTreeNodeUI& AddKind(CTreeNodeUI& parent, const QString& picture, const QString&
     return node;
 }
 
-void FillTree(const SceneWindow& window)
+void FillTree(const SceneWindow& window, const SceneTexts& texts)
 {
     struct Kind
     {
         const char* parent;
+        const char* text;
         const char* total;
         std::vector<std::pair<const char*, const char*>> children;
     };
     const Kind kinds[] = {
         {"NodePhoto",
+         "MSG0807",
          " (1284)",
          {{"Icon/photo_jpg.png", "JPG (1150)"},
           {"Icon/photo_png.png", "PNG (96)"},
           {"Icon/photo_cr2.png", "CR2 (38)"}}},
-        {"NodeAudio", " (57)", {{"Icon/audio_mp3.png", "MP3 (57)"}}},
+        {"NodeAudio", "MSG0808", " (57)", {{"Icon/audio_mp3.png", "MP3 (57)"}}},
         {"NodeVideo",
+         "MSG0809",
          " (23)",
          {{"Icon/video_mp4.png", "MP4 (17)"}, {"Icon/video_mov.png", "MOV (6)"}}},
     };
@@ -126,7 +129,7 @@ void FillTree(const SceneWindow& window)
     for (const Kind& kind : kinds) {
         auto& node = *window.FindControlAs<CTreeNodeUI>(QLatin1String(kind.parent));
         node.SetVisible(true);
-        node.SetText(node.GetText() + QLatin1String(kind.total));
+        node.SetText(texts.Text("MainWnd", QLatin1String(kind.text)) + QLatin1String(kind.total));
         for (const auto& [picture, text] : kind.children) {
             CTreeNodeUI& child = AddKind(node, QLatin1String(picture), QLatin1String(text));
             first = first == nullptr ? &child : first;
@@ -162,7 +165,8 @@ void FillFiles(const SceneWindow& window)
     list.SelectItem(2);
 }
 
-// Hills below a sky.
+}  // namespace
+
 QImage SamplePicture()
 {
     QImage picture(320, 220, QImage::Format_RGB32);
@@ -179,8 +183,6 @@ QImage SamplePicture()
     painter.drawEllipse(QRect(120, 140, 320, 240));
     return picture;
 }
-
-}  // namespace
 
 void SetTexts(const SceneWindow& window, const std::vector<std::pair<const char*, QString>>& texts)
 {
@@ -249,7 +251,7 @@ void FillResults(SceneWindow& window, const SceneTexts& texts, const QString&)
                       {"Txt1", texts.Message("MSG0801")},
                       {"Txt2", texts.Message("MSG0802", {"{f 7}{c #316D1E}123456{/c}{/f}"})},
                       {"SelectedFileInfo", texts.Message("MSG0804", {"999.99 GB", "123456"})}});
-    FillTree(window);
+    FillTree(window, texts);
     FillFiles(window);
     window.FindControlAs<CRichEditUI>(QStringLiteral("PreviewEdit"))
         ->InsertPicture(SamplePicture(), -1, -1);

@@ -3,6 +3,7 @@
 #include "texts/IniReader.h"
 #include "tools/skinview/scenes/MainScenes.h"
 #include "ui/controls/LabelUI.h"
+#include "ui/controls/RichEditUI.h"
 #include "ui/custom/CustomElements.h"
 #include "ui/list/ListUI.h"
 
@@ -119,6 +120,8 @@ void FillBox(SceneWindow& window, const SceneTexts& texts, const QString& messag
 void FillPicture(SceneWindow& window, const SceneTexts&, const QString&)
 {
     SetTexts(window, {{"FileName", "f0123456.jpg"}});
+    window.FindControlAs<CRichEditUI>(QStringLiteral("PreviewEdit"))
+        ->InsertPicture(SamplePicture(), -1, -1);
 }
 
 void FillNothing(SceneWindow&, const SceneTexts&, const QString&) {}
@@ -180,9 +183,9 @@ const LanguageSection& SceneTexts::Section(const std::string& name) const
     return found == m_sections.end() ? none : found->second;
 }
 
-QString SceneTexts::Message(const QString& key) const
+QString SceneTexts::Text(const std::string& section, const QString& key) const
 {
-    for (const auto& [name, text] : Section("Messages").Entries()) {
+    for (const auto& [name, text] : Section(section).Entries()) {
         if (name == key.toStdString()) {
             return QString::fromStdString(text);
         }

@@ -39,7 +39,8 @@ public:
     bool IsEmpty() const { return m_sections.empty(); }
     std::vector<std::string> SectionNames() const;
     const LanguageSection& Section(const std::string& name) const;
-    QString Message(const QString& key) const;
+    QString Text(const std::string& section, const QString& key) const;
+    QString Message(const QString& key) const { return Text("Messages", key); }
     // Its placeholders become the values, in their order.
     QString Message(const QString& key, const QStringList& values) const;
 
