@@ -1,4 +1,5 @@
-// The markup files hold what the program looks for: controls by name, pictures, fonts, styles, and the types of files in their order.
+// The markup files hold what the program looks for: controls by name, pictures, fonts, styles, and the types of files in their
+// order.
 #include "tests/skin/SkinFiles.h"
 #include "ui/controls/ButtonUI.h"
 #include "ui/list/TreeNodeUI.h"
