@@ -47,8 +47,8 @@ constexpr SectionKeys Expected[] = {
 
 // Words that another language shares with English.
 const std::set<std::string> SharedWords = {
-    "OK",          "Audio",        "Confirmation", "Error",       "File",
-    "File system", "File system:", "Image:",       "Information", "Photos",
+    "OK",          "Audio",        "Confirmation", "Details",     "Error", "File",
+    "File system", "File system:", "Image:",       "Information", "Name",  "Photos",
     "Question",    "Status",       "Support",      "Type",        "Videos"};
 
 // What a message box of its size holds, in half-width letters of about 7 pixels: the small ones two

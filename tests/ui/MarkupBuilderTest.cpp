@@ -3,20 +3,13 @@
 #include "tests/ui/TestWindow.h"
 #include "ui/controls/ButtonUI.h"
 #include "ui/controls/LabelUI.h"
-#include "ui/custom/CustomElements.h"
 #include "ui/list/TreeNodeUI.h"
 
 #include <QCoreApplication>
 #include <QLayout>
+#include <QPainter>
 
 namespace {
-
-std::unique_ptr<CControlUI> MakeAnyControl(const QString& element,
-                                           const std::shared_ptr<Skin>& skin)
-{
-    auto control = MakeCustomControl(element, skin);
-    return control ? std::move(control) : MakeMenuControl(element, skin);
-}
 
 // Builds a file of the skin into a column; the problems that it had.
 struct Built
@@ -91,20 +84,46 @@ TEST_F(UiTest, StylesDefaultsAndFontsReachTheControls)
     EXPECT_EQ(node->Look().textColor, QColor(0, 0x60, 0xA0));
 }
 
-TEST(MarkupBuilder, TheProgramsOwnSkinHasNothingUnknown)
+TEST(MarkupBuilder, ColoursAreTakenByNameAndKnownToTheWindowToo)
 {
-    const auto package = SkinPackage::FromFolder(LUMIVAULT_SKIN);
-    int count = 0;
-    for (const auto& file : std::filesystem::directory_iterator(LUMIVAULT_SKIN "/xml")) {
-        const auto skin = std::make_shared<Skin>(package);
-        CVerticalLayoutUI root(skin);
-        MarkupBuilder builder(skin, MakeAnyControl);
-        const QString name = QString::fromStdString("xml/" + file.path().filename().string());
-        EXPECT_TRUE(builder.Build(name, root)) << name.toStdString();
-        EXPECT_EQ(builder.Problems().join("|").toStdString(), "");
-        ++count;
-    }
-    EXPECT_GT(count, 0);
+    const TestSkin skin;
+    skin.Write("colors.xml", "<Window><Color name='ink' value='#FF102030'/></Window>");
+    skin.Write("a.xml", "<Window bkcolor='$ink'><Include source='colors.xml'/>"
+                        "<Default name='Button' textcolor='$ink'/><Styles><Style name='s' "
+                        "value=\"textcolor='$ink' bkcolor='$ink2'\"/></Styles>"
+                        "<Button name='a'/><Label name='b' style='s' text='$ink$'/></Window>");
+    Built built(skin, "a.xml");
+    ASSERT_TRUE(built.isBuilt) << built.problems;
+    const QColor ink(0x10, 0x20, 0x30);
+    EXPECT_EQ(built.root.Look().backColor, ink);
+    EXPECT_EQ(dynamic_cast<CButtonUI*>(built.root.FindControl("a"))->Look().textColor, ink);
+    const auto* label = dynamic_cast<CLabelUI*>(built.root.FindControl("b"));
+    EXPECT_EQ(label->Look().textColor, ink);
+    EXPECT_FALSE(label->Look().backColor.isValid());
+    EXPECT_EQ(label->GetText(), "#FF102030$");
+}
+
+TEST(MarkupBuilder, PicturesOfTwiceTheSizeAreDrawnOnSharpScreens)
+{
+    const TestSkin files;
+    WriteFileBytes(files.Folder() / "dot.png", MakePng(4, 4, Qt::red));
+    WriteFileBytes(files.Folder() / "dot@2x.png", MakePng(8, 8, Qt::blue));
+    // One that is not twice the size is no such picture.
+    WriteFileBytes(files.Folder() / "odd.png", MakePng(4, 4, Qt::red));
+    WriteFileBytes(files.Folder() / "odd@2x.png", MakePng(9, 8, Qt::blue));
+    const Skin skin(SkinPackage::FromFolder(QString::fromStdString(files.Folder().string())));
+    const auto drawn = [&skin](const char* text, double ratio) {
+        QImage image(16, 16, QImage::Format_ARGB32);
+        image.setDevicePixelRatio(ratio);
+        QPainter painter(&image);
+        skin.DrawImage(painter, QRect(0, 0, 8, 8), text);
+        painter.end();
+        return image.pixelColor(3, 3);
+    };
+    EXPECT_EQ(drawn("dot.png", 1), QColor(Qt::red));
+    EXPECT_EQ(drawn("dot.png", 2), QColor(Qt::blue));
+    EXPECT_EQ(drawn("file='dot.png' source='2,2,4,4' corner='1,1,1,1'", 1.5), QColor(Qt::blue));
+    EXPECT_EQ(drawn("odd.png", 2), QColor(Qt::red));
 }
 
 TEST(MarkupBuilder, TellsWhatItLeavesOut)

@@ -149,6 +149,11 @@ TEST(TextFlow, PlacesCutsAndBreaks)
     EXPECT_EQ(Place("one two three four", wrapping), "one two @0,0|three four@0,12");
     EXPECT_EQ(Place("a\nb", wrapping), "a@0,0|b@0,12");
     EXPECT_EQ(Place("averylongword x", wrapping), "averylong\u2026@0,0|x@0,12 cut");
+    // Without blanks a line ends between letters, but not before what closes a sentence.
+    EXPECT_EQ(Place(QString::fromUtf8("写真を探して、別のドライブに"), wrapping),
+              "写真を探して、別のド@0,0|ライブに@0,12");
+    EXPECT_EQ(Place(QString::fromUtf8("写真を探して別のドラ。ライ"), wrapping),
+              "写真を探して別のド@0,0|ラ。ライ@0,12");
     EXPECT_EQ(Place("a\nb\nc\nd\ne", wrapping), "a@0,0|b@0,12|c@0,24|d@0,36|e@0,48 cut");
 }
 

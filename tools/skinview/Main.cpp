@@ -1,7 +1,8 @@
 // Shows a markup file in a window, or draws it into a picture: for those who work on the skin.
 #include "texts/LanguageManager.h"
-#include "ui/custom/CustomElements.h"
-#include "ui/windows/WindowImplBase.h"
+#include "tools/skinview/scenes/Scenes.h"
+#include "ui/custom/MenuUI.h"
+#include "ui/custom/MenuWindow.h"
 
 #include <QApplication>
 #include <QCommandLineParser>
@@ -12,28 +13,6 @@
 #include <utility>
 
 namespace {
-
-constexpr IniLimits LanguageLimits = {1 << 16, 1 << 10};
-
-class SkinViewWindow : public WindowImplBase
-{
-public:
-    explicit SkinViewWindow(QString file) : m_file(std::move(file)) {}
-
-    QString GetWindowClassName() const override { return QStringLiteral("SkinView"); }
-    QString GetSkinFile() const override { return m_file; }
-
-protected:
-    std::unique_ptr<CControlUI> CreateControl(const QString& element,
-                                              const std::shared_ptr<Skin>& skin) override
-    {
-        auto control = MakeCustomControl(element, skin);
-        return control ? std::move(control) : MakeMenuControl(element, skin);
-    }
-
-private:
-    QString m_file;
-};
 
 int Fail(const QString& message)
 {
@@ -51,21 +30,9 @@ std::shared_ptr<SkinPackage> OpenSkin(const QString& path)
     return bytes ? SkinPackage::FromZip(*bytes) : nullptr;
 }
 
-// All texts of controls; those that the program fills in itself have no control of their name. Nothing is written down.
-bool ApplyTexts(WindowImplBase& window, const QString& stem)
+std::filesystem::path LanguageFile(const QString& stem)
 {
-    const std::filesystem::path folder = LanguagePaths::OfThisProgram().dataFolder / "Languages";
-    const IniReader reader = IniReader::FromFile(folder / (stem.toStdString() + ".ini"));
-    const std::vector<std::string> sections = reader.SectionNames(LanguageLimits);
-    for (const std::string& name : sections) {
-        LanguageSection section;
-        for (const std::string& line : reader.Lines(name, LanguageLimits)) {
-            const IniPair pair = SplitIniLine(line);
-            section.Set(pair.key, pair.value);
-        }
-        window.ApplyLanguage(section);
-    }
-    return !sections.empty();
+    return LanguagePaths::OfThisProgram().dataFolder / "Languages" / (stem.toStdString() + ".ini");
 }
 
 void AddOptions(QCommandLineParser& parser)
@@ -83,31 +50,85 @@ void AddOptions(QCommandLineParser& parser)
          QStringLiteral("file")},
         {QStringLiteral("language"),
          QStringLiteral("Show the texts of a language, such as German."), QStringLiteral("name")},
+        {QStringLiteral("scenes"),
+         QStringLiteral("Draw every window at work into PNG files of a folder, and end."),
+         QStringLiteral("folder")},
         {QStringLiteral("scale"), QStringLiteral("Enlarge everything, such as by 1.5."),
          QStringLiteral("factor")},
     });
 }
 
-int Show(const QCommandLineParser& parser, const QString& file)
+bool UseSkin(const QString& path)
 {
-    if (parser.isSet(QStringLiteral("skin"))) {
-        auto package = OpenSkin(parser.value(QStringLiteral("skin")));
-        if (!package) {
-            return Fail(QStringLiteral("%1 is no skin").arg(parser.value(QStringLiteral("skin"))));
-        }
+    auto package = OpenSkin(path);
+    const bool isSkin = package != nullptr;
+    if (isSkin) {
         WindowImplBase::UsePackage(std::move(package));
     }
-    SkinViewWindow window(file);
-    const bool isMade = window.Create(nullptr);
+    return isSkin;
+}
+
+void TellProblems(const WindowImplBase& window)
+{
     for (const QString& problem : window.MarkupProblems()) {
         QTextStream(stderr) << problem << '\n';
     }
+}
+
+// The menu, as it opens from the main window.
+bool DrawMenu(const QString& folder, const SceneTexts& texts)
+{
+    SceneWindow window(QStringLiteral("xml/skin.xml"));
+    // It deletes itself when it closes.
+    auto* menu = new CMenuWindow({});
+    if (!window.Create(nullptr) || !menu->Init(nullptr, 0, 0, window.Root())) {
+        delete menu;
+        return false;
+    }
+    for (const auto& [key, text] : texts.Section("MenuWnd").Entries()) {
+        if (CControlUI* item = menu->GetMenu()->FindControl(QString::fromStdString(key))) {
+            item->SetText(QString::fromStdString(text));
+        }
+    }
+    QApplication::processEvents();
+    menu->GetMenu()->adjustSize();
+    const bool isDrawn = menu->GetMenu()->grab().save(folder + QStringLiteral("/menu.png"), "PNG");
+    menu->GetMenu()->close();
+    QApplication::processEvents();
+    return isDrawn;
+}
+
+int DrawScenes(const QString& folder, const SceneTexts& texts)
+{
+    for (const Scene& scene : AllScenes()) {
+        const auto window = MakeScene(scene, texts);
+        if (!window) {
+            return Fail(QStringLiteral("%1 cannot be shown").arg(scene.file));
+        }
+        TellProblems(*window);
+        window->show();
+        // Without the mark of the keyboard, which would stand on the first control.
+        window->setFocus();
+        QApplication::processEvents();
+        const QString file = QStringLiteral("%1/%2.png").arg(folder, scene.name);
+        if (!window->grab().save(file, "PNG")) {
+            return Fail(QStringLiteral("%1 cannot be written").arg(file));
+        }
+    }
+    return DrawMenu(folder, texts) ? 0 : Fail(QStringLiteral("the menu cannot be drawn"));
+}
+
+int ShowFile(const QCommandLineParser& parser, const QString& file, const SceneTexts& texts)
+{
+    SceneWindow window(file);
+    const bool isMade = window.Create(nullptr);
+    TellProblems(window);
     if (!isMade) {
         return Fail(QStringLiteral("%1 cannot be shown").arg(file));
     }
-    const QString language = parser.value(QStringLiteral("language"));
-    if (!language.isEmpty() && !ApplyTexts(window, language)) {
-        return Fail(QStringLiteral("there is no language %1").arg(language));
+    // All texts of controls; those that the program fills in itself have no control of their name.
+    for (const std::string& name : texts.SectionNames()) {
+        window.ApplyLanguage(texts.Section(name));
     }
     if (window.size().isEmpty()) {
         window.resize(window.Root().ContentSize());
@@ -119,6 +140,22 @@ int Show(const QCommandLineParser& parser, const QString& file)
     }
     return window.grab().save(shot, "PNG") ? 0
                                            : Fail(QStringLiteral("%1 cannot be written").arg(shot));
+}
+
+int Run(const QCommandLineParser& parser)
+{
+    const QString skin = parser.value(QStringLiteral("skin"));
+    if (!skin.isEmpty() && !UseSkin(skin)) {
+        return Fail(QStringLiteral("%1 is no skin").arg(skin));
+    }
+    const QString language = parser.value(QStringLiteral("language"));
+    const SceneTexts texts(LanguageFile(language.isEmpty() ? QStringLiteral("English") : language));
+    if (texts.IsEmpty()) {
+        return Fail(QStringLiteral("there is no language %1").arg(language));
+    }
+    const QString folder = parser.value(QStringLiteral("scenes"));
+    return folder.isEmpty() ? ShowFile(parser, parser.positionalArguments().first(), texts)
+                            : DrawScenes(folder, texts);
 }
 
 }  // namespace
@@ -135,9 +172,10 @@ int main(int argc, char** argv)
     QCommandLineParser parser;
     AddOptions(parser);
     parser.process(application);
-    if (parser.positionalArguments().size() != 1) {
+    const qsizetype wanted = parser.isSet(QStringLiteral("scenes")) ? 0 : 1;
+    if (parser.positionalArguments().size() != wanted) {
         QTextStream(stderr) << parser.helpText();
         return 2;
     }
-    return Show(parser, parser.positionalArguments().first());
+    return Run(parser);
 }

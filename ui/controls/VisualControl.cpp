@@ -161,6 +161,11 @@ QSize VisualControl::ContentSize() const
     return MeasureRuns(*m_skin, m_runs, style).size.grownBy(m_look.textPadding);
 }
 
+TextLayout VisualControl::PlacedText() const
+{
+    return MeasureRuns(*m_skin, m_runs, StyleIn(Widget()->rect()));
+}
+
 bool VisualControl::IsHot() const
 {
     QWidget* widget = Widget();

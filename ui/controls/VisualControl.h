@@ -72,6 +72,10 @@ public:
     const ControlLook& Look() const { return m_look; }
     // Room for the text and what is around it.
     virtual QSize ContentSize() const;
+    // Where the text goes as the control lies now, and whether it has less room than it needs.
+    TextLayout PlacedText() const;
+    // Of the text in the state that the control is in.
+    QColor TextColor() const;
     // A page that is not shown stays hidden whatever its own state is.
     void SetSuppressed(bool isSuppressed);
 
@@ -87,7 +91,6 @@ protected:
     virtual bool IsSelectedLook() const { return false; }
     virtual QString StateImage() const { return {}; }
     virtual bool IsHot() const;
-    QColor TextColor() const;
     TextStyle StyleIn(const QRect& area) const;
     // For controls whose widget writes the text itself.
     virtual void OnTextChanged() {}

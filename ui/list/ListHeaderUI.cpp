@@ -69,10 +69,19 @@ void CListHeaderItemUI::Draw(QPainter& painter, const QRect& area) const
         painter.fillRect(area.right() - m_look.borderSize + 1, area.top(), m_look.borderSize,
                          area.height(), m_look.borderColor);
     }
-    DrawRuns(painter, skin, ParseTextMarkup(m_text, m_look.hasMarkup),
-             {m_look.font,
-              m_look.textColor,
-              {area.marginsRemoved(m_look.textPadding), m_look.alignment, false}});
+    DrawRuns(painter, skin, ParseTextMarkup(m_text, m_look.hasMarkup), StyleIn(area));
+}
+
+TextStyle CListHeaderItemUI::StyleIn(const QRect& area) const
+{
+    return {m_look.font,
+            m_look.textColor,
+            {area.marginsRemoved(m_look.textPadding), m_look.alignment, false}};
+}
+
+bool CListHeaderItemUI::IsTextCut(const QRect& area) const
+{
+    return MeasureRuns(*GetSkin(), ParseTextMarkup(m_text, m_look.hasMarkup), StyleIn(area)).isCut;
 }
 
 CListHeaderUI::CListHeaderUI(std::shared_ptr<Skin> skin)

@@ -28,12 +28,17 @@ public:
     // What is read out for the column: the text, or what the markup says for one with a picture alone.
     QString GetPlainText() const;
     void Draw(QPainter& painter, const QRect& area) const;
+    // Whether the text has less room there than it needs.
+    bool IsTextCut(const QRect& area) const;
+    const ControlLook& Look() const { return m_look; }
 
 protected:
     bool ReadAttribute(const QString& name, const QString& value) override;
 
 private:
     friend class CListHeaderUI;
+
+    TextStyle StyleIn(const QRect& area) const;
 
     CListHeaderUI* m_header = nullptr;
     QString m_text;

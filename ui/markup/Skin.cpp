@@ -14,6 +14,8 @@ constexpr int PointsAnInch = 72;
 // Pictures beyond this are loaded anew each time; the whole skin takes a tenth of it.
 constexpr std::int64_t MaxPictureBytes = std::int64_t{128} << 20;
 constexpr qsizetype MaxImageTexts = 4096;
+constexpr QLatin1String PictureEnding(".png");
+constexpr QLatin1String DoubleEnding("@2x.png");
 
 // Points become pixels by themselves: the layout is told in pixels and must not move with the desktop's setting.
 QFont MakeFont(const QString& family, int points, bool isBold)
@@ -121,6 +123,46 @@ const QPixmap& Skin::Picture(const QString& file) const
     return *m_pictures.insert(file, QPixmap::fromImage(image));
 }
 
+void Skin::DrawPicture(QPainter& painter,
+                       const QRect& target,
+                       const QString& file,
+                       const QRect& source) const
+{
+    const bool wasSmooth = painter.testRenderHint(QPainter::SmoothPixmapTransform);
+    painter.setRenderHint(QPainter::SmoothPixmapTransform);
+    const QSize size = Picture(file).size();
+    if (painter.device()->devicePixelRatioF() > 1 && file.endsWith(PictureEnding)) {
+        const QString doubleFile = file.chopped(PictureEnding.size()) + DoubleEnding;
+        const QPixmap& picture = Picture(doubleFile);
+        if (picture.size() == size * 2) {
+            painter.drawPixmap(target, picture, {source.topLeft() * 2, source.size() * 2});
+            painter.setRenderHint(QPainter::SmoothPixmapTransform, wasSmooth);
+            return;
+        }
+    }
+    painter.drawPixmap(target, Picture(file), source);
+    painter.setRenderHint(QPainter::SmoothPixmapTransform, wasSmooth);
+}
+
+QString Skin::WithColors(const QString& value) const
+{
+    QString text = value;
+    qsizetype at = text.indexOf(QLatin1Char('$'));
+    while (at >= 0) {
+        qsizetype end = at + 1;
+        while (end < text.size() && text[end].isLetterOrNumber()) {
+            ++end;
+        }
+        const auto color = m_colors.find(text.mid(at + 1, end - at - 1));
+        if (color != m_colors.end()) {
+            text.replace(at, end - at, color->second);
+            end = at + color->second.size();
+        }
+        at = text.indexOf(QLatin1Char('$'), end);
+    }
+    return text;
+}
+
 void Skin::DrawImage(QPainter& painter, const QRect& area, const QString& imageText) const
 {
     if (imageText.isEmpty()) {
@@ -136,12 +178,9 @@ void Skin::DrawImage(QPainter& painter, const QRect& area, const QString& imageT
     const QPixmap& picture = Picture(image->file);
     const QRect source = image->source.value_or(picture.rect()).intersected(picture.rect());
     const QRect target = image->dest ? image->dest->translated(area.topLeft()) : area;
-    const bool wasSmooth = painter.testRenderHint(QPainter::SmoothPixmapTransform);
-    painter.setRenderHint(QPainter::SmoothPixmapTransform);
     for (const ImagePiece& piece : CutImage(source, target, image->corner)) {
-        painter.drawPixmap(piece.target, picture, piece.source);
+        DrawPicture(painter, piece.target, image->file, piece.source);
     }
-    painter.setRenderHint(QPainter::SmoothPixmapTransform, wasSmooth);
 }
 
 TextLayout MeasureRuns(const Skin& skin, const std::vector<TextRun>& runs, const TextStyle& style)
@@ -157,14 +196,17 @@ TextLayout DrawRuns(QPainter& painter,
     const SkinMeasure measure(skin, style.font);
     TextLayout layout = FlowText(runs, measure, style.area);
     painter.save();
-    painter.setClipRect(style.area.rect, Qt::IntersectClip);
+    // Letters may reach a pixel further than their font says; only a text without room must stay inside.
+    if (layout.isCut) {
+        painter.setClipRect(style.area.rect, Qt::IntersectClip);
+    }
     for (const PlacedRun& placed : layout.placed) {
         const TextRun& run = runs[placed.run];
         if (run.kind == RunKind::Image) {
             const QPixmap& picture = skin.Picture(run.image);
             const int width = picture.width() / run.frames;
-            painter.drawPixmap(placed.rect, picture,
-                               {width * run.frame, 0, width, picture.height()});
+            skin.DrawPicture(painter, placed.rect, run.image,
+                             {width * run.frame, 0, width, picture.height()});
             continue;
         }
         painter.setFont(measure.FontOf(run.font));

@@ -36,8 +36,19 @@ public:
     const std::vector<MarkupAttribute>& Default(const QString& element) const;
     bool HasStyle(const QString& name) const { return m_styles.contains(name); }
 
+    // Colours by name, for "$name" in the values of attributes. An unknown name stays as it stands.
+    void AddColor(const QString& name, const QString& value) { m_colors[name] = value; }
+    const std::map<QString, QString>& Colors() const { return m_colors; }
+    QString WithColors(const QString& value) const;
+
     // A null picture when it is missing or damaged; that is remembered too.
     const QPixmap& Picture(const QString& file) const;
+    // Draws a part of a picture, told in its own pixels. Where the screen has more pixels than that, the one of twice the size
+    // stands in, when there is one: "name@2x.png".
+    void DrawPicture(QPainter& painter,
+                     const QRect& target,
+                     const QString& file,
+                     const QRect& source) const;
     // Draws what the text names; nothing for an empty one.
     void DrawImage(QPainter& painter, const QRect& area, const QString& imageText) const;
 
@@ -49,6 +60,7 @@ private:
     QFont m_defaultFont;
     AttributeMap m_styles;
     AttributeMap m_defaults;
+    std::map<QString, QString> m_colors;
     mutable QHash<QString, QPixmap> m_pictures;
     mutable std::int64_t m_pictureBytes = 0;
     mutable QHash<QString, ImageText> m_imageTexts;

@@ -1,5 +1,7 @@
 #include "ui/markup/TextFlow.h"
 
+#include <QTextBoundaryFinder>
+
 #include <algorithm>
 #include <utility>
 
@@ -119,8 +121,9 @@ private:
             } else {
                 PutCut(index, rest);
                 if (m_area.wraps) {
-                    const qsizetype blank = rest.indexOf(QLatin1Char(' '));
-                    rest = blank < 0 ? QString() : rest.mid(blank + 1);
+                    const qsizetype place =
+                        QTextBoundaryFinder(QTextBoundaryFinder::Line, rest).toNextBoundary();
+                    rest = place <= 0 ? QString() : rest.mid(place);
                     StartLine();
                 }
             }
@@ -128,18 +131,28 @@ private:
         m_isCut = m_isCut || !rest.isEmpty();
     }
 
-    // The length of the words that still fit, each with the blank behind it.
+    // The length of what still fits up to a place where a line may end: behind a blank, and between most letters of languages
+    // that write without blanks.
     qsizetype FittingWords(int font, const QString& text) const
     {
+        QTextBoundaryFinder places(QTextBoundaryFinder::Line, text);
         qsizetype fitting = 0;
-        for (qsizetype blank = text.indexOf(QLatin1Char(' ')); blank >= 0;
-             blank = text.indexOf(QLatin1Char(' '), blank + 1)) {
-            if (m_measure.Width(font, text.left(blank)) > Room()) {
+        for (qsizetype place = places.toNextBoundary(); place > 0;
+             place = places.toNextBoundary()) {
+            if (m_measure.Width(font, WithoutBlanksBehind(text.left(place))) > Room()) {
                 break;
             }
-            fitting = blank + 1;
+            fitting = place;
         }
         return fitting;
+    }
+
+    static QString WithoutBlanksBehind(QString text)
+    {
+        while (text.endsWith(QLatin1Char(' '))) {
+            text.chop(1);
+        }
+        return text;
     }
 
     // As many letters as fit before an ellipsis; by halving, for a name can have thousands of them.

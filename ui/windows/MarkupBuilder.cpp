@@ -23,11 +23,12 @@ QByteArray ToByteArray(const std::vector<std::uint8_t>& bytes)
     return array;
 }
 
-std::vector<MarkupAttribute> AttributesOf(const QXmlStreamReader& reader)
+std::vector<MarkupAttribute> AttributesOf(const QXmlStreamReader& reader, const Skin& skin)
 {
     std::vector<MarkupAttribute> attributes;
     for (const QXmlStreamAttribute& attribute : reader.attributes()) {
-        attributes.push_back({attribute.name().toString(), attribute.value().toString()});
+        attributes.push_back(
+            {attribute.name().toString(), skin.WithColors(attribute.value().toString())});
     }
     return attributes;
 }
@@ -101,6 +102,9 @@ private:
             EndElement();
             return true;
         case QXmlStreamReader::EndDocument:
+            if (m_files.size() == 1) {
+                ReadWindow();
+            }
             m_files.pop_back();
             return true;
         case QXmlStreamReader::DTD:
@@ -118,7 +122,7 @@ private:
     bool StartElement(QXmlStreamReader& reader)
     {
         const QString element = reader.name().toString();
-        const std::vector<MarkupAttribute> attributes = AttributesOf(reader);
+        const std::vector<MarkupAttribute> attributes = AttributesOf(reader, *m_builder.m_skin);
         if (m_open.size() >= MaxDepth || m_controlCount >= MaxControls) {
             Tell(QStringLiteral("too many elements"));
             return false;
@@ -167,12 +171,14 @@ private:
         if (element == QLatin1String("Window")) {
             // That of an included file only holds its controls together.
             if (m_files.size() == 1) {
-                ReadWindow(attributes);
+                m_windowAttributes = attributes;
             }
         } else if (element == QLatin1String("Font")) {
             skin.AddFont(name, ParseNumber(ValueOf(attributes, QLatin1String("size"))),
                          ParseTruth(ValueOf(attributes, QLatin1String("bold"))),
                          ParseTruth(ValueOf(attributes, QLatin1String("default"))));
+        } else if (element == QLatin1String("Color")) {
+            skin.AddColor(name, ValueOf(attributes, QLatin1String("value")));
         } else if (element == QLatin1String("Style")) {
             skin.SetStyle(name, ListOf(attributes));
         } else if (element == QLatin1String("Default")) {
@@ -197,7 +203,8 @@ private:
         return list;
     }
 
-    void ReadWindow(const std::vector<MarkupAttribute>& attributes)
+    // When all else is read, for the window may name colours that stand in it or in a file that it includes.
+    void ReadWindow()
     {
         using Setter = AttributeSetter<WindowSettings>;
         static constexpr std::array<Setter, 5> Table = {{
@@ -214,7 +221,8 @@ private:
                            const QString& text) { window.sizeBorder = ParseMargins(text).left(); }},
             {"title", [](WindowSettings& window, const QString& text) { window.title = text; }},
         }};
-        for (const MarkupAttribute& attribute : attributes) {
+        for (MarkupAttribute& attribute : m_windowAttributes) {
+            attribute.value = m_builder.m_skin->WithColors(attribute.value);
             if (!SetFromTable(Table, m_builder.m_settings, attribute.name, attribute.value)) {
                 SetAttribute(m_root, QStringLiteral("Window"), attribute);
             }
@@ -287,6 +295,7 @@ private:
     CControlUI& m_root;
     std::vector<OpenFileEntry> m_files;
     std::vector<CControlUI*> m_open;  // null for structure
+    std::vector<MarkupAttribute> m_windowAttributes;
     int m_controlCount = 0;
     int m_fileCount = 0;
 };
