@@ -30,17 +30,24 @@ std::string CutCells(const CItemViewUI& view)
     return cut;
 }
 
+std::string CutColumns(const CListHeaderUI& header)
+{
+    std::string cut;
+    for (int i = 0; i < header.GetCount(); ++i) {
+        const QRect area(0, 0, header.sectionSize(i), header.height());
+        if (header.GetItemAt(i)->IsTextCut(area)) {
+            cut += Describe(*header.GetItemAt(i)) + "\n";
+        }
+    }
+    return cut;
+}
+
 std::string CutTexts(const Scene& scene, const SceneWindow& window)
 {
     std::string cut;
     for (const VisualControl* control : VisibleControls(window)) {
         if (const auto* header = dynamic_cast<const CListHeaderUI*>(control)) {
-            for (int i = 0; i < header->GetCount(); ++i) {
-                const QRect area(0, 0, header->sectionSize(i), header->height());
-                if (header->GetItemAt(i)->IsTextCut(area)) {
-                    cut += Describe(*header->GetItemAt(i)) + "\n";
-                }
-            }
+            cut += CutColumns(*header);
         } else if (const auto* view = dynamic_cast<const CItemViewUI*>(control)) {
             cut += CutCells(*view);
         } else if (!control->GetText().isEmpty() && control->PlacedText().isCut &&

@@ -87,20 +87,24 @@ TEST_F(UiTest, StylesDefaultsAndFontsReachTheControls)
 TEST(MarkupBuilder, ColoursAreTakenByNameAndKnownToTheWindowToo)
 {
     const TestSkin skin;
-    skin.Write("colors.xml", "<Window><Color name='ink' value='#FF102030'/></Window>");
-    skin.Write("a.xml", "<Window bkcolor='$ink'><Include source='colors.xml'/>"
-                        "<Default name='Button' textcolor='$ink'/><Styles><Style name='s' "
-                        "value=\"textcolor='$ink' bkcolor='$ink2'\"/></Styles>"
-                        "<Button name='a'/><Label name='b' style='s' text='$ink$'/></Window>");
+    skin.Write("colors.xml",
+               "<Window><Color name='ink' value='#FF102030'/><Color name='long' value='" +
+                   QString(99, 'x') + "'/></Window>");
+    skin.Write("a.xml",
+               "<Window bkcolor='$ink'><Include source='colors.xml'/>"
+               "<Default name='Button' textcolor='$ink'/><Styles><Style name='s' "
+               "value=\"textcolor='$ink' bkcolor='$ink2'\"/></Styles>"
+               "<Button name='a'/><Label name='b' style='s' text='$ink$$ink$long'/></Window>");
     Built built(skin, "a.xml");
     ASSERT_TRUE(built.isBuilt) << built.problems;
+    EXPECT_EQ(built.problems, "colors.xml:1: long is no colour");
     const QColor ink(0x10, 0x20, 0x30);
     EXPECT_EQ(built.root.Look().backColor, ink);
     EXPECT_EQ(dynamic_cast<CButtonUI*>(built.root.FindControl("a"))->Look().textColor, ink);
     const auto* label = dynamic_cast<CLabelUI*>(built.root.FindControl("b"));
     EXPECT_EQ(label->Look().textColor, ink);
     EXPECT_FALSE(label->Look().backColor.isValid());
-    EXPECT_EQ(label->GetText(), "#FF102030$");
+    EXPECT_EQ(label->GetText(), "#FF102030$#FF102030$long");
 }
 
 TEST(MarkupBuilder, PicturesOfTwiceTheSizeAreDrawnOnSharpScreens)

@@ -30,7 +30,6 @@ public:
     void Draw(QPainter& painter, const QRect& area) const;
     // Whether the text has less room there than it needs.
     bool IsTextCut(const QRect& area) const;
-    const ControlLook& Look() const { return m_look; }
 
 protected:
     bool ReadAttribute(const QString& name, const QString& value) override;

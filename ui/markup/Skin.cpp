@@ -144,23 +144,33 @@ void Skin::DrawPicture(QPainter& painter,
     painter.setRenderHint(QPainter::SmoothPixmapTransform, wasSmooth);
 }
 
+bool Skin::AddColor(const QString& name, const QString& value)
+{
+    const bool isColor = ParseColor(value).isValid();
+    if (isColor) {
+        m_colors[name] = value;
+    }
+    return isColor;
+}
+
 QString Skin::WithColors(const QString& value) const
 {
-    QString text = value;
-    qsizetype at = text.indexOf(QLatin1Char('$'));
-    while (at >= 0) {
+    QString text;
+    qsizetype copied = 0;
+    for (qsizetype at = value.indexOf(QLatin1Char('$')); at >= 0;
+         at = value.indexOf(QLatin1Char('$'), at + 1)) {
         qsizetype end = at + 1;
-        while (end < text.size() && text[end].isLetterOrNumber()) {
+        while (end < value.size() && value[end].isLetterOrNumber()) {
             ++end;
         }
-        const auto color = m_colors.find(text.mid(at + 1, end - at - 1));
+        const auto color = m_colors.find(value.mid(at + 1, end - at - 1));
         if (color != m_colors.end()) {
-            text.replace(at, end - at, color->second);
-            end = at + color->second.size();
+            text += QStringView(value).mid(copied, at - copied);
+            text += color->second;
+            copied = end;
         }
-        at = text.indexOf(QLatin1Char('$'), end);
     }
-    return text;
+    return text + value.mid(copied);
 }
 
 void Skin::DrawImage(QPainter& painter, const QRect& area, const QString& imageText) const

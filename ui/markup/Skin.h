@@ -36,9 +36,10 @@ public:
     const std::vector<MarkupAttribute>& Default(const QString& element) const;
     bool HasStyle(const QString& name) const { return m_styles.contains(name); }
 
-    // Colours by name, for "$name" in the values of attributes. An unknown name stays as it stands.
-    void AddColor(const QString& name, const QString& value) { m_colors[name] = value; }
-    const std::map<QString, QString>& Colors() const { return m_colors; }
+    // Colours by name, for "$name" in the values of attributes. False when the value is no colour: whatever is put in for a
+    // name is short.
+    bool AddColor(const QString& name, const QString& value);
+    // An unknown name stays as it stands.
     QString WithColors(const QString& value) const;
 
     // A null picture when it is missing or damaged; that is remembered too.

@@ -178,7 +178,9 @@ private:
                          ParseTruth(ValueOf(attributes, QLatin1String("bold"))),
                          ParseTruth(ValueOf(attributes, QLatin1String("default"))));
         } else if (element == QLatin1String("Color")) {
-            skin.AddColor(name, ValueOf(attributes, QLatin1String("value")));
+            if (!skin.AddColor(name, ValueOf(attributes, QLatin1String("value")))) {
+                Tell(QStringLiteral("%1 is no colour").arg(name));
+            }
         } else if (element == QLatin1String("Style")) {
             skin.SetStyle(name, ListOf(attributes));
         } else if (element == QLatin1String("Default")) {

@@ -212,6 +212,7 @@ QString SceneTexts::Message(const QString& key, const QStringList& values) const
 std::vector<Scene> AllScenes()
 {
     const QSize main(1000, 650);
+    const QSize large(1600, 1000);
     std::vector<Scene> scenes = {
         {"start", "skin", main, "MainWnd", FillStart, "MSG0101"},
         {"start-image", "skin", main, "MainWnd", FillStart, "MSG0102"},
@@ -219,6 +220,9 @@ std::vector<Scene> AllScenes()
         {"create-image", "skin", main, "MainWnd", FillCreateImage, {}},
         {"types", "skin", main, "MainWnd", FillTypes, {}},
         {"results", "skin", main, "MainWnd", FillResults, {}},
+        {"drives-large", "skin", large, "MainWnd", FillDrives, {}},
+        {"types-large", "skin", large, "MainWnd", FillTypes, {}},
+        {"results-large", "skin", large, "MainWnd", FillResults, {}},
         {"scan", "ScanProcessWnd", {350, 250}, "ScanWnd", FillScan, "MSG0701"},
         {"scan-number", "ScanProcessWnd", {350, 250}, "ScanWnd", FillScanStart, "MSG0702"},
         {"scan-image", "ScanProcessWnd", {350, 250}, "ScanWnd", FillScan, "MSG0703"},
