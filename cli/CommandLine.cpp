@@ -29,7 +29,8 @@ constexpr const char* Examples =
     "  sudo lumivault-cli image '#3' ./card.img --rescue    a copy of what fails, to be scanned in "
     "its place\n"
     "\n"
-    "Exit status: 0 done, 1 some files failed or are incomplete, or sectors are missing, 2 wrong use, 3 the\n"
+    "Exit status: 0 done, 1 some files failed or are incomplete, or sectors are missing, 2 wrong "
+    "use, 3 the\n"
     "target could "
     "not be opened or scanned, 130 cancelled. 'lumivault-cli COMMAND --help' tells more.";
 
