@@ -85,9 +85,10 @@ std::map<std::uint32_t, std::set<std::string>> DeepRun::ComparePreviews()
         } else {
             buffer = ReadFileBytes(temporary);
         }
-        results[record.EngineKind].insert(result == ResultSuccess && buffer == whole
-                                              ? "same"
-                                              : "other than " + std::string(record.NameText()));
+        results[std::uint32_t{record.EngineKind}].insert(result == ResultSuccess && buffer == whole
+                                                             ? "same"
+                                                             : "other than " +
+                                                                   std::string(record.NameText()));
     }
     return results;
 }
