@@ -32,6 +32,7 @@ bool CProfessionalRecovery::FindCheckpoint()
     }
     m_checkpoint = std::move(checkpoint);
     m_ownEntry = m_checkpoint->state.entry;
+    m_saved = true;  // also when it is stopped again before the next checkpoint
     return true;
 }
 
