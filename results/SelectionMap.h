@@ -1,0 +1,19 @@
+// The found files that are ticked, kept apart from the list that shows them: a tick outlives a change of what is shown.
+#pragma once
+
+#include "recovery/FoundRow.h"
+
+#include <cstdint>
+#include <map>
+
+// Bits 48 to 63: the letter of the target; 32 to 47: the engine's kind; 0 to 31: the record's place in its store, which no two
+// records of a target share.
+using SelectionKey = std::uint64_t;
+
+SelectionKey KeyOf(const FoundRow& row);
+
+// In the order of the keys, which is the order that files are restored in.
+using SelectionMap = std::map<SelectionKey, FoundRow>;
+
+// The only way in and out. What is in already, or not there, stays as it is.
+void SetSelected(SelectionMap& selection, const FoundRow& row, bool selected);
