@@ -1,0 +1,15 @@
+// The signals that ask a program with windows to end: INT, TERM and HUP become something that its message loop can wait for.
+#pragma once
+
+// One for a process. From its making on the signals do not end the process; they do again after its end.
+class TerminationSignals
+{
+public:
+    TerminationSignals();
+    TerminationSignals(const TerminationSignals&) = delete;
+    TerminationSignals& operator=(const TerminationSignals&) = delete;
+    ~TerminationSignals();
+
+    // Readable once a signal has come; -1 when the system gave no pipe, and the signals end the process then. It stays ours.
+    int Descriptor() const;
+};
