@@ -87,6 +87,11 @@ std::int32_t ProcessNumber()
     return ::getpid();
 }
 
+std::uint32_t UserNumber()
+{
+    return ::geteuid();
+}
+
 bool ProcessIsAlive(std::int32_t number)
 {
     return ::kill(number, 0) == 0 || errno != ESRCH;

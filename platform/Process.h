@@ -12,6 +12,8 @@
 
 // Of this one.
 std::int32_t ProcessNumber();
+// Of the user that this process acts as.
+std::uint32_t UserNumber();
 // Also one of another user.
 bool ProcessIsAlive(std::int32_t number);
 // Kills every process of this user that has that name, by its first 15 bytes, which is what the system keeps of it. The
