@@ -1,8 +1,8 @@
 #include "cli/CommandLine.h"
 
 #include "cli/Cancel.h"
-#include "cli/Version.h"
 #include "cli/Words.h"
+#include "platform/Version.h"
 #include "session/Session.h"
 
 #include <CLI/CLI.hpp>

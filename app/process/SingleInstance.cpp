@@ -31,7 +31,8 @@ QString SingleInstance::DefaultName()
 InstanceRole SingleInstance::Take()
 {
     InstanceRole role = InstanceRole::First;
-    constexpr int Attempts = 3;  // of two that start at once one comes too late to listen, and asks again
+    constexpr int Attempts =
+        3;  // of two that start at once one comes too late to listen, and asks again
     for (int attempt = 0; attempt < Attempts; ++attempt) {
         if (AskFirst(role)) {
             return role;
