@@ -1,0 +1,6 @@
+#include "app/popups/CreateImageProcessWnd.h"
+
+CCreateImageProcessWnd::CCreateImageProcessWnd()
+    : CTaskWnd(QStringLiteral("CreateImageProcessWnd.xml"))
+{
+}

@@ -1,0 +1,22 @@
+// Copies a target, or a whole disk, into an image file.
+#pragma once
+
+#include "app/popups/TaskWnd.h"
+
+#include <filesystem>
+#include <vector>
+
+class CCreateImageProcessWnd : public CTaskWnd
+{
+public:
+    CCreateImageProcessWnd();
+
+    std::filesystem::path outputPath;
+    int diskNumber = -1;                   // not negative: the whole of it
+    std::vector<RecoveryTarget*> targets;  // else the first of these
+
+    QString GetWindowClassName() const override
+    {
+        return QStringLiteral("UICreateImageProcessWnd");
+    }
+};

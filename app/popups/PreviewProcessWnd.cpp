@@ -1,0 +1,3 @@
+#include "app/popups/PreviewProcessWnd.h"
+
+CPreviewProcessWnd::CPreviewProcessWnd() : CTaskWnd(QStringLiteral("PreviewProcessWnd.xml")) {}

@@ -1,0 +1,3 @@
+#include "app/popups/RecoverProcessWnd.h"
+
+CRecoverProcessWnd::CRecoverProcessWnd() : CTaskWnd(QStringLiteral("RecoverProcessWnd.xml")) {}

@@ -1,0 +1,3 @@
+#include "app/popups/ScanProcessWnd.h"
+
+CScanProcessWnd::CScanProcessWnd() : CTaskWnd(QStringLiteral("ScanProcessWnd.xml")) {}
