@@ -14,5 +14,4 @@ SortDirection NextDirection(FileColumn header, SortDirection now);
 
 // Of each row its rank among the others under that header, upward; rows that are equal have the same. What a row's rank is
 // compared by is worked out once for each, since a hundred thousand of them are compared some two million times.
-std::vector<std::uint32_t> SortRanks(const std::vector<const FileRecord*>& rows,
-                                     FileColumn header);
+std::vector<std::uint32_t> SortRanks(const std::vector<const FileRecord*>& rows, FileColumn header);

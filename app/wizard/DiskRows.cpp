@@ -176,14 +176,13 @@ void DiskRows::WriteTexts(Row& row, const RecoveryTarget& target)
 {
     if (target.IsImage()) {
         row.SetColumnText(0, CellText(target.imagePath.filename().string()));
-        row.SetColumnText(
-            2, CellText(FormatSize(static_cast<std::int64_t>(ImageBytes(target)))));
+        row.SetColumnText(2, CellText(FormatSize(static_cast<std::int64_t>(ImageBytes(target)))));
         return;
     }
     row.SetColumnText(0, VolumeNameText(*target.volume));
     row.SetColumnText(1, CellText(target.volume->fileSystem));
-    row.SetColumnText(
-        2, CellText(FormatSize(static_cast<std::int64_t>(target.volume->totalBytes))));
+    row.SetColumnText(2,
+                      CellText(FormatSize(static_cast<std::int64_t>(target.volume->totalBytes))));
 }
 
 void DiskRows::RewriteTexts()

@@ -67,6 +67,6 @@ private:
     std::vector<Row*> m_rows;   // partitions and images, in the order of their making
     std::vector<Disk> m_disks;  // with a header
     Row* m_imageHeader = nullptr;
-    std::uint16_t m_nextImageId = 1000;      // counted up before its use, never back
+    std::uint16_t m_nextImageId = 1000;     // counted up before its use, never back
     std::vector<TargetRow> m_knownVolumes;  // as last listed
 };

@@ -27,11 +27,10 @@ DetailTexts ImageDetails(const RecoveryTarget& target)
 // The closing mark of these two is none of an opening one; both end with the text all the same.
 QString DiskHeaderText(const DiskFacts& disk)
 {
-    return ToQt(disk.removable
-                    ? FormatText("{f 5}{x 5}{i removable_drive.png 1 0}{x 2}%s %d{/5}",
-                                 MessageText("MSG0202"), disk.number + 1)
-                    : FormatText("{f 5}{x 5}{i physical_drive.png 1 0}{x 2}%s %d{/5}",
-                                 MessageText("MSG0201"), disk.number + 1));
+    return ToQt(disk.removable ? FormatText("{f 5}{x 5}{i removable_drive.png 1 0}{x 2}%s %d{/5}",
+                                            MessageText("MSG0202"), disk.number + 1)
+                               : FormatText("{f 5}{x 5}{i physical_drive.png 1 0}{x 2}%s %d{/5}",
+                                            MessageText("MSG0201"), disk.number + 1));
 }
 
 QString ImageHeaderText()

@@ -23,8 +23,9 @@ FoundRow Row(const std::string& name, std::uint64_t size = 0, bool isFolder = fa
 TEST(ExtensionGroups, PutSpellingsTogetherInTheOrderOfTheResults)
 {
     const std::vector<std::pair<std::string, std::string>> keys = {
-        {"a.JPEG", "jpg"},  {"b.jpg", "jpg"},   {"c.tiff", "tif"}, {"d.scr", "pcx"}, {"e.MIDI", "mid"},
-        {"f.m4p", "m4a"},   {"README", "readme"}, {"g.tar.gz", "gz"}, {"h.", ""}, {"mtiff", "mtiff"}};
+        {"a.JPEG", "jpg"}, {"b.jpg", "jpg"},  {"c.tiff", "tif"},    {"d.scr", "pcx"},
+        {"e.MIDI", "mid"}, {"f.m4p", "m4a"},  {"README", "readme"}, {"g.tar.gz", "gz"},
+        {"h.", ""},        {"mtiff", "mtiff"}};
     for (const auto& [name, key] : keys) {
         EXPECT_EQ(GroupKeyOf(name), key) << name;
     }
@@ -56,12 +57,8 @@ TEST(TypeFilterMap, ALaterOptionOverridesAndTakesOutWhatIsItsOwn)
 TEST(TypeFilterMap, WildcardsBecomeThePatternOfTheEngines)
 {
     const std::vector<std::pair<std::string, std::string>> cases = {
-        {"*.jpg|*.png", ".\\.jpg|.\\.png"},
-        {"a*b", "a.b"},
-        {"\\*x", "\\x"},
-        {"**", ".."},
-        {"[a]{b}^$+?", "\\[a\\]\\{b\\}\\^\\$\\+\\?"},
-        {"", ""}};
+        {"*.jpg|*.png", ".\\.jpg|.\\.png"},           {"a*b", "a.b"}, {"\\*x", "\\x"}, {"**", ".."},
+        {"[a]{b}^$+?", "\\[a\\]\\{b\\}\\^\\$\\+\\?"}, {"", ""}};
     for (const auto& [wildcards, pattern] : cases) {
         EXPECT_EQ(FilterPattern(wildcards), pattern) << wildcards;
     }
@@ -139,10 +136,12 @@ TEST(RowOrder, EachHeaderSortsByItsFixedColumn)
     const std::vector<std::pair<FileColumn, std::string>> cases = {
         {FileColumn::FileName, "A.gif a.jpg b.png c.avi "},
         {FileColumn::Size, "c.avi a.jpg A.gif b.png "},
-        {FileColumn::Path, "c.avi b.png a.jpg A.gif "},          // by "1.95 KB", "10 Bytes", "900 Bytes"
-        {FileColumn::Type, "A.gif c.avi a.jpg b.png "},          // by the creation date
-        {FileColumn::ModifiedTime, "b.png A.gif c.avi a.jpg "},  // by the path, which is the same for all
-        {FileColumn::CreatedTime, "c.avi A.gif a.jpg b.png "}};  // by the type: folder, gif, jpg, png
+        {FileColumn::Path, "c.avi b.png a.jpg A.gif "},  // by "1.95 KB", "10 Bytes", "900 Bytes"
+        {FileColumn::Type, "A.gif c.avi a.jpg b.png "},  // by the creation date
+        {FileColumn::ModifiedTime,
+         "b.png A.gif c.avi a.jpg "},  // by the path, which is the same for all
+        {FileColumn::CreatedTime,
+         "c.avi A.gif a.jpg b.png "}};  // by the type: folder, gif, jpg, png
     for (const auto& [header, names] : cases) {
         EXPECT_EQ(Sorted(rows, header), names) << static_cast<int>(header);
     }

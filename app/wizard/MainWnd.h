@@ -1,0 +1,60 @@
+// The one window of the program that stays: a wizard of four pages. It hands what happens to the parts that decide; see their
+// files for what each does.
+#pragma once
+
+#include "app/tasks/RecoveryState.h"
+#include "app/wizard/MainContext.h"
+
+#include <memory>
+
+class CMainWnd : public WindowImplBase
+{
+public:
+    // The session and the services' dialogs outlive it. Made with new: it deletes itself when it was closed, and ends the
+    // program then.
+    CMainWnd(Session& session, MainServices services);
+    CMainWnd(const CMainWnd&) = delete;
+    CMainWnd& operator=(const CMainWnd&) = delete;
+    ~CMainWnd() override;
+
+    QString GetWindowClassName() const override { return QStringLiteral("FileRecoveryWnd"); }
+    QString GetSkinFile() const override { return QStringLiteral("xml\\skin.xml"); }
+    QString GetSkinFolder() const override { return QStringLiteral("Skins\\"); }
+    void InitWindow() override;
+    void OnFinalMessage() override;
+    bool HandleMessage(std::uint32_t number, std::intptr_t wParam, std::intptr_t lParam) override;
+    void Notify(const Notification& notification) override;
+    void OnClick(const Notification& notification) override;
+    bool MessageFilter(QKeyEvent& event) override;
+
+    RecoveryState& State() { return m_state; }
+    // As if the user had chosen that file.
+    void AddImage(const std::filesystem::path& path);
+
+protected:
+    std::unique_ptr<CControlUI> CreateControl(const QString& element,
+                                              const std::shared_ptr<Skin>& skin) override;
+
+private:
+    struct Parts;
+
+    void OnWindowInit();
+    void BindHandlers();
+    void OnOptionChanged(CControlUI& sender);
+    void OnItemSelect(const CControlUI& sender);
+    void OnRowDoubleClick(const CControlUI& sender);
+    void OnMode(bool createsImages);
+    void OnNext();
+    void LoadImage();
+    void UseImage(const std::filesystem::path& path);
+    void ShowDetails();
+    void ShowPreviewWindow(std::intptr_t window);
+    void OpenAssistMenu();
+    void OnLanguageChanged();
+    void ShowWaitLine(const QString& text);
+
+    RecoveryState m_state;
+    MainContext m_context;
+    std::unique_ptr<Parts> m_parts;  // from InitWindow on
+    bool m_targetChosen = false;     // by the first selection of a target, for good
+};
