@@ -1,6 +1,7 @@
 // The base of all windows that stand in front of the main window until they are closed with a code.
 #pragma once
 
+#include "app/tasks/CloseCode.h"
 #include "app/tasks/RecoveryState.h"
 #include "ui/windows/WindowImplBase.h"
 
@@ -13,11 +14,6 @@
 
 class LanguageSection;
 class QEventLoop;
-
-// What DoModal gives.
-inline constexpr int CloseDone = 1;
-inline constexpr int CloseCancelled = 2;
-inline constexpr int CloseFailed = 3;
 
 // User-interface thread, but for CloseWith(), PostToMain() and ShowLater().
 class CPopUpWnd : public WindowImplBase
