@@ -5,8 +5,6 @@
 #include "app/tasks/RecoveryState.h"
 #include "ui/windows/WindowImplBase.h"
 
-#include <QPointer>
-
 #include <atomic>
 #include <mutex>
 #include <string_view>
@@ -44,12 +42,13 @@ public:
     QString GetSkinFile() const override { return QStringLiteral("xml\\") + m_skinFile; }
     bool IsDialog() const override { return true; }
     void Notify(const Notification& notification) override;
-    void OnClick(const Notification& notification) override;
     bool MessageFilter(QKeyEvent& event) override;
     bool OnCloseRequest() override;
 
     // Puts the texts of that section onto the controls.
     void ApplyLanguage(std::string_view sectionName) const;
+    // Closed with a code, if DoModal has not returned yet.
+    bool IsClosing() const { return m_code != 0; }
     // True while any window of this kind keeps the others from being used.
     static bool IsAnyModal();
 
@@ -63,9 +62,12 @@ protected:
     virtual bool StaysHidden() const { return false; }
     void ShowCentered();
 
-    std::string Message(std::string_view key) const;
-    // A text of the section "Desktop".
-    static std::string DesktopText(std::string_view key);
+    void Center();
+    // Of the sections "Messages" and "Desktop".
+    static QString Message(std::string_view key);
+    static QString DesktopText(std::string_view key);
+    // Never read as markup, whatever the control makes of its texts.
+    void SetPlainText(const QString& name, const QString& text) const;
 
     WindowImplBase* m_mainWnd = nullptr;
     RecoveryState* m_state = nullptr;

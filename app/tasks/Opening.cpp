@@ -19,6 +19,20 @@ struct Pending
     bool isLeft = false;
 };
 
+// Nobody is there who would catch what it throws.
+OpenOutcome Guarded(const std::function<OpenOutcome()>& open)
+{
+    try {
+        return open();
+    } catch (...) {
+        OpenOutcome outcome;
+        outcome.end = OpenEnd::Refused;
+        outcome.refusal.fault = TargetFault::OutOfMemory;
+        outcome.refusal.why = ResultOutOfMemory;
+        return outcome;
+    }
+}
+
 }  // namespace
 
 std::optional<OpenOutcome> OpenUnless(const std::function<bool()>& isToStop,
@@ -26,7 +40,7 @@ std::optional<OpenOutcome> OpenUnless(const std::function<bool()>& isToStop,
 {
     const auto pending = std::make_shared<Pending>();
     std::thread([pending, open] {
-        OpenOutcome outcome = open();
+        OpenOutcome outcome = Guarded(open);
         const std::lock_guard held(pending->lock);
         if (!pending->isLeft) {
             pending->outcome = std::move(outcome);

@@ -98,7 +98,7 @@ int ProgressBoard::Value(std::string_view name) const
 bool ProgressBoard::IsVisible(std::string_view name) const
 {
     const std::lock_guard held(m_lock);
-    return FindOr(m_all.visibilities, name, true);
+    return FindOr(m_all.visibilities, name, false);
 }
 
 std::vector<ReportRow> ProgressBoard::Rows() const

@@ -40,7 +40,7 @@ public:
     std::size_t AddRow(std::string path, std::string status, bool isGood);
     void ChangeRow(std::size_t number, std::string path, std::string status, bool isGood);
 
-    // Empty, 0 and true for a name that was not set.
+    // Empty, 0 and false for a name that was not set.
     std::string Text(std::string_view name) const;
     int Value(std::string_view name) const;
     bool IsVisible(std::string_view name) const;

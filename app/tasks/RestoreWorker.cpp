@@ -53,6 +53,7 @@ bool RestoreWorker::Restore(std::span<const FoundRow> rows, bool isGuarded)
     RestoreCalls calls;
     calls.onProgress = [this](const RestoreProgress& progress) { return OnProgress(progress); };
     calls.onFile = [this](const ScanSession* source, const FoundRow&, const FileOutcome& outcome) {
+        const std::lock_guard held(m_context.gate.lock);
         OnOutcome(source != nullptr, outcome);
     };
     if (isGuarded) {
