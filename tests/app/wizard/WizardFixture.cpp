@@ -2,6 +2,7 @@
 
 #include "app/popups/Messages.h"
 #include "app/popups/PopUpWnd.h"
+#include "platform/SystemFiles.h"
 #include "texts/LanguageManager.h"
 #include "ui/controls/ContainerUI.h"
 #include "ui/custom/ListExUI.h"
@@ -66,6 +67,7 @@ void WizardTest::Open()
     ASSERT_TRUE(m_window->Create(nullptr));
     EXPECT_TRUE(m_window->MarkupProblems().isEmpty());
     m_window->show();
+    MountTestFolder("0:77 / / rw - tmpfs none rw");
     ASSERT_TRUE(WaitFor([this] { return !IsVisible("WaitBar"); }));
 }
 
@@ -100,6 +102,14 @@ std::string WizardTest::Column(int column) const
         texts += Files().GetItemAt(i)->GetColumnText(column).toStdString() + " ";
     }
     return texts;
+}
+
+void WizardTest::MountTestFolder(const std::string& where)
+{
+    FileIdentity here;
+    ASSERT_EQ(IdentifyPath(m_folder.Path(), here), ResultSuccess);
+    std::filesystem::remove(m_system.Folder() / "proc/self/mountinfo");
+    m_system.AddMount(std::to_string(here.mountId) + " 1 " + where);
 }
 
 void WizardTest::Find(const std::vector<std::pair<std::string, std::uint64_t>>& files)

@@ -64,6 +64,8 @@ protected:
     std::string Column(int column) const;
     // A tick by the mouse or the space key.
     void Tick(int row) { Files().GetItemAt(row)->ToggleCheck(); }
+    // The system says that the test's folders lie there: "8:0 / / rw - vfat none rw".
+    void MountTestFolder(const std::string& where);
     // What would be found, as if a search had brought it: name, and size in bytes.
     void Find(const std::vector<std::pair<std::string, std::uint64_t>>& files);
     static bool WaitFor(const std::function<bool()>& condition);

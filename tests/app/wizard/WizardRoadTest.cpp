@@ -149,7 +149,7 @@ TEST_F(WizardRoadTest, AHeaderScansAllOfItsDiskAndShowsTheFirst)
     ScanUntilResults();
     EXPECT_EQ(Files().GetCount(), 3);
     // Onto the stick itself nothing is restored without a question.
-    m_system.AddMount("1 1 8:0 / " + m_folder.Path().string() + " rw - vfat /dev/sda rw");
+    MountTestFolder("8:0 / / rw - vfat none rw");
     m_dialogs.folder = m_folder / "out";
     m_answers = {CloseCancelled};
     m_asked.clear();
