@@ -12,7 +12,8 @@
 namespace {
 
 constexpr int LeastSide = 3;
-constexpr int HeadBytes = 64 * 1024;  // camera data and colour tables stand in front of a picture's frame
+constexpr int HeadBytes =
+    64 * 1024;  // camera data and colour tables stand in front of a picture's frame
 
 // Others are no pictures, or can name files and addresses to be read beside.
 constexpr std::array<const char*, 12> Formats = {"jpeg", "jpg", "png", "gif", "bmp", "webp",

@@ -3,8 +3,8 @@
 #include "app/tasks/CloseCode.h"
 #include "app/tasks/Opening.h"
 #include "texts/LanguageSection.h"
-#include "texts/TextForms.h"
 #include "texts/TextFormat.h"
+#include "texts/TextForms.h"
 
 #include <utility>
 

@@ -9,6 +9,7 @@ constexpr int RemovalTimer = 1;
 // In which the system mounts what has come.
 constexpr int DelayMilliseconds = 5000;
 constexpr int RetryMilliseconds = 100;
+constexpr int WaitMilliseconds = 300;
 
 }  // namespace
 
@@ -20,6 +21,9 @@ DiskRefresh::DiskRefresh(Session& session, CControlUI& timers, Owner owner)
     m_retry.setSingleShot(true);
     m_retry.setInterval(RetryMilliseconds);
     connect(&m_retry, &QTimer::timeout, this, [this] { ApplyPending(); });
+    m_waitDelay.setSingleShot(true);
+    m_waitDelay.setInterval(WaitMilliseconds);
+    connect(&m_waitDelay, &QTimer::timeout, this, [this] { m_owner.onWaiting(true); });
 }
 
 void DiskRefresh::Request(RefreshKind kind)
@@ -31,14 +35,15 @@ void DiskRefresh::Request(RefreshKind kind)
 void DiskRefresh::StartNext()
 {
     if (!m_requests.empty() && !m_listing.IsRunning()) {
-        m_owner.onListing(true);
+        m_waitDelay.start();
         m_listing.Start();
     }
 }
 
 void DiskRefresh::OnListed(const TargetList& list)
 {
-    m_owner.onListing(false);
+    m_waitDelay.stop();
+    m_owner.onWaiting(false);
     // A list that is not complete says nothing about what has come or gone.
     if (list.end == ListEnd::Complete) {
         m_pending.push_back({m_requests.front(), list, m_owner.selectsArrived()});

@@ -42,12 +42,15 @@ public:
         std::function<void(const Listed& listed)> apply;
         std::function<bool()> mayApply;        // false while targets must not go away
         std::function<bool()> selectsArrived;  // asked when a list is complete
-        std::function<void(bool isListing)> onListing;
+        // A list takes long enough for the user to be told; false when it is there.
+        std::function<void(bool isWaiting)> onWaiting;
     };
 
     DiskRefresh(Session& session, CControlUI& timers, Owner owner);
 
     void Request(RefreshKind kind);
+    // Until all that was asked for is listed; what is listed may have to wait to be applied.
+    bool IsListing() const { return !m_requests.empty(); }
     // An arrival or removal, which the timers of the control put off.
     void OnDeviceChange(std::intptr_t event);
     // One of those timers.
@@ -66,6 +69,7 @@ private:
     std::deque<RefreshKind> m_requests;  // the first one is being listed
     std::deque<Listed> m_pending;        // that may not be applied yet
     QTimer m_retry;
+    QTimer m_waitDelay;
     DiskListing m_listing;
     DeviceEventMonitor m_monitor;
     std::function<void(std::intptr_t event)> m_onEvent;

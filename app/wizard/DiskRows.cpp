@@ -32,26 +32,6 @@ bool IsRemovableVolume(const DiskRows::Row& row)
 
 }  // namespace
 
-void DiskRows::Fill(const std::vector<TargetRow>& found)
-{
-    Clear();
-    m_knownVolumes = found;
-    for (const TargetRow& volume : found) {
-        AddVolume(volume);
-    }
-}
-
-void DiskRows::Clear()
-{
-    m_list.RemoveAll();
-    m_rows.clear();
-    m_disks.clear();
-    m_imageHeader = nullptr;
-    while (!m_state.targets.empty()) {
-        Release(m_state.targets.back().get());
-    }
-}
-
 void DiskRows::AddArrived(const std::vector<TargetRow>& found, bool selectsRemovable)
 {
     m_knownVolumes = found;

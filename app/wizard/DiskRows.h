@@ -19,8 +19,6 @@ public:
     // Told of a target before it goes.
     std::function<void(const RecoveryTarget& target)> onRelease;
 
-    // A list of disks as it is at the start: everything that stood there goes.
-    void Fill(const std::vector<TargetRow>& found);
     // Disks that have no rows yet get them; a removable one's are selected, if asked.
     void AddArrived(const std::vector<TargetRow>& found, bool selectsRemovable);
     // A disk that lost one of its entries goes with all of its rows.
@@ -59,7 +57,6 @@ private:
     RecoveryTarget& AddTarget();
     void RemoveDisk(std::uint32_t number);
     void Release(const RecoveryTarget* target);
-    void Clear();
     static void WriteTexts(Row& row, const RecoveryTarget& target);
 
     CDiskListUI& m_list;

@@ -4,14 +4,9 @@
 #include "app/popups/Messages.h"
 #include "app/preview/PreviewWnd.h"
 #include "app/wizard/AssistMenu.h"
-#include "app/wizard/CreateImageFlow.h"
-#include "app/wizard/DiskRefresh.h"
 #include "app/wizard/DiskTexts.h"
-#include "app/wizard/InlinePreview.h"
+#include "app/wizard/MainParts.h"
 #include "app/wizard/MainTexts.h"
-#include "app/wizard/RestoreFlow.h"
-#include "app/wizard/ScanFlow.h"
-#include "app/wizard/TypePage.h"
 #include "texts/LanguageManager.h"
 #include "ui/custom/CustomElements.h"
 
@@ -19,58 +14,6 @@
 #include <QKeyEvent>
 
 #include <utility>
-
-struct CMainWnd::Parts
-{
-    explicit Parts(CMainWnd& owner);
-
-    WizardPages pages;
-    TypePage types;
-    DiskRows disks;
-    ResultPage results;
-    ScanFlow scan;
-    RestoreFlow restore;
-    CreateImageFlow image;
-    InlinePreview preview;
-    DiskRefresh refresh;
-};
-
-CMainWnd::Parts::Parts(CMainWnd& owner)
-    : pages(owner),
-      types(owner),
-      disks(*owner.FindControlAs<CDiskListUI>(QStringLiteral("DiskList")), owner.m_state),
-      results(owner.m_context, types.Filter()),
-      scan(owner.m_context, disks, results, pages, types.Filter()),
-      restore(owner.m_context),
-      image(owner.m_context,
-            disks,
-            [&owner](const std::filesystem::path& path) { owner.UseImage(path); }),
-      preview(owner.m_context, [this] { return results.Current(); }),
-      refresh(owner.m_state.session,
-              *owner.FindControl(QStringLiteral("PartitionListBar")),
-              {[this](const DiskRefresh::Listed& listed) {
-                   switch (listed.kind) {
-                   case RefreshKind::Start:
-                       disks.Fill(listed.list.rows);
-                       break;
-                   case RefreshKind::Arrival:
-                       disks.AddArrived(listed.list.rows, listed.selectsArrived);
-                       break;
-                   case RefreshKind::Removal:
-                       disks.RemoveMissing(listed.list.rows);
-                       break;
-                   }
-               },
-               [&owner] { return owner.m_context.flows == 0; },
-               [this] { return !scan.IsScanning(); },
-               [&owner](bool isListing) {
-                   owner.ShowWaitLine(isListing ? ToQt(DesktopText("DSK0108")) : QString());
-               }})
-{
-    pages.foundFiles = [&owner] { return owner.m_state.results.size(); };
-    pages.onResultTexts = [this] { results.UpdateSelectionLabel(); };
-    disks.onRelease = [this](const RecoveryTarget& target) { scan.Forget(target); };
-}
 
 CMainWnd::CMainWnd(Session& session, MainServices services)
     : m_state(session), m_context{*this, m_state, std::move(services)}
@@ -97,7 +40,7 @@ std::unique_ptr<CControlUI> CMainWnd::CreateControl(const QString& element,
 
 void CMainWnd::InitWindow()
 {
-    m_parts = std::make_unique<Parts>(*this);
+    m_parts = std::make_unique<MainParts>(m_context);
     BindHandlers();
     FindControl(QStringLiteral("LblProductName"))->SetText(QStringLiteral("Orvanta Lumivault"));
 }
@@ -114,7 +57,7 @@ void CMainWnd::BindHandlers()
                 return true;
             });
     };
-    bind("BtnAssist", NotifyClick, [this](const Notification&) { OpenAssistMenu(); });
+    bind("BtnAssist", NotifyClick, [this](const Notification&) { ShowAssistMenu(*this); });
     bind("CheckAll", NotifyHeaderClick,
          [this](const Notification&) { m_parts->results.OnCheckAll(); });
     bind("PartitionListBar", NotifyTimer,
@@ -166,11 +109,19 @@ void CMainWnd::Notify(const Notification& notification)
             m_parts->results.OnHeaderClick(*header);
         }
     } else if (type == NotifyHot) {
-        const bool recovers = sender.GetName() == QLatin1String("BtnRecoverMode");
-        FindControl(QStringLiteral("TxtMainInfo"))
-            ->SetText(ToQt(MessageText(recovers ? "MSG0101" : "MSG0102")));
+        OnHot(sender.GetName());
     } else {
         WindowImplBase::Notify(notification);
+    }
+}
+
+void CMainWnd::OnHot(const QString& name)
+{
+    CControlUI* info = FindControl(QStringLiteral("TxtMainInfo"));
+    if (name == QLatin1String("BtnRecoverMode")) {
+        info->SetText(ToQt(MessageText("MSG0101")));
+    } else if (name == QLatin1String("BtnCreateImageMode")) {
+        info->SetText(ToQt(MessageText("MSG0102")));
     }
 }
 
@@ -234,8 +185,10 @@ void CMainWnd::OnClick(const Notification& notification)
         void (*click)(CMainWnd& window);
     };
     static constexpr Button Buttons[] = {
-        {"BtnRecoverMode", [](CMainWnd& window) { window.OnMode(false); }},
-        {"BtnCreateImageMode", [](CMainWnd& window) { window.OnMode(true); }},
+        {"BtnRecoverMode",
+         [](CMainWnd& window) { window.m_parts->EnterMode(WizardMode::Recover); }},
+        {"BtnCreateImageMode",
+         [](CMainWnd& window) { window.m_parts->EnterMode(WizardMode::CreateImage); }},
         {"BtnScan", [](CMainWnd& window) { window.m_parts->scan.Start(window.m_targetChosen); }},
         {"BtnAdvanceScan",
          [](CMainWnd& window) { window.m_parts->pages.Choose(WizardPage::Types); }},
@@ -262,13 +215,6 @@ void CMainWnd::OnClick(const Notification& notification)
         }
     }
     WindowImplBase::OnClick(notification);
-}
-
-void CMainWnd::OnMode(bool createsImages)
-{
-    m_parts->pages.mode = createsImages ? WizardMode::CreateImage : WizardMode::Recover;
-    m_parts->disks.ApplyMode(createsImages);
-    m_parts->pages.Choose(WizardPage::Disks);
 }
 
 void CMainWnd::OnNext()
@@ -301,16 +247,14 @@ void CMainWnd::LoadImage()
     }
 }
 
+bool CMainWnd::IsListingDisks() const
+{
+    return m_parts->refresh.IsListing();
+}
+
 void CMainWnd::AddImage(const std::filesystem::path& path)
 {
     m_parts->disks.AddImage(path);
-}
-
-void CMainWnd::UseImage(const std::filesystem::path& path)
-{
-    OnMode(false);
-    m_parts->disks.Select(m_parts->disks.AddImage(path));
-    m_parts->pages.Choose(WizardPage::Types);
 }
 
 void CMainWnd::ShowPreviewWindow(std::intptr_t window)
@@ -367,26 +311,13 @@ bool CMainWnd::HandleMessage(std::uint32_t number, std::intptr_t wParam, std::in
     return WindowImplBase::HandleMessage(number, wParam, lParam);
 }
 
-void CMainWnd::OpenAssistMenu()
-{
-    ShowAssistMenu(*this);
-}
-
 void CMainWnd::OnLanguageChanged()
 {
     ApplyLanguage(LanguageManager::GetInstance().GetSection("MainWnd"));
-    m_parts->pages.RewriteTexts();
-    m_parts->disks.RewriteTexts();
-    m_parts->results.RewriteTexts();
+    m_parts->RewriteTexts();
     if (m_parts->disks.HasCurrent()) {
         SendNotify(*FindControl(QStringLiteral("DiskList")), NotifyItemSelect);
     }
-}
-
-void CMainWnd::ShowWaitLine(const QString& text)
-{
-    FindControl(QStringLiteral("WaitText"))->SetText(text);
-    FindControl(QStringLiteral("WaitBar"))->SetVisible(!text.isEmpty());
 }
 
 // Enter and Escape that no control has used would close a dialog; they do nothing here.

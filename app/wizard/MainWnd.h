@@ -7,6 +7,8 @@
 
 #include <memory>
 
+struct MainParts;
+
 class CMainWnd : public WindowImplBase
 {
 public:
@@ -28,6 +30,8 @@ public:
     bool MessageFilter(QKeyEvent& event) override;
 
     RecoveryState& State() { return m_state; }
+    // A list of the disks is being made.
+    bool IsListingDisks() const;
     // As if the user had chosen that file.
     void AddImage(const std::filesystem::path& path);
 
@@ -36,25 +40,20 @@ protected:
                                               const std::shared_ptr<Skin>& skin) override;
 
 private:
-    struct Parts;
-
     void OnWindowInit();
     void BindHandlers();
+    void OnHot(const QString& name);
     void OnOptionChanged(CControlUI& sender);
     void OnItemSelect(const CControlUI& sender);
     void OnRowDoubleClick(const CControlUI& sender);
-    void OnMode(bool createsImages);
     void OnNext();
     void LoadImage();
-    void UseImage(const std::filesystem::path& path);
     void ShowDetails();
     void ShowPreviewWindow(std::intptr_t window);
-    void OpenAssistMenu();
     void OnLanguageChanged();
-    void ShowWaitLine(const QString& text);
 
     RecoveryState m_state;
     MainContext m_context;
-    std::unique_ptr<Parts> m_parts;  // from InitWindow on
-    bool m_targetChosen = false;     // by the first selection of a target, for good
+    std::unique_ptr<MainParts> m_parts;  // from InitWindow on
+    bool m_targetChosen = false;         // by the first selection of a target, for good
 };

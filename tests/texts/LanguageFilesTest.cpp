@@ -43,9 +43,8 @@ constexpr SectionKeys Expected[] = {
     {"CreateImageWnd", "title cancelbtn"},
     {"MessageBox", "okbtn cancelbtn"},
     {"MenuWnd", "item_language item_help item_faq item_support item_about item_exit"},
-    {"Desktop",
-     "DSK0100 DSK0101 DSK0102 DSK0103 DSK0104 DSK0105:d DSK0106 DSK0107 DSK0108 DSK0109 "
-     "DSK0200 DSK0201 DSK0202 DSK0203 DSK0204 DSK0205 DSK0206"},
+    {"Desktop", "DSK0100 DSK0101 DSK0102 DSK0103 DSK0104 DSK0105:d DSK0106 DSK0107 DSK0108 DSK0109 "
+                "DSK0200 DSK0201 DSK0202 DSK0203 DSK0204 DSK0205 DSK0206"},
 };
 
 // Words that another language shares with English.

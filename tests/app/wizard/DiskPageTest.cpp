@@ -20,7 +20,9 @@ TEST(DiskTexts, NamesFromADiskAreNeverMarkup)
     TargetRow row;
     row.number = 3;
     row.label = "{i x.png 1 0}<a>";
-    const auto shown = [&row] { return PlainText(VolumeNameText(row), true).trimmed().toStdString(); };
+    const auto shown = [&row] {
+        return PlainText(VolumeNameText(row), true).trimmed().toStdString();
+    };
     EXPECT_EQ(shown(), "3:\\ {i x.png 1 0}<a>");
     row.number = u'A';
     EXPECT_EQ(shown(), "65:\\ {i x.png 1 0}<a>");
@@ -38,9 +40,12 @@ protected:
             GTEST_SKIP() << missing;
         }
         m_system.AddDisk("sda", "8:0", 64 * MiB);
-        const FatCard card(m_system.Node("sda"),
-                           {.fatBits = 16, .volumeBytes = 32 * MiB, .sectorsPerCluster = 4,
-                            .startByte = 2048 * 512, .tailBytes = 31 * MiB, .extra = {"-n", "WORK"}});
+        const FatCard card(m_system.Node("sda"), {.fatBits = 16,
+                                                  .volumeBytes = 32 * MiB,
+                                                  .sectorsPerCluster = 4,
+                                                  .startByte = 2048 * 512,
+                                                  .tailBytes = 31 * MiB,
+                                                  .extra = {"-n", "WORK"}});
         MakeTable(m_system.Node("sda"), "label: dos\nstart=2048, size=65536, type=6\n");
         Open();
     }
@@ -52,7 +57,7 @@ protected:
     void Refresh(int timer)
     {
         Get("PartitionListBar").SendNotify(NotifyTimer, timer);
-        ASSERT_TRUE(WaitFor([this] { return !IsVisible("WaitBar"); }));
+        ASSERT_TRUE(WaitFor([this] { return !m_window->IsListingDisks(); }));
     }
     void CopyTo(const std::filesystem::path& file)
     {
@@ -125,11 +130,10 @@ TEST_F(DiskPageTest, WithoutAChosenTargetNothingStarts)
     Click("BtnCreateImage");
     Disks().SelectItem(-1);
     Click("BtnScan");
-    EXPECT_EQ(m_asked,
-              (std::vector<std::string>{
-                  "2 Please choose the drive or image that you want to scan.",
-                  "2 Please choose the drive that you want to copy.",
-                  "2 Please choose the drive or image that you want to scan."}));
+    EXPECT_EQ(m_asked, (std::vector<std::string>{
+                           "2 Please choose the drive or image that you want to scan.",
+                           "2 Please choose the drive that you want to copy.",
+                           "2 Please choose the drive or image that you want to scan."}));
     EXPECT_TRUE(m_dialogs.proposals.empty());
 }
 
@@ -220,8 +224,7 @@ TEST_F(DiskPageTest, APartitionIsCopiedAndTheImageGoneOnWith)
     CopyTo(m_folder / "whole.img");
     EXPECT_EQ(m_dialogs.proposals[1], "Physical Disk 1");
     EXPECT_EQ(m_dialogs.proposals[2], (m_folder / "no" / "such.img").string());
-    EXPECT_EQ(m_asked[1],
-              "2 An image can only be saved as a plain file in a folder that exists.");
+    EXPECT_EQ(m_asked[1], "2 An image can only be saved as a plain file in a folder that exists.");
     EXPECT_EQ(ReadFileBytes(m_folder / "whole.img"), disk);
     EXPECT_EQ(Page(), 1) << "the image was not wanted";
 }

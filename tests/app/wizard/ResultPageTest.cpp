@@ -23,8 +23,13 @@ protected:
     ResultPageTest()
     {
         Open();
-        Find({{"b.JPEG", 3000}, {"a.jpg", 1000}, {"c.jpg", 2000}, {"d.png", 10}, {"e.mp3", 0},
-              {"<a>", 5}, {"f.xyz", 5}});
+        Find({{"b.JPEG", 3000},
+              {"a.jpg", 1000},
+              {"c.jpg", 2000},
+              {"<a>.png", 10},
+              {"e.mp3", 0},
+              {"<a>", 5},
+              {"f.xyz", 5}});
     }
 
     // Head, box of the type, box of its category.
@@ -69,6 +74,8 @@ TEST_F(ResultPageTest, ATickInARowGoesUpTheTreeAndOutlivesAnotherType)
     EXPECT_EQ(Marks(Jpg()), "checkedxo");
     Show(Png());
     EXPECT_EQ(Marks(Png()), "unchecked-o");
+    EXPECT_EQ(Column(1), "<a>.png ");
+    EXPECT_FALSE(Files().RowsLook().hasMarkup);
     Tick(0);
     EXPECT_EQ(Marks(Png()), "checkedxx");
     Show(Jpg());
@@ -100,9 +107,7 @@ TEST_F(ResultPageTest, ATickInTheTreeCountsWhatIsNotShown)
 
 TEST_F(ResultPageTest, TheHeadTicksAllRowsOfTheTypeAndSortsByTheOthers)
 {
-    const auto click = [this](const char* name) {
-        Get(name).SendNotify(NotifyHeaderClick);
-    };
+    const auto click = [this](const char* name) { Get(name).SendNotify(NotifyHeaderClick); };
     click("CheckAll");
     EXPECT_EQ(Marks(Jpg()), "checkedxo");
     EXPECT_EQ(m_window->State().selection.size(), 3u);
@@ -111,8 +116,10 @@ TEST_F(ResultPageTest, TheHeadTicksAllRowsOfTheTypeAndSortsByTheOthers)
     EXPECT_EQ(Marks(Jpg()), "unchecked--");
 
     const std::vector<std::pair<const char*, const char*>> clicks = {
-        {"FileName", "a.jpg b.JPEG c.jpg "}, {"FileName", "c.jpg b.JPEG a.jpg "},
-        {"Size", "b.JPEG c.jpg a.jpg "},     {"Size", "a.jpg c.jpg b.JPEG "},
+        {"FileName", "a.jpg b.JPEG c.jpg "},
+        {"FileName", "c.jpg b.JPEG a.jpg "},
+        {"Size", "b.JPEG c.jpg a.jpg "},
+        {"Size", "a.jpg c.jpg b.JPEG "},
         {"Path", "c.jpg a.jpg b.JPEG "}};  // by "1.95 KB", "1000 Bytes", "2.93 KB"
     for (const auto& [header, order] : clicks) {
         click(header);
@@ -143,7 +150,7 @@ TEST_F(ResultPageTest, AFolderHasNoPreview)
     Find({{"folder.jpg", 0}});
     m_window->State().results.back().record.IsFolder = 1;
     Files().SelectItem(3);
-    ASSERT_TRUE(WaitFor([this] { 
+    ASSERT_TRUE(WaitFor([this] {
         return Text("PreviewEdit").find("Folders cannot be previewed.") != std::string::npos;
     }));
     EXPECT_EQ(Files().GetItemAt(3)->GetColumnText(6), "folder");
@@ -155,8 +162,8 @@ TEST_F(ResultPageTest, MenuItemsArriveAsMessages)
     for (const std::uint32_t number : {0x464U, 0x465U, 0x468U, 0x469U}) {
         EXPECT_TRUE(m_window->HandleMessage(number, 0, 0));
     }
-    EXPECT_EQ(m_menuItems, (std::vector<std::string>{"item_help", "item_faq", "item_about",
-                                                     "item_support"}));
+    EXPECT_EQ(m_menuItems,
+              (std::vector<std::string>{"item_help", "item_faq", "item_about", "item_support"}));
     EXPECT_FALSE(m_window->HandleMessage(0x466, 0, 0));
 }
 

@@ -68,7 +68,7 @@ void WizardTest::Open()
     EXPECT_TRUE(m_window->MarkupProblems().isEmpty());
     m_window->show();
     MountTestFolder("0:77 / / rw - tmpfs none rw");
-    ASSERT_TRUE(WaitFor([this] { return !IsVisible("WaitBar"); }));
+    ASSERT_TRUE(WaitFor([this] { return !m_window->IsListingDisks(); }));
 }
 
 bool WizardTest::WaitFor(const std::function<bool()>& condition)

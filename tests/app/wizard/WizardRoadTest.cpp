@@ -31,7 +31,8 @@ protected:
     // A card whose photos were deleted.
     void FillCard(const fs::path& path)
     {
-        const FatCard card(path, {.fatBits = 16, .volumeBytes = 16 * MiB, .sectorsPerCluster = 4, .extra = {}});
+        const FatCard card(
+            path, {.fatBits = 16, .volumeBytes = 16 * MiB, .sectorsPerCluster = 4, .extra = {}});
         for (int i = 0; i < 3; ++i) {
             m_photos.push_back(MakeJpeg(64, 64, static_cast<std::uint64_t>(i)));
             card.Put("photo" + std::to_string(i) + ".jpg", m_photos.back());
@@ -111,8 +112,8 @@ TEST_F(WizardRoadTest, FromAnImageToTheRestoredFiles)
     EXPECT_EQ(m_dialogs.folderTitle, "Select location for recovery");
     EXPECT_EQ(m_window->State().restoreFolder, m_folder / "out");
     std::vector<ByteVector> restored = Restored();
-    EXPECT_TRUE(std::is_permutation(restored.begin(), restored.end(), m_photos.begin(),
-                                    m_photos.end()));
+    EXPECT_TRUE(
+        std::is_permutation(restored.begin(), restored.end(), m_photos.begin(), m_photos.end()));
 
     Click("BtnPrev");
     EXPECT_EQ(Page(), 1) << "from a plain scan";
@@ -188,7 +189,7 @@ TEST_F(WizardRoadTest, ADiskThatGoesDuringItsScanStaysUntilTheScanIsOver)
     QTimer::singleShot(0, m_window, [&] {
         m_system.Remove("sda");
         Get("PartitionListBar").SendNotify(NotifyTimer, 1);
-        WaitFor([this] { return !IsVisible("WaitBar"); });
+        WaitFor([this] { return !m_window->IsListingDisks(); });
         wasKept = m_window->State().targets.size() == 1;
     });
     Click("BtnScan");
