@@ -20,7 +20,7 @@ constexpr Spelling Spellings[] = {
 std::string GroupKeyOf(std::string_view name)
 {
     const std::size_t dot = name.rfind('.');
-    const std::string key = LowerAscii(dot == std::string_view::npos ? name : name.substr(dot + 1));
+    std::string key = LowerAscii(dot == std::string_view::npos ? name : name.substr(dot + 1));
     for (const Spelling& spelling : Spellings) {
         if (key == spelling.other) {
             return std::string(spelling.kept);

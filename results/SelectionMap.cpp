@@ -12,10 +12,11 @@ SelectionKey KeyOf(const FoundRow& row)
 
 void SetSelected(SelectionMap& selection, const FoundRow& row, bool selected)
 {
-    if (selected)
+    if (selected) {
         selection.try_emplace(KeyOf(row), row);
-    else
+    } else {
         selection.erase(KeyOf(row));
+    }
 }
 
 std::uint64_t SelectedBytes(const SelectionMap& selection)

@@ -17,7 +17,8 @@ std::string_view NameOf(const TypeOption& option)
 
 std::string_view ImageOf(const TypeOption& option)
 {
-    return std::string_view(option.image).substr(0, option.image.find(' '));
+    const std::string_view image = option.image;
+    return image.substr(0, image.find(' '));
 }
 
 }  // namespace

@@ -1,7 +1,5 @@
 #include "app/wizard/DiskListing.h"
 
-#include <memory>
-
 DiskListing::~DiskListing()
 {
     m_stops = true;
@@ -23,15 +21,15 @@ void DiskListing::Start()
     m_isRunning = true;
     Join();
     m_thread = std::thread([this] {
-        const auto list = std::make_shared<TargetList>(m_session.ListTargets(
-            [this](const Progress&) { return m_stops ? Answer::Stop : Answer::GoOn; }));
+        m_list = m_session.ListTargets(
+            [this](const Progress&) { return m_stops ? Answer::Stop : Answer::GoOn; });
         // Dropped when this object is gone by then.
-        QMetaObject::invokeMethod(
-            this,
-            [this, list] {
-                m_isRunning = false;
-                m_done(*list);
-            },
-            Qt::QueuedConnection);
+        QMetaObject::invokeMethod(this, &DiskListing::Finish, Qt::QueuedConnection);
     });
+}
+
+void DiskListing::Finish()
+{
+    m_isRunning = false;
+    m_done(m_list);
 }

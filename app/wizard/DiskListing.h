@@ -28,10 +28,12 @@ public:
 
 private:
     void Join();
+    void Finish();
 
     Session& m_session;
     Done m_done;
     bool m_isRunning = false;
+    TargetList m_list;  // the thread's own while it runs
     std::atomic<bool> m_stops = false;
     std::thread m_thread;
 };

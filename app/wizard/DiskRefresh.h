@@ -14,6 +14,8 @@
 #include <functional>
 #include <memory>
 
+// The numbers of messages are written as those of a windowing system are.
+// NOLINTNEXTLINE(readability-identifier-naming)
 inline constexpr std::uint32_t WM_DEVICECHANGE = 0x219;
 inline constexpr std::intptr_t DeviceArrival = 0x8000;
 inline constexpr std::intptr_t DeviceRemoval = 0x8004;

@@ -66,6 +66,7 @@ void FileList::Clear()
     m_list.RemoveAll();
     m_list.SetTag(0);
     m_markedRows = 0;
+    MarkHead(false);
 }
 
 const FoundRow* FileList::Current() const

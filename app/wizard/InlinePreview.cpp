@@ -105,11 +105,10 @@ void InlinePreview::ShowFetched(CPreviewWnd& fetched)
 
 void InlinePreview::Play(const PreviewData& data)
 {
-    const auto& play = data.isAudio ? m_context.services.playAudio : m_context.services.playVideo;
-    if (play) {
-        play(data.tempPath);
-    }
-    if (!data.isAudio) {
+    if (data.isAudio) {
+        m_context.services.playAudio(data.tempPath);
+    } else {
+        m_context.services.playVideo(data.tempPath);
         WaitWithoutInput(PlayerStartMilliseconds);
     }
 }

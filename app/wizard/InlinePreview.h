@@ -29,8 +29,6 @@ public:
     void OnSelect();
     // Plays a sound or a clip that was fetched.
     void Play(const PreviewData& data);
-    // Forgets a selection that has not been shown yet.
-    void Cancel() { m_delay.stop(); }
 
 protected:
     bool eventFilter(QObject* watched, QEvent* event) override;

@@ -1,6 +1,7 @@
 // What the parts of the main window share.
 #pragma once
 
+#include "app/preview/Player.h"
 #include "app/tasks/RecoveryState.h"
 #include "app/wizard/FileDialogs.h"
 #include "ui/windows/WindowImplBase.h"
@@ -15,9 +16,9 @@
 // What the main window does not do itself; handed in by the start of the program, or by a test.
 struct MainServices
 {
-    IFileDialogs* dialogs = nullptr;  // outlives the window
-    std::function<void(const std::filesystem::path& file)> playVideo;
-    std::function<void(const std::filesystem::path& file)> playAudio;
+    IFileDialogs* dialogs = nullptr;  // outlives the window; null for the desktop's
+    std::function<void(const std::filesystem::path& file)> playVideo = &PlayVideo;
+    std::function<void(const std::filesystem::path& file)> playAudio = &PlayAudio;
     // "item_help", "item_faq", "item_about" or "item_support" of the menu.
     std::function<void(const QString& item)> openMenuItem;
     bool watchesDevices = true;

@@ -18,6 +18,9 @@
 CMainWnd::CMainWnd(Session& session, MainServices services)
     : m_state(session), m_context{*this, m_state, std::move(services)}
 {
+    if (m_context.services.dialogs == nullptr) {
+        m_context.services.dialogs = &m_dialogs;
+    }
 }
 
 // The parts go first, and take what they show of the targets and results with them.

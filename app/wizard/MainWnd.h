@@ -12,7 +12,7 @@ struct MainParts;
 class CMainWnd : public WindowImplBase
 {
 public:
-    // The session and the services' dialogs outlive it. Made with new: it deletes itself when it was closed, and ends the
+    // The session outlives it. Made with new: it deletes itself when it was closed, and ends the
     // program then.
     CMainWnd(Session& session, MainServices services);
     CMainWnd(const CMainWnd&) = delete;
@@ -52,6 +52,7 @@ private:
     void ShowPreviewWindow(std::intptr_t window);
     void OnLanguageChanged();
 
+    FileDialogs m_dialogs;
     RecoveryState m_state;
     MainContext m_context;
     std::unique_ptr<MainParts> m_parts;  // from InitWindow on

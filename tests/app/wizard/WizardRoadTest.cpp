@@ -1,6 +1,7 @@
 // From a stick or an image with lost photos to the restored files, by the window's controls.
 #include "app/popups/Messages.h"
 #include "app/popups/PopUpWnd.h"
+#include "app/preview/PreviewWnd.h"
 #include "tests/app/wizard/WizardFixture.h"
 #include "tests/support/Pictures.h"
 #include "ui/controls/ButtonUI.h"
@@ -11,6 +12,7 @@
 #include <QTimer>
 
 #include <algorithm>
+#include <bit>
 
 namespace {
 
@@ -136,6 +138,27 @@ TEST_F(WizardRoadTest, ArrowKeysFetchOnlyWhereTheyRest)
     QTest::keyClick(Files().Widget(), Qt::Key_Down);
     EXPECT_EQ(Files().GetCurSel(), 2);
     ASSERT_TRUE(WaitFor([&pane] { return pane.HasPicture() && !CPopUpWnd::IsAnyModal(); }));
+}
+
+TEST_F(WizardRoadTest, ASoundIsFetchedForThePlayer)
+{
+    LoadImage();
+    ScanUntilResults();
+    ASSERT_TRUE(WaitFor([this] { return Get<CRichEditUI>("PreviewEdit").HasPicture(); }));
+    Get<CTreeViewUI>("TypeTree").SelectNode(Node("NodeAudio").GetItemAt(0));
+    Files().SelectItem(0);
+    ASSERT_TRUE(WaitFor([this] { return !m_played.empty() && !CPopUpWnd::IsAnyModal(); }));
+    ASSERT_EQ(m_played.size(), 1u);
+    EXPECT_EQ(m_played[0].substr(0, 6), "audio ");
+    EXPECT_EQ(ReadFileBytes(m_played[0].substr(6)), ByteVector(3000, 0x55));
+    EXPECT_FALSE(Get<CRichEditUI>("PreviewEdit").HasPicture());
+
+    // What another part has fetched is played the same way.
+    auto* preview = new CPreviewWnd;
+    preview->data.isPlayable = true;
+    preview->data.tempPath = "clip.avi";
+    m_window->HandleMessage(WM_SHOW_PREVIEW, 0, std::bit_cast<std::intptr_t>(preview));
+    EXPECT_EQ(m_played.back(), "video clip.avi");
 }
 
 TEST_F(WizardRoadTest, AHeaderScansAllOfItsDiskAndShowsTheFirst)
