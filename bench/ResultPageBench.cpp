@@ -91,16 +91,28 @@ public:
 void ResultPageShows(benchmark::State& state)
 {
     MainWindow main;
-    const double empty = ResidentMemory();
     main.window->State().results = MakeResults();
     for (auto pass : state) {
         (void)pass;
         main.Show();
     }
-    state.counters["MiB_shown"] = ResidentMemory() - empty;
-    main.Click("FileName");
-    main.Click("CheckAll");
-    state.counters["MiB_sorted_and_ticked"] = ResidentMemory() - empty;
+}
+
+// Says something only as the first of its process: memory that was used before is used again. It is registered first.
+void ResultPageMemory(benchmark::State& state)
+{
+    MainWindow main;
+    const double empty = ResidentMemory();
+    for (auto pass : state) {
+        (void)pass;
+        main.window->State().results = MakeResults();
+        main.Show();
+        state.counters["MiB_shown"] = ResidentMemory() - empty;
+        main.Click("FileName");
+        state.counters["MiB_sorted"] = ResidentMemory() - empty;
+        main.Click("CheckAll");
+        state.counters["MiB_ticked"] = ResidentMemory() - empty;
+    }
 }
 
 void ResultPageSorts(benchmark::State& state, const char* header)
@@ -143,6 +155,7 @@ void ResultPageTicksAll(benchmark::State& state)
     }
 }
 
+BENCHMARK(ResultPageMemory)->Unit(benchmark::kMillisecond)->Iterations(1);
 BENCHMARK(ResultPageShows)->Unit(benchmark::kMillisecond);
 BENCHMARK(ResultPageSortsByName)->Unit(benchmark::kMillisecond);
 BENCHMARK(ResultPageSortsBySize)->Unit(benchmark::kMillisecond);

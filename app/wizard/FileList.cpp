@@ -4,7 +4,6 @@
 #include "app/wizard/MainTexts.h"
 
 #include <memory>
-#include <utility>
 
 namespace {
 
@@ -24,7 +23,7 @@ int CompareRanks(const CListUI::Row& a, const CListUI::Row& b, std::intptr_t dir
 
 }  // namespace
 
-FileRow::FileRow(const FoundRow& found, QString icon) : m_found(found), m_icon(std::move(icon))
+FileRow::FileRow(const FoundRow& found, const QString& icon) : m_found(found), m_icon(icon)
 {
     SetTag(TagOf(&found));
 }
@@ -49,11 +48,12 @@ FileList::FileList(CListUI& list) : m_list(list)
 void FileList::Show(const FileGroup& group, const QString& icon, const SelectionMap& selection)
 {
     m_list.RemoveAll();
+    m_icon = icon;
     m_markedRows = 0;
     std::vector<std::unique_ptr<CListUI::Row>> rows;
     rows.reserve(group.size());
     for (const FoundRow* found : group) {
-        auto row = std::make_unique<FileRow>(*found, icon);
+        auto row = std::make_unique<FileRow>(*found, m_icon);
         row->SetChecked(selection.contains(KeyOf(*found)));
         m_markedRows += row->IsChecked() ? 1 : 0;
         rows.push_back(std::move(row));

@@ -14,7 +14,8 @@
 class FileRow : public CListImageTextElementUI
 {
 public:
-    FileRow(const FoundRow& found, QString icon);
+    // Both outlive the row.
+    FileRow(const FoundRow& found, const QString& icon);
 
     QString GetColumnText(int column) const override;
     QString GetColumnImage(int column) const override;
@@ -24,7 +25,7 @@ public:
 
 private:
     const FoundRow& m_found;
-    QString m_icon;
+    const QString& m_icon;
 };
 
 class FileList
@@ -56,5 +57,6 @@ private:
 
     CListUI& m_list;
     CListHeaderItemUI* m_head = nullptr;
-    int m_markedRows = 0;  // of those that are shown; see FileMarks
+    QString m_icon;        // of all rows
+    int m_markedRows = 0;  // a wrong number can stand there; see ResultPage
 };

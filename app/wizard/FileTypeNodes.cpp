@@ -98,6 +98,7 @@ std::vector<const FileGroup*> FileTypeNodes::GroupsBelow(const CTreeNodeUI& node
         return {GroupOf(node)};
     }
     std::vector<const FileGroup*> groups;
+    groups.reserve(static_cast<std::size_t>(node.GetCount()));
     for (int i = 0; i < node.GetCount(); ++i) {
         groups.push_back(GroupOf(*node.GetItemAt(i)));
     }

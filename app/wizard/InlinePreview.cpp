@@ -103,7 +103,7 @@ void InlinePreview::ShowFetched(CPreviewWnd& fetched)
     }
 }
 
-void InlinePreview::Play(const PreviewData& data)
+void InlinePreview::Play(const PreviewData& data) const
 {
     if (data.isAudio) {
         m_context.services.playAudio(data.tempPath);

@@ -28,7 +28,7 @@ public:
     // open a window at each row otherwise.
     void OnSelect();
     // Plays a sound or a clip that was fetched.
-    void Play(const PreviewData& data);
+    void Play(const PreviewData& data) const;
 
 protected:
     bool eventFilter(QObject* watched, QEvent* event) override;

@@ -100,7 +100,7 @@ void ResultPage::OnHeaderClick(CListHeaderItemUI& header)
     m_files.OnHeaderClick(header);
 }
 
-void ResultPage::UpdateSelectionLabel()
+void ResultPage::UpdateSelectionLabel() const
 {
     const SelectionMap& selection = m_context.state.selection;
     const std::string text =

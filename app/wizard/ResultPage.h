@@ -26,7 +26,7 @@ public:
     // A click on the head of the marks.
     void OnCheckAll();
     void OnHeaderClick(CListHeaderItemUI& header);
-    void UpdateSelectionLabel();
+    void UpdateSelectionLabel() const;
     void RewriteTexts();
 
     // Null without a current row.
