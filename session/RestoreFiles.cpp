@@ -159,9 +159,9 @@ ResultCode Restoring::Copy(ScanSession& source,
                            FileOutcome& outcome)
 {
     const CopyScope scope(m_options.fillsUnreadable);
-    const FileProgressFunction onProgress = [this, &outcome](
-                                                std::int32_t percent, ResultCode error,
-                                                const std::filesystem::path& /*part*/) {
+    const FileProgressFunction onProgress = [this,
+                                             &outcome](std::int32_t percent, ResultCode error,
+                                                       const std::filesystem::path& /*part*/) {
         m_progress.percent = percent;
         m_progress.error = error;
         m_progress.path = outcome.path;
@@ -169,8 +169,7 @@ ResultCode Restoring::Copy(ScanSession& source,
     };
     ResultCode result = ResultGeneralFailure;
     const std::function<void()> work = [&] {
-        result =
-            source.Restore(record, part, CountSeparators(m_destination.Folder()), onProgress);
+        result = source.Restore(record, part, CountSeparators(m_destination.Folder()), onProgress);
     };
     if (!m_calls.guard) {
         work();

@@ -15,7 +15,7 @@ public:
     ~CCreateImageProcessWnd() override;
 
     std::filesystem::path outputPath;
-    int diskNumber = -1;                   // not negative: the whole of it, when there are no targets
+    int diskNumber = -1;  // not negative: the whole of it, when there are no targets
     std::vector<RecoveryTarget*> targets;  // else the first of these
 
     QString GetWindowClassName() const override

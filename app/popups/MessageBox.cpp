@@ -70,12 +70,8 @@ CMessageBox::Answerer& AnswererInUse()
 
 }  // namespace
 
-int CMessageBox::Show(QWidget* parent,
-                      Kind kind,
-                      const QString& title,
-                      const QString& message,
-                      int width,
-                      int height)
+int CMessageBox::Show(
+    QWidget* parent, Kind kind, const QString& title, const QString& message, int width, int height)
 {
     if (AnswererInUse()) {
         return AnswererInUse()(kind, message);

@@ -82,7 +82,8 @@ void ModalStack::PostWhenFree(WindowImplBase& window,
 void ModalStack::AskForDelivery()
 {
     if (!m_posted.empty()) {
-        QMetaObject::invokeMethod(this, [this] { Deliver(); }, Qt::QueuedConnection);
+        QMetaObject::invokeMethod(
+            this, [this] { Deliver(); }, Qt::QueuedConnection);
     }
 }
 

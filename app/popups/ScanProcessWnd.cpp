@@ -66,9 +66,9 @@ void CScanProcessWnd::ShowWait()
     }
     const std::string cancel =
         LanguageManager::GetInstance().GetSection("MessageBox").Get("cancelbtn");
-    m_wait = new COpeningWait(*m_mainWnd, GetSkin(), DesktopText("DSK0200"),
-                              QString::fromStdString(cancel),
-                              [this] { Gate().cancelRequested = true; });
+    m_wait =
+        new COpeningWait(*m_mainWnd, GetSkin(), DesktopText("DSK0200"),
+                         QString::fromStdString(cancel), [this] { Gate().cancelRequested = true; });
     ModalStack::Instance().Allow(*m_wait);
 }
 

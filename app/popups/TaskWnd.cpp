@@ -31,7 +31,8 @@ CTaskWnd::CTaskWnd(const TaskLook& look)
       m_gate(GateOf(look.kind)),
       m_question(m_gate),
       m_board([this] {
-          QMetaObject::invokeMethod(this, [this] { Flush(); }, Qt::QueuedConnection);
+          QMetaObject::invokeMethod(
+              this, [this] { Flush(); }, Qt::QueuedConnection);
       })
 {
 }
@@ -61,8 +62,8 @@ void CTaskWnd::RunGuarded()
 {
     LanguageManager& languages = LanguageManager::GetInstance();
     try {
-        RunTask({m_gate, m_board, languages.GetSection("Messages"),
-                 languages.GetSection("Desktop"), MakeHost()});
+        RunTask({m_gate, m_board, languages.GetSection("Messages"), languages.GetSection("Desktop"),
+                 MakeHost()});
     } catch (...) {
         CloseWith(CloseFailed);  // memory ran out, or worse
     }

@@ -14,9 +14,9 @@ struct TaskLook
 {
     TaskKind kind;
     const char* skinFile;
-    const char* section;     // of its controls' texts
+    const char* section;      // of its controls' texts
     const char* questionKey;  // whether to stop
-    int questionHeight;      // it is 350 wide
+    int questionHeight;       // it is 350 wide
 };
 
 class CTaskWnd : public CPopUpWnd
@@ -78,5 +78,5 @@ private:
     std::atomic<bool> m_hasEnded = false;  // the worker
     std::mutex m_answeringLock;
     std::shared_ptr<Answering> m_answering;  // null when nothing is asked
-    bool m_isStopped = false;  // no more questions
+    bool m_isStopped = false;                // no more questions
 };

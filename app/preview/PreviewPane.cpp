@@ -33,8 +33,7 @@ bool InsertPicture(CRichEditUI* pane,
 
 void ShowText(CRichEditUI& pane, const QString& text, int spacing)
 {
-    pane.ShowText(text + QLatin1Char('\n'),
-                  spacing > 0 ? spacing * PixelsAnInch / TwipsAnInch : 0);
+    pane.ShowText(text + QLatin1Char('\n'), spacing > 0 ? spacing * PixelsAnInch / TwipsAnInch : 0);
 }
 
 QString DumpText(std::span<const std::uint8_t> bytes)

@@ -20,7 +20,8 @@ public:
 
     CancelAnswer Ask(const std::function<bool()>& isToStop);
     // After a yes, until the worker has finished, or will never say so.
-    void WaitForEnd(const std::function<bool()>& isGone, const std::function<void()>& waitABit) const;
+    void WaitForEnd(const std::function<bool()>& isGone,
+                    const std::function<void()>& waitABit) const;
 
 private:
     TaskGate& m_gate;

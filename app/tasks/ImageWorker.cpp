@@ -2,8 +2,8 @@
 
 #include "app/tasks/CloseCode.h"
 #include "texts/LanguageSection.h"
-#include "texts/TextForms.h"
 #include "texts/TextFormat.h"
+#include "texts/TextForms.h"
 
 #include <utility>
 
@@ -53,9 +53,8 @@ void ImageWorker::Run()
             outcome = task.Run([this](const Progress& progress) { return OnProgress(progress); });
         }
     }
-    const bool isRefused =
-        outcome.end == ImageEnd::SourceNotOpened &&
-        (outcome.why == ResultAccessDenied || outcome.why == ResultNotSupported);
+    const bool isRefused = outcome.end == ImageEnd::SourceNotOpened &&
+                           (outcome.why == ResultAccessDenied || outcome.why == ResultNotSupported);
     if (isRefused) {
         m_context.host.ask({false, m_context.desktop.Get("DSK0203"), 400, 150});
     }
@@ -68,11 +67,10 @@ Answer ImageWorker::OnProgress(const Progress& progress) const
     return TellProgress(m_context.gate, [&] {
         LanguageSection& messages = m_context.messages;
         ShowPercent(m_context, "MSG0301", progress.percent);
-        m_context.board.SetText("time",
-                                progress.secondsLeft == -1
-                                    ? messages.Get("MSG0304")
-                                    : FormatText("%s %s", messages.Get("MSG0305"),
-                                                 FormatDuration(progress.secondsLeft)));
+        m_context.board.SetText("time", progress.secondsLeft == -1
+                                            ? messages.Get("MSG0304")
+                                            : FormatText("%s %s", messages.Get("MSG0305"),
+                                                         FormatDuration(progress.secondsLeft)));
         m_context.board.SetText("sectors", FormatText("%s %d / %d", messages.Get("MSG0303"),
                                                       progress.done, progress.total));
     });

@@ -14,7 +14,7 @@ public:
     explicit ImageWorker(TaskContext context);
 
     std::filesystem::path outputPath;
-    int diskNumber = -1;                   // not negative: the whole of it, when there are no targets
+    int diskNumber = -1;  // not negative: the whole of it, when there are no targets
     std::vector<RecoveryTarget*> targets;  // else the first of these
     ImageOutcome outcome;
 

@@ -44,8 +44,8 @@ bool PreviewWorker::Fetch()
     if (engine == nullptr) {
         return false;
     }
-    PreviewOutcome outcome = engine->Preview(
-        row.record, PreviewData::Capacity, [this](const Progress& progress) {
+    PreviewOutcome outcome =
+        engine->Preview(row.record, PreviewData::Capacity, [this](const Progress& progress) {
             return TellProgress(m_context.gate,
                                 [&] { ShowPercent(m_context, "MSG0901", progress.percent); });
         });

@@ -24,7 +24,8 @@ struct BoardChanges
     std::map<std::string, std::string, std::less<>> texts;
     std::map<std::string, int, std::less<>> values;
     std::map<std::string, bool, std::less<>> visibilities;
-    std::vector<ReportRow> rows;  // new ones, and those that were changed under the number that they had
+    std::vector<ReportRow>
+        rows;  // new ones, and those that were changed under the number that they had
 };
 
 // Any thread may call it. A call is complete when it returns: the getters know of it.

@@ -132,7 +132,6 @@ void RestoreWorker::Report(const std::string& path, const std::string& status, b
 
 void RestoreWorker::ShowCounts() const
 {
-    m_context.board.SetText("recovered",
-                            FormatText(m_context.messages.Get("MSG1102"), m_processed, m_total,
-                                       m_processed - m_failed, m_failed));
+    m_context.board.SetText("recovered", FormatText(m_context.messages.Get("MSG1102"), m_processed,
+                                                    m_total, m_processed - m_failed, m_failed));
 }

@@ -48,8 +48,7 @@ bool SearchWorker::SearchAll(bool& isStopped)
             return TellProgress(m_context.gate,
                                 [&] { ShowPercent(m_context, "MSG1204", progress.percent); });
         });
-        m_state.results.insert(m_state.results.end(),
-                               std::make_move_iterator(outcome.rows.begin()),
+        m_state.results.insert(m_state.results.end(), std::make_move_iterator(outcome.rows.begin()),
                                std::make_move_iterator(outcome.rows.end()));
         isStopped = outcome.stopped;
         if (isStopped) {

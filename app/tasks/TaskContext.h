@@ -22,11 +22,12 @@ struct TaskBox
 // All of it is called on the worker's thread; only ask() waits for somebody, and is never called with the gate's lock held.
 struct TaskHost
 {
-    std::function<void()> postDone;      // to the main window
-    std::function<void(int code)> close;  // the window; the first code counts
-    std::function<void()> show;          // the window that stays hidden at first
+    std::function<void()> postDone;              // to the main window
+    std::function<void(int code)> close;         // the window; the first code counts
+    std::function<void()> show;                  // the window that stays hidden at first
     std::function<int(const TaskBox& box)> ask;  // CloseDone for yes
-    std::function<void(bool isOpening)> onOpening;  // a target, from the first to the last moment of it
+    std::function<void(bool isOpening)>
+        onOpening;  // a target, from the first to the last moment of it
 };
 
 struct TaskContext
