@@ -49,7 +49,6 @@ public:
     RecoveryTarget MakeDisk(std::uint64_t bytes)
     {
         system.AddDisk("sda", "8:0", bytes);
-        WriteFileBytes(system.Node("sda"), ByteVector(bytes, 0x5A));
         RecoveryTarget target;
         target.volume = session.ListTargets().rows.at(0);
         return target;
