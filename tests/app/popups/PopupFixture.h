@@ -21,8 +21,8 @@ public:
     QString GetSkinFile() const override { return QStringLiteral("xml\\LikeItWnd.xml"); }
     bool HandleMessage(std::uint32_t number, std::intptr_t, std::intptr_t) override
     {
-        told += "message" + std::to_string(number) +
-                (CPopUpWnd::IsAnyModal() ? " too early " : " ");
+        told +=
+            "message" + std::to_string(number) + (CPopUpWnd::IsAnyModal() ? " too early " : " ");
         return true;
     }
     void OnClick(const Notification&) override { told += "click "; }

@@ -288,17 +288,15 @@ TEST_F(TaskWndTest, TheEndOfTheProgramEndsTheTask)
 {
     const std::unique_ptr<CTaskWnd> window = Make(TaskKind::Scan);
     script.calls = std::vector<FakeScript::Call>(100000, {50});
+    script.calls.push_back({100, 100});
     window->SetMain(&main, &state);
     ASSERT_TRUE(window->Create(&main, 350, 250));
-    QEventLoop program;
     int code = 0;
-    QTimer::singleShot(0, &program, [&] {
-        code = window->DoModal();
-        program.quit();
-    });
-    When([&] { return window->isVisible(); }, [] { QCoreApplication::quit(); });
-    program.exec();
-    EXPECT_NE(code, 0);
+    QTimer::singleShot(0, qApp, [&] { code = window->DoModal(); });
+    When([&] { return window->isVisible(); }, [] { QCoreApplication::exit(0); });
+    QApplication::exec();
+    EXPECT_EQ(code, CloseCancelled);
+    EXPECT_EQ(window->Board().Value("progress"), 50);
     EXPECT_FALSE(CPopUpWnd::IsAnyModal());
 }
 
