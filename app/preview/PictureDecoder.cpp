@@ -12,6 +12,7 @@
 namespace {
 
 constexpr int LeastSide = 3;
+constexpr std::int64_t BytesAPixel = 4;
 constexpr int HeadBytes =
     64 * 1024;  // camera data and colour tables stand in front of a picture's frame
 
@@ -33,8 +34,8 @@ public:
 protected:
     qint64 readData(char* bytes, qint64 count) override
     {
-        // In pieces, so that it is asked again soon.
-        constexpr qint64 MostAtOnce = 16 * 1024;
+        // In pieces so small that none keeps a decoder busy for long: a hundred bytes can mean a pass over all of a picture.
+        constexpr qint64 MostAtOnce = 512;
         return IsOver() ? -1 : QFile::readData(bytes, std::min(count, MostAtOnce));
     }
 
@@ -71,11 +72,11 @@ bool IsWithin(const QSize& size,
               const PictureLimits& limits)
 {
     const std::int64_t pixels = std::int64_t{size.width()} * size.height();
-    if (pixels > limits.mostPixels) {
-        return false;
+    if (format != "jpeg") {
+        return pixels * BytesAPixel <= std::int64_t{limits.mostMegabytes} << 20;
     }
-    if (format != "jpeg" || pixels <= limits.mostPixelsOfProgressive) {
-        return true;
+    if (pixels > limits.mostPixels || pixels <= limits.mostPixelsOfProgressive) {
+        return pixels <= limits.mostPixels;
     }
     QFile head(file.fileName());
     return head.open(QIODevice::ReadOnly) && !IsProgressiveJpeg(head.read(HeadBytes));
@@ -86,7 +87,7 @@ bool IsWithin(const QSize& size,
 QImage DecodePicture(const std::filesystem::path& path, const PictureLimits& limits)
 {
     TimedFile file(QString::fromStdString(path.string()), limits.longest);
-    if (!file.open(QIODevice::ReadOnly)) {
+    if (!file.open(QIODevice::ReadOnly | QIODevice::Unbuffered)) {
         return {};
     }
     QImageReader::setAllocationLimit(limits.mostMegabytes);

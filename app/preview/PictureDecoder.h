@@ -11,7 +11,7 @@ struct PictureLimits
 {
     int mostSide = 2048;                    // of what comes out; larger ones are scaled down
     int mostMegabytes = 256;                // that one picture may take while it is decoded
-    std::int64_t mostPixels = 300'000'000;  // of the file; above the largest cameras
+    std::int64_t mostPixels = 300'000'000;  // of a JPEG, which is scaled while it is read
     std::int64_t mostPixelsOfProgressive =
         50'000'000;  // these are held whole, in six bytes a pixel
     std::chrono::milliseconds longest{5000};

@@ -41,6 +41,9 @@ void ScanWorker::Run()
 bool ScanWorker::ScanAll()
 {
     for (RecoveryTarget* const target : targets) {
+        if (m_context.gate.cancelRequested && !outcomes.empty()) {
+            return true;  // between two of them: the next one keeps what it has
+        }
         m_context.board.SetText("stage", StageText(m_context.messages, ScanStage, *target));
         target->engine.reset();
         const Opened opened = Open(*target);
