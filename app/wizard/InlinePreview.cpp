@@ -18,7 +18,9 @@ constexpr int PlayerStartMilliseconds = 1000;
 void WaitWithoutInput(int milliseconds)
 {
     QEventLoop loop;
-    QTimer::singleShot(milliseconds, &loop, &QEventLoop::quit);
+    QTimer timer;
+    QObject::connect(&timer, &QTimer::timeout, &loop, &QEventLoop::quit);
+    timer.start(milliseconds);
     loop.exec(QEventLoop::ExcludeUserInputEvents);
 }
 
@@ -31,6 +33,7 @@ InlinePreview::InlinePreview(MainContext& context, std::function<const FoundRow*
       m_pane(context.window.FindControlAs<CRichEditUI>(QStringLiteral("PreviewEdit")))
 {
     m_delay.setSingleShot(true);
+    m_keyAtWork.setSingleShot(true);
     connect(&m_delay, &QTimer::timeout, this, [this] { ShowCurrent(); });
     m_list->installEventFilter(this);
 }
@@ -57,7 +60,7 @@ bool InlinePreview::eventFilter(QObject* watched, QEvent* event)
 void InlinePreview::OnSelect()
 {
     // Never at once: whoever selects is still at work in the list.
-    m_delay.start(m_isKeyPressed ? RestMilliseconds : 0);
+    m_delay.start(m_keyAtWork.isActive() ? RestMilliseconds : 0);
 }
 
 void InlinePreview::ShowCurrent()

@@ -43,6 +43,6 @@ private:
     CListUI* m_list;
     CRichEditUI* m_pane;
     QTimer m_delay;
-    bool m_isKeyPressed = false;  // a key is at work in the list
+    QTimer m_keyAtWork;  // in the list
     std::filesystem::path m_tempPath;
 };

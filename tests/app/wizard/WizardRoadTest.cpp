@@ -209,7 +209,10 @@ TEST_F(WizardRoadTest, ADiskThatGoesDuringItsScanStaysUntilTheScanIsOver)
     Open();
     Click("BtnRecoverMode");
     bool wasKept = false;
-    QTimer::singleShot(0, m_window, [&] {
+    QTimer removal;
+    removal.setSingleShot(true);
+    removal.start(0);
+    QObject::connect(&removal, &QTimer::timeout, m_window, [&] {
         m_system.Remove("sda");
         Get("PartitionListBar").SendNotify(NotifyTimer, 1);
         WaitFor([this] { return !m_window->IsListingDisks(); });
