@@ -3,7 +3,12 @@
 #include "app/preview/PictureDecoder.h"
 #include "ui/controls/RichEditUI.h"
 
+#include <QEventLoop>
+#include <QPointer>
+
 #include <algorithm>
+#include <new>
+#include <thread>
 
 namespace {
 
@@ -12,6 +17,24 @@ constexpr int PixelsAnInch = 96;
 constexpr std::size_t DumpLine = 1024;
 // A pane takes seconds for a megabyte, and nobody reads that far.
 constexpr std::size_t MostDumped = 256 * 1024;
+
+// A large picture takes seconds: the windows are drawn meanwhile, and what the user does comes afterwards.
+QImage DecodeMeanwhile(const std::filesystem::path& path)
+{
+    QImage picture;
+    QEventLoop loop;
+    std::thread decoder([&] {
+        try {
+            picture = DecodePicture(path);
+        } catch (const std::bad_alloc&) {
+            picture = {};  // too large for this computer
+        }
+        QMetaObject::invokeMethod(&loop, &QEventLoop::quit, Qt::QueuedConnection);
+    });
+    loop.exec(QEventLoop::ExcludeUserInputEvents);
+    decoder.join();
+    return picture;
+}
 
 }  // namespace
 
@@ -25,8 +48,10 @@ bool InsertPicture(CRichEditUI* pane,
     if (pane == nullptr || path.empty() || !std::filesystem::exists(path, error)) {
         return false;
     }
-    if (!pane->InsertPicture(DecodePicture(path), width, height)) {
-        ShowText(*pane, fallback, FallbackSpacing);
+    const QPointer<CRichEditUI> kept = pane;
+    const QImage picture = DecodeMeanwhile(path);
+    if (kept && !kept->InsertPicture(picture, width, height)) {
+        ShowText(*kept, fallback, FallbackSpacing);
     }
     return true;
 }
