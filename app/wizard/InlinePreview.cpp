@@ -50,9 +50,8 @@ InlinePreview::~InlinePreview()
 bool InlinePreview::eventFilter(QObject* watched, QEvent* event)
 {
     if (event->type() == QEvent::KeyPress) {
-        m_isKeyPressed = true;
-        QMetaObject::invokeMethod(
-            this, [this] { m_isKeyPressed = false; }, Qt::QueuedConnection);
+        // Runs until the key press was handled.
+        m_keyAtWork.start(0);
     }
     return QObject::eventFilter(watched, event);
 }
