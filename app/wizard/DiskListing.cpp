@@ -1,5 +1,18 @@
 #include "app/wizard/DiskListing.h"
 
+#include <QCoreApplication>
+#include <QEvent>
+
+namespace {
+
+QEvent::Type ListedEvent()
+{
+    static const int registered = QEvent::registerEventType();
+    return static_cast<QEvent::Type>(registered);
+}
+
+}  // namespace
+
 DiskListing::~DiskListing()
 {
     m_stops = true;
@@ -24,12 +37,16 @@ void DiskListing::Start()
         m_list = m_session.ListTargets(
             [this](const Progress&) { return m_stops ? Answer::Stop : Answer::GoOn; });
         // Dropped when this object is gone by then.
-        QMetaObject::invokeMethod(this, &DiskListing::Finish, Qt::QueuedConnection);
+        QCoreApplication::postEvent(this, new QEvent(ListedEvent()));
     });
 }
 
-void DiskListing::Finish()
+bool DiskListing::event(QEvent* event)
 {
+    if (event->type() != ListedEvent()) {
+        return QObject::event(event);
+    }
     m_isRunning = false;
     m_done(m_list);
+    return true;
 }

@@ -26,9 +26,12 @@ public:
     void Start();
     bool IsRunning() const { return m_isRunning; }
 
+protected:
+    // What the thread tells when it is done.
+    bool event(QEvent* event) override;
+
 private:
     void Join();
-    void Finish();
 
     Session& m_session;
     Done m_done;
