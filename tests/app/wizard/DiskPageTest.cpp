@@ -10,6 +10,7 @@
 #include "ui/markup/TextMarkup.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace {
 
@@ -159,6 +160,21 @@ TEST_F(DiskPageTest, AStickComesIsSelectedAndGoesWithItsTargets)
     Refresh(1);
     EXPECT_EQ(m_window->State().targets.size(), 3u);
     EXPECT_EQ(Disks().GetCurSel(), -1);
+}
+
+TEST_F(DiskPageTest, WhatTheUserDoesBeforeTheListIsThereStays)
+{
+    delete std::exchange(m_window, nullptr);
+    Make();
+    ASSERT_TRUE(m_window->IsListingDisks());
+    Click("BtnRecoverMode");
+    m_window->AddImage(m_folder / "early.img");
+    AddStick();
+    // Comes while the first list is being made, and is asked for behind it.
+    Refresh(0);
+    EXPECT_TRUE(DiskRows().starts_with("0:Image File|1:early.img|0:Disk 1|")) << DiskRows();
+    EXPECT_EQ(m_window->State().targets.size(), 4u);
+    EXPECT_TRUE(Get("BtnAdvanceScan").IsEnabled()) << "a row is selected";
 }
 
 TEST_F(DiskPageTest, EventsStartTheTimersWhichEndTogether)

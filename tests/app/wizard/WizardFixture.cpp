@@ -53,7 +53,7 @@ WizardTest::~WizardTest()
     CMessageBox::UseAnswerer({});
 }
 
-void WizardTest::Open()
+void WizardTest::Make()
 {
     MainServices services;
     services.dialogs = &m_dialogs;
@@ -68,6 +68,11 @@ void WizardTest::Open()
     EXPECT_TRUE(m_window->MarkupProblems().isEmpty());
     m_window->show();
     MountTestFolder("0:77 / / rw - tmpfs none rw");
+}
+
+void WizardTest::Open()
+{
+    Make();
     ASSERT_TRUE(WaitFor([this] { return !m_window->IsListingDisks(); }));
 }
 

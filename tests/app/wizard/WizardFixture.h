@@ -40,7 +40,9 @@ protected:
     WizardTest& operator=(const WizardTest&) = delete;
     ~WizardTest() override;
 
-    // Makes the window on the disks that there are by now, and waits for their list.
+    // Makes the window, which begins to list the disks that there are by now.
+    void Make();
+    // The same, and waits for the list.
     void Open();
     template <typename Control = CControlUI>
     Control& Get(const char* name) const
