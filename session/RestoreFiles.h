@@ -73,7 +73,7 @@ struct RestoreCalls
     std::function<void(ScanSession* source, const FoundRow& row, const FileOutcome& outcome)>
         onFile;
     // Runs what it is given; false when it had to end it by force. None: nothing is caught but exceptions.
-    std::function<bool(const std::function<void()>& work)> guard;
+    std::function<bool(const std::function<void()>& work)> guard = nullptr;
 };
 
 // What files need, and what there is for them.
