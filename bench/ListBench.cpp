@@ -1,4 +1,5 @@
 // A list of a hundred thousand rows, as a user waits for it: shown, sorted by name and by size, all ticked.
+#include "bench/QtStart.h"
 #include "ui/list/ListUI.h"
 #include "ui/package/SkinPackage.h"
 
@@ -10,15 +11,6 @@ namespace {
 
 constexpr int RowCount = 100000;
 constexpr int Columns = 7;
-
-void StartQt()
-{
-    static int count = 1;
-    static char name[] = "bench";
-    static char* arguments[] = {name, nullptr};
-    qputenv("QT_QPA_PLATFORM", "offscreen");
-    static const QApplication application(count, arguments);
-}
 
 // Names in no order, the same in every run.
 std::vector<std::unique_ptr<CListUI::Row>> MakeRows()

@@ -17,3 +17,6 @@ using SelectionMap = std::map<SelectionKey, FoundRow>;
 
 // The only way in and out. What is in already, or not there, stays as it is.
 void SetSelected(SelectionMap& selection, const FoundRow& row, bool selected);
+
+// Of all that is ticked; no more than fits, whatever the records claim.
+std::uint64_t SelectedBytes(const SelectionMap& selection);

@@ -1,6 +1,7 @@
 #include "session/RestoreFiles.h"
 
 #include "platform/Folders.h"
+#include "platform/OpenFiles.h"
 #include "platform/Ownership.h"
 #include "recovery/CopyScope.h"
 #include "recovery/RestoreSupport.h"
@@ -158,15 +159,25 @@ ResultCode Restoring::Copy(ScanSession& source,
                            FileOutcome& outcome)
 {
     const CopyScope scope(m_options.fillsUnreadable);
-    const ResultCode result =
-        source.Restore(record, part, CountSeparators(m_destination.Folder()),
-                       [this, &outcome](std::int32_t percent, ResultCode error,
-                                        const std::filesystem::path& /*part*/) {
-                           m_progress.percent = percent;
-                           m_progress.error = error;
-                           m_progress.path = outcome.path;
-                           return GoesOn() ? Answer::GoOn : Answer::Stop;
-                       });
+    const FileProgressFunction onProgress = [this,
+                                             &outcome](std::int32_t percent, ResultCode error,
+                                                       const std::filesystem::path& /*part*/) {
+        m_progress.percent = percent;
+        m_progress.error = error;
+        m_progress.path = outcome.path;
+        return GoesOn() ? Answer::GoOn : Answer::Stop;
+    };
+    ResultCode result = ResultGeneralFailure;
+    const std::function<void()> work = [&] {
+        result = source.Restore(record, part, CountSeparators(m_destination.Folder()), onProgress);
+    };
+    if (!m_calls.guard) {
+        work();
+    } else if (!m_calls.guard(work)) {
+        // The engine had no chance to close it; a run with many faults would come to the end of all descriptors.
+        CloseFilesOf(part);
+        outcome.faulted = true;
+    }
     const std::uint64_t there = std::min(SizeOfFile(part), outcome.size);
     outcome.came = there - std::min(there, scope.FilledBytes());
     return result;

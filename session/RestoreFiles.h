@@ -36,6 +36,7 @@ struct FileOutcome
     bool wasThere = false;   // and an earlier run has left it: the same bytes are not written again
     std::uint64_t size = 0;  // that the record tells
     std::uint64_t came = 0;  // bytes of it that were read
+    bool faulted = false;    // the guard has ended its restoring
 
     std::uint64_t Missing() const { return size - came; }
     // What stands there is cut, or has holes.
@@ -65,12 +66,14 @@ struct RestoreOptions
     bool fillsUnreadable = false;  // with zeros, in place of ending the file
 };
 
-// Both are called on the thread that restores. onFile hears of each row once, in their order.
+// Both calls come on the thread that restores. onFile hears of each row once, in their order.
 struct RestoreCalls
 {
     std::function<Answer(const RestoreProgress& progress)> onProgress;
     std::function<void(ScanSession* source, const FoundRow& row, const FileOutcome& outcome)>
         onFile;
+    // Runs what it is given; false when it had to end it by force. None: nothing is caught but exceptions.
+    std::function<bool(const std::function<void()>& work)> guard = nullptr;
 };
 
 // What files need, and what there is for them.

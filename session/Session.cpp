@@ -33,5 +33,12 @@ ResolvedTarget Session::Resolve(const std::string& text)
 
 OpenOutcome Session::Open(const ScanTarget& target, ScanDepth depth)
 {
-    return ScanSession::Open(m_history, *m_engines, target, depth);
+    return Opener(target, depth)();
+}
+
+std::function<OpenOutcome()> Session::Opener(const ScanTarget& target, ScanDepth depth) const
+{
+    return [history = m_history, engines = m_engines, target, depth] {
+        return ScanSession::Open(history, *engines, target, depth);
+    };
 }

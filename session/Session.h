@@ -6,6 +6,7 @@
 #include "session/TargetList.h"
 #include "session/TargetResolver.h"
 
+#include <functional>
 #include <memory>
 #include <string>
 
@@ -26,6 +27,8 @@ public:
     TargetList ListTargets(const ProgressFunction& progress = {});
     ResolvedTarget Resolve(const std::string& text);
     OpenOutcome Open(const ScanTarget& target, ScanDepth depth);
+    // The same for later, also on a thread that outlives this: an opening can hang, and is left alone then.
+    std::function<OpenOutcome()> Opener(const ScanTarget& target, ScanDepth depth) const;
     ScanHistory& History() { return *m_history; }
 
 private:

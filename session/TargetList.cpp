@@ -80,6 +80,29 @@ TargetRow MakeRow(const VolumeRecord& volume, const DiskSeen& disk)
 
 }  // namespace
 
+ScanTarget TargetOfImage(const std::filesystem::path& file, char16_t id)
+{
+    ScanTarget target;
+    std::error_code error;
+    target.imagePath = std::filesystem::canonical(file, error);
+    if (error) {
+        target.imagePath = file;  // its opening tells what is wrong
+    }
+    target.letter = id;
+    return target;
+}
+
+ScanTarget WholeDisk(std::uint32_t diskNumber)
+{
+    ScanTarget target;
+    target.diskNumber = diskNumber;
+    if (const auto disk = DriveRegistry::Instance().Find(diskNumber)) {
+        target.sectorSize = disk->sectorSize;
+        target.sectorCount = disk->sizeBytes / disk->sectorSize;
+    }
+    return target;
+}
+
 ScanTarget TargetOf(const TargetRow& row)
 {
     ScanTarget target;

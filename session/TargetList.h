@@ -51,6 +51,10 @@ struct TargetRow
 };
 
 ScanTarget TargetOf(const TargetRow& row);
+// An image file, by the path that an earlier scan of it is found again by.
+ScanTarget TargetOfImage(const std::filesystem::path& file, char16_t id);
+// All of a disk up to its last sector; without a length when there is none of that number.
+ScanTarget WholeDisk(std::uint32_t diskNumber);
 
 enum class ListEnd
 {

@@ -10,13 +10,19 @@ class CCreateImageProcessWnd : public CTaskWnd
 {
 public:
     CCreateImageProcessWnd();
+    CCreateImageProcessWnd(const CCreateImageProcessWnd&) = delete;
+    CCreateImageProcessWnd& operator=(const CCreateImageProcessWnd&) = delete;
+    ~CCreateImageProcessWnd() override;
 
     std::filesystem::path outputPath;
-    int diskNumber = -1;                   // not negative: the whole of it
+    int diskNumber = -1;  // not negative: the whole of it, when there are no targets
     std::vector<RecoveryTarget*> targets;  // else the first of these
 
     QString GetWindowClassName() const override
     {
         return QStringLiteral("UICreateImageProcessWnd");
     }
+
+protected:
+    void RunTask(const TaskContext& context) override;
 };

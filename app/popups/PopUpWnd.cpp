@@ -1,13 +1,19 @@
 #include "app/popups/PopUpWnd.h"
 
+#include "app/popups/ModalStack.h"
 #include "texts/LanguageManager.h"
 
 #include <QEventLoop>
+#include <QGuiApplication>
 #include <QKeyEvent>
+#include <QScreen>
 
 #include <utility>
 
-CPopUpWnd::CPopUpWnd(QString skinFile) : m_skinFile(std::move(skinFile)) {}
+CPopUpWnd::CPopUpWnd(QString skinFile) : m_skinFile(std::move(skinFile))
+{
+    setWindowModality(Qt::ApplicationModal);
+}
 
 CPopUpWnd::~CPopUpWnd() = default;
 
@@ -19,47 +25,132 @@ void CPopUpWnd::SetMain(WindowImplBase* mainWnd, RecoveryState* state)
 
 int CPopUpWnd::DoModal()
 {
-    return CloseCancelled;
+    QEventLoop loop;
+    m_loop = &loop;
+    ModalStack& stack = ModalStack::Instance();
+    stack.Push(*this);
+    if (!StaysHidden()) {
+        ShowCentered();
+    }
+    if (m_code == 0) {
+        loop.exec();
+    }
+    m_loop = nullptr;
+    CloseWith(CloseCancelled);  // the program ends: the loop has gone without a code
+    OnClosed();
+    hide();
+    for (const Posted& posted : std::exchange(m_posted, {})) {
+        stack.PostWhenFree(*m_mainWnd, posted.number, posted.wParam, posted.lParam);
+    }
+    stack.Pop(*this);
+    return m_code;
 }
 
-void CPopUpWnd::CloseWith(int) {}
-void CPopUpWnd::PostToMain(std::uint32_t, std::intptr_t, std::intptr_t) {}
-void CPopUpWnd::ShowLater() {}
-void CPopUpWnd::ShowCentered() {}
+void CPopUpWnd::CloseWith(int code)
+{
+    int open = 0;
+    if (m_code.compare_exchange_strong(open, code)) {
+        QMetaObject::invokeMethod(
+            this,
+            [this] {
+                if (m_loop != nullptr) {
+                    m_loop->quit();
+                }
+            },
+            Qt::QueuedConnection);
+    }
+}
+
+void CPopUpWnd::PostToMain(std::uint32_t number, std::intptr_t wParam, std::intptr_t lParam)
+{
+    const std::lock_guard held(m_postedLock);
+    if (m_mainWnd != nullptr) {
+        m_posted.push_back({number, wParam, lParam});
+    }
+}
+
+void CPopUpWnd::ShowLater()
+{
+    QMetaObject::invokeMethod(
+        this,
+        [this] {
+            if (m_code == 0) {
+                ShowCentered();
+            }
+        },
+        Qt::QueuedConnection);
+}
+
+void CPopUpWnd::ShowCentered()
+{
+    Center();
+    show();
+    activateWindow();
+}
+
+void CPopUpWnd::Center()
+{
+    const QWidget* const owner = parentWidget();
+    const QRect around = owner != nullptr && owner->window()->isVisible()
+                             ? owner->window()->geometry()
+                             : screen()->availableGeometry();
+    QRect place(QPoint(), size());
+    place.moveCenter(around.center());
+    move(place.topLeft());
+}
 
 void CPopUpWnd::Notify(const Notification& notification)
 {
+    if (notification.type == NotifyWindowInit) {
+        m_messages = &LanguageManager::GetInstance().GetSection("Messages");
+        OnWindowInit();
+    }
     WindowImplBase::Notify(notification);
 }
 
-void CPopUpWnd::OnClick(const Notification& notification)
+bool CPopUpWnd::MessageFilter(QKeyEvent& event)
 {
-    WindowImplBase::OnClick(notification);
+    if (event.key() == Qt::Key_Escape) {
+        OnDismiss();
+        return true;
+    }
+    return event.key() == Qt::Key_Return || event.key() == Qt::Key_Enter;
 }
 
-bool CPopUpWnd::MessageFilter(QKeyEvent&)
-{
-    return true;
-}
-
+// It goes when DoModal returns, and not before: a worker may write on it until then.
 bool CPopUpWnd::OnCloseRequest()
 {
-    return true;
-}
-
-void CPopUpWnd::ApplyLanguage(std::string_view) const {}
-
-bool CPopUpWnd::IsAnyModal()
-{
+    OnDismiss();
     return false;
 }
 
-std::string CPopUpWnd::Message(std::string_view key) const
+void CPopUpWnd::ApplyLanguage(std::string_view sectionName) const
 {
-    return m_messages != nullptr ? m_messages->Get(key) : std::string();
+    WindowImplBase::ApplyLanguage(LanguageManager::GetInstance().GetSection(sectionName));
 }
 
-std::string CPopUpWnd::DesktopText(std::string_view key)
+bool CPopUpWnd::IsAnyModal()
 {
-    return LanguageManager::GetInstance().GetSection("Desktop").Get(key);
+    return !ModalStack::Instance().IsEmpty();
+}
+
+QString CPopUpWnd::Message(std::string_view key)
+{
+    return QString::fromStdString(LanguageManager::GetInstance().GetSection("Messages").Get(key));
+}
+
+QString CPopUpWnd::DesktopText(std::string_view key)
+{
+    return QString::fromStdString(LanguageManager::GetInstance().GetSection("Desktop").Get(key));
+}
+
+void CPopUpWnd::SetPlainText(const QString& name, const QString& text) const
+{
+    CControlUI* const control = FindControl(name);
+    if (control == nullptr) {
+        return;
+    }
+    const auto* const drawn = dynamic_cast<const VisualControl*>(control);
+    const bool hasMarkup = drawn != nullptr && drawn->Look().hasMarkup;
+    control->SetText(hasMarkup ? PlainRun(text) : text);
 }

@@ -1,10 +1,9 @@
 // The base of all windows that stand in front of the main window until they are closed with a code.
 #pragma once
 
+#include "app/tasks/CloseCode.h"
 #include "app/tasks/RecoveryState.h"
 #include "ui/windows/WindowImplBase.h"
-
-#include <QPointer>
 
 #include <atomic>
 #include <mutex>
@@ -13,11 +12,6 @@
 
 class LanguageSection;
 class QEventLoop;
-
-// What DoModal gives.
-inline constexpr int CloseDone = 1;
-inline constexpr int CloseCancelled = 2;
-inline constexpr int CloseFailed = 3;
 
 // User-interface thread, but for CloseWith(), PostToMain() and ShowLater().
 class CPopUpWnd : public WindowImplBase
@@ -48,12 +42,13 @@ public:
     QString GetSkinFile() const override { return QStringLiteral("xml\\") + m_skinFile; }
     bool IsDialog() const override { return true; }
     void Notify(const Notification& notification) override;
-    void OnClick(const Notification& notification) override;
     bool MessageFilter(QKeyEvent& event) override;
     bool OnCloseRequest() override;
 
     // Puts the texts of that section onto the controls.
     void ApplyLanguage(std::string_view sectionName) const;
+    // Closed with a code, if DoModal has not returned yet.
+    bool IsClosing() const { return m_code != 0; }
     // True while any window of this kind keeps the others from being used.
     static bool IsAnyModal();
 
@@ -67,9 +62,12 @@ protected:
     virtual bool StaysHidden() const { return false; }
     void ShowCentered();
 
-    std::string Message(std::string_view key) const;
-    // A text of the section "Desktop".
-    static std::string DesktopText(std::string_view key);
+    void Center();
+    // Of the sections "Messages" and "Desktop".
+    static QString Message(std::string_view key);
+    static QString DesktopText(std::string_view key);
+    // Never read as markup, whatever the control makes of its texts.
+    void SetPlainText(const QString& name, const QString& text) const;
 
     WindowImplBase* m_mainWnd = nullptr;
     RecoveryState* m_state = nullptr;

@@ -9,9 +9,16 @@ class CPreviewProcessWnd : public CTaskWnd
 {
 public:
     CPreviewProcessWnd();
+    CPreviewProcessWnd(const CPreviewProcessWnd&) = delete;
+    CPreviewProcessWnd& operator=(const CPreviewProcessWnd&) = delete;
+    ~CPreviewProcessWnd() override;
 
     CPreviewWnd* previewWnd = nullptr;  // gets what was fetched
     const FoundRow* record = nullptr;
 
     QString GetWindowClassName() const override { return QStringLiteral("UIPreviewProcessWnd"); }
+
+protected:
+    void OnTaskInit() override;
+    void RunTask(const TaskContext& context) override;
 };

@@ -1,15 +1,35 @@
-// Restores what is ticked, or one record, into the folder of the state, and reports on each file.
+// Restores what is ticked, or one record, into the folder of the state, and reports on each file. It stays open on its report.
 #pragma once
 
 #include "app/popups/TaskWnd.h"
+
+#include <map>
 
 class CRecoverProcessWnd : public CTaskWnd
 {
 public:
     CRecoverProcessWnd();
+    CRecoverProcessWnd(const CRecoverProcessWnd&) = delete;
+    CRecoverProcessWnd& operator=(const CRecoverProcessWnd&) = delete;
+    ~CRecoverProcessWnd() override;
 
     bool singleMode = false;
     const FoundRow* singleRecord = nullptr;
 
+    void InitWindow() override;
+    void OnClick(const Notification& notification) override;
     QString GetWindowClassName() const override { return QStringLiteral("UIRecoverProcessWnd"); }
+
+protected:
+    void RunTask(const TaskContext& context) override;
+    std::optional<int> CodeOfCancel() const override { return CloseCancelled; }
+    bool IsDone() const override;
+    void OnRows(const std::vector<ReportRow>& rows) override;
+
+private:
+    void ToggleDetail();
+
+    QSize m_ownSize;
+    bool m_isDetailShown = false;
+    std::map<std::size_t, CControlUI*> m_rows;  // of the list, by their number
 };

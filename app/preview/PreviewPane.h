@@ -21,5 +21,7 @@ bool InsertPicture(CRichEditUI* pane,
                    int height = -1);
 // In the middle of the line; the room above it is given in twips.
 void ShowText(CRichEditUI& pane, const QString& text, int spacing = 0);
-// A character a byte, "." for a zero, 1024 to a line.
+// A character a byte, "." for a zero, 1024 to a line; ends in a line's end.
+QString DumpText(std::span<const std::uint8_t> bytes);
+// The beginning of it, in the pane.
 void ShowDump(CRichEditUI& pane, std::span<const std::uint8_t> bytes);

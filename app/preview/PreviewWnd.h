@@ -27,5 +27,19 @@ public:
     // From now on the caller removes the file.
     std::filesystem::path TakeTempPath();
 
+    void InitWindow() override;
+    void OnClick(const Notification& notification) override;
+    bool HandleMessage(std::uint32_t number, std::intptr_t wParam, std::intptr_t lParam) override;
     QString GetWindowClassName() const override { return QStringLiteral("UIPreviewWnd"); }
+
+protected:
+    void OnWindowInit() override;
+
+private:
+    void ShowData();
+    void Step(bool isForward);
+    void Recover();
+
+    CRichEditUI* m_edit = nullptr;
+    std::vector<FoundRow> m_siblings;
 };

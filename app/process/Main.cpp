@@ -1,8 +1,6 @@
 // The program with windows: brings up one window for each user, runs it, and clears away what a run leaves behind.
-#include "app/online/FirstUse.h"
 #include "app/player/Players.h"
 #include "app/popups/MessageBox.h"
-#include "app/preview/Player.h"
 #include "app/process/HelpPages.h"
 #include "app/process/SingleInstance.h"
 #include "app/wizard/MainWnd.h"
@@ -15,7 +13,8 @@
 #include "texts/LanguageManager.h"
 
 #include <QApplication>
-#include <QIcon>
+#include <QPointer>
+#include <QScreen>
 #include <QSocketNotifier>
 
 #include <cstdio>
@@ -59,6 +58,14 @@ void PreferX()
     }
 }
 
+void ShowCentered(QWidget& window)
+{
+    if (const QScreen* const screen = window.screen()) {
+        window.move(screen->availableGeometry().center() - window.rect().center());
+    }
+    window.show();
+}
+
 bool ShowAgain(QWidget& window)
 {
     if (!window.isVisible() && !window.isMinimized()) {
@@ -72,12 +79,9 @@ bool ShowAgain(QWidget& window)
     return true;
 }
 
-MainServices ServicesFor(IFileDialogs& dialogs)
+MainServices Services()
 {
     MainServices services;
-    services.dialogs = &dialogs;
-    services.playVideo = &PlayVideo;
-    services.playAudio = &PlayAudio;
     services.openMenuItem = [](const QString& item) {
         OpenHelpPage(QApplication::activeWindow(), item);
     };
@@ -86,22 +90,20 @@ MainServices ServicesFor(IFileDialogs& dialogs)
 
 void RunWindow(SingleInstance& instance, Session& session)
 {
-    FileDialogs dialogs;
     // Deletes itself when it is closed.
-    auto* const window = new CMainWnd(session, ServicesFor(dialogs));
-    const QPointer<CMainWnd> alive(window);
-    window->setWindowTitle(WindowTitle);
-    if (!window->Create(nullptr)) {
-        delete window;
+    const QPointer<CMainWnd> alive(new CMainWnd(session, Services()));
+    alive->setWindowTitle(WindowTitle);
+    if (!alive->Create(nullptr)) {
+        delete alive.data();
         return;
     }
-    window->ShowCentered();
+    ShowCentered(*alive);
     instance.OnShowRequest([alive] { return alive != nullptr && ShowAgain(*alive); });
     const TerminationSignals signalsToEnd;
     QSocketNotifier notifier(signalsToEnd.Descriptor(), QSocketNotifier::Read);
     QObject::connect(&notifier, &QSocketNotifier::activated, &notifier, [&notifier] {
         notifier.setEnabled(false);
-        QCoreApplication::quit();
+        QCoreApplication::exit();  // without a question, also while one is asked
     });
     QApplication::exec();
     instance.OnShowRequest(nullptr);

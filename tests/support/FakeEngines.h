@@ -31,6 +31,7 @@ struct FakeScript
 
     FileRecordList records;
     std::vector<Call> calls = {{50}};  // that a scan makes
+    std::function<void()> begins;      // in front of the first call of a scan, and of a search
     std::function<void()> inScan;      // between its calls and its end
     ResultCode opens = ResultSuccess;  // why there is no engine
     bool recognised = true;
@@ -87,6 +88,7 @@ public:
     }
     ResultCode Scan(const std::string* /*name*/) override
     {
+        Begin();
         for (const FakeScript::Call& call : m_script.calls) {
             if (const ResultCode answer =
                     m_scan(m_context, call.progress, call.range, call.secondsLeft, call.done,
@@ -128,6 +130,7 @@ public:
     }
     std::int32_t SearchRecords(std::string_view /*pattern*/, FileRecordList& records) override
     {
+        Begin();
         for (const FileRecord& record : m_script.records) {
             if (m_search != nullptr && m_search(m_searchContext, 50, 0) != ResultSuccess) {
                 break;
@@ -151,6 +154,13 @@ public:
     }
 
 private:
+    void Begin() const
+    {
+        if (m_script.begins) {
+            m_script.begins();
+        }
+    }
+
     FakeScript& m_script;
     ProgressCallback m_scan = nullptr;
     FileProgressCallback m_file = nullptr;

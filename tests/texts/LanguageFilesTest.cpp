@@ -43,6 +43,8 @@ constexpr SectionKeys Expected[] = {
     {"CreateImageWnd", "title cancelbtn"},
     {"MessageBox", "okbtn cancelbtn"},
     {"MenuWnd", "item_language item_help item_faq item_support item_about item_exit"},
+    {"Desktop", "DSK0100 DSK0101 DSK0102 DSK0103 DSK0104 DSK0105:d DSK0106 DSK0107 DSK0108 DSK0109 "
+                "DSK0200 DSK0201 DSK0202 DSK0203 DSK0204 DSK0205 DSK0206"},
 };
 
 // Words that another language shares with English.
@@ -64,6 +66,8 @@ constexpr BoxText Boxes[] = {
     {"MSG0709", 115}, {"MSG0805", 210}, {"MSG0903", 150}, {"MSG1103", 150}, {"MSG1205", 150},
     {"MSG1206", 150}, {"MSG1207", 105},
 };
+constexpr BoxText DesktopBoxes[] = {
+    {"DSK0104", 210}, {"DSK0106", 210}, {"DSK0107", 100}, {"DSK0109", 66}};
 
 std::filesystem::path LanguagesFolder()
 {
@@ -240,6 +244,9 @@ TEST_P(LanguageFilesTest, FitsItsMessageBoxes)
     const Texts texts = TextsOf(GetParam());
     for (const BoxText& box : Boxes) {
         EXPECT_LE(WidthOf(texts.at(std::string("Messages/") + box.key)), box.letters) << box.key;
+    }
+    for (const BoxText& box : DesktopBoxes) {
+        EXPECT_LE(WidthOf(texts.at(std::string("Desktop/") + box.key)), box.letters) << box.key;
     }
 }
 

@@ -9,10 +9,18 @@ constexpr int MaxColumns = 64;
 
 }  // namespace
 
+CListImageTextElementUI::Columns& CListImageTextElementUI::OwnColumns()
+{
+    if (!m_columns) {
+        m_columns = std::make_unique<Columns>();
+    }
+    return *m_columns;
+}
+
 QString CListImageTextElementUI::GetColumnText(int column) const
 {
-    return column >= 0 && column < static_cast<int>(m_texts.size())
-               ? m_texts[static_cast<std::size_t>(column)]
+    return m_columns && column >= 0 && column < static_cast<int>(m_columns->texts.size())
+               ? m_columns->texts[static_cast<std::size_t>(column)]
                : QString();
 }
 
@@ -22,16 +30,20 @@ void CListImageTextElementUI::SetColumnText(int column, const QString& text)
         return;
     }
     const auto index = static_cast<std::size_t>(column);
-    if (m_texts.size() <= index) {
-        m_texts.resize(index + 1);
+    std::vector<QString>& texts = OwnColumns().texts;
+    if (texts.size() <= index) {
+        texts.resize(index + 1);
     }
-    m_texts[index] = text;
+    texts[index] = text;
     Invalidate();
 }
 
 QString CListImageTextElementUI::GetColumnImage(int column) const
 {
-    for (const ColumnImage& image : m_images) {
+    if (!m_columns) {
+        return {};
+    }
+    for (const ColumnImage& image : m_columns->images) {
         if (image.column == column) {
             return image.imageText;
         }
@@ -41,9 +53,10 @@ QString CListImageTextElementUI::GetColumnImage(int column) const
 
 void CListImageTextElementUI::SetColumnImage(int column, const QString& imageText)
 {
-    std::erase_if(m_images, [column](const ColumnImage& image) { return image.column == column; });
+    std::vector<ColumnImage>& images = OwnColumns().images;
+    std::erase_if(images, [column](const ColumnImage& image) { return image.column == column; });
     if (!imageText.isEmpty()) {
-        m_images.push_back({column, imageText});
+        images.push_back({column, imageText});
     }
     Invalidate();
 }

@@ -5,6 +5,7 @@
 
 #include <QString>
 
+#include <memory>
 #include <vector>
 
 class CListUI;
@@ -52,11 +53,17 @@ private:
         int column = 0;
         QString imageText;
     };
+    struct Columns
+    {
+        std::vector<QString> texts;
+        std::vector<ColumnImage> images;
+    };
+
+    Columns& OwnColumns();
 
     CListUI* m_list = nullptr;
-    int m_index = -1;  // where the list last counted it
-    std::vector<QString> m_texts;
-    std::vector<ColumnImage> m_images;
+    int m_index = -1;                    // where the list last counted it
+    std::unique_ptr<Columns> m_columns;  // null in a row that computes what it shows
     int m_height = 0;
     bool m_isChecked = false;
 };

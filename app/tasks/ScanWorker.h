@@ -1,0 +1,39 @@
+// Scans targets one after the other, each with an engine of its own.
+#pragma once
+
+#include "app/tasks/RecoveryState.h"
+#include "app/tasks/TaskContext.h"
+#include "recovery/ScanDepth.h"
+
+#include <vector>
+
+class ScanWorker
+{
+public:
+    ScanWorker(TaskContext context, Session& session);
+
+    std::vector<RecoveryTarget*> targets;
+    int engineMode = 1;  // 1: an earlier scan may be gone on with
+    ScanDepth depth = ScanDepth::Deep;
+    std::vector<ScanOutcome> outcomes;  // of the targets that were scanned, in their order
+
+    void Run();
+
+private:
+    enum class Opened
+    {
+        Yes,
+        Left,    // by the user
+        Told,    // not opened, and the user knows why
+        Refused  // not opened
+    };
+
+    bool ScanAll();
+    Opened Open(RecoveryTarget& target);
+    Opened TellWhyNot(const RecoveryTarget& target, const OpenOutcome& outcome) const;
+    EarlierChoice AskForEarlier(const ScanSession& engine) const;
+    Answer OnProgress(const Progress& progress) const;
+
+    TaskContext m_context;
+    Session& m_session;
+};

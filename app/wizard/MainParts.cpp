@@ -1,0 +1,81 @@
+#include "app/wizard/MainParts.h"
+
+#include "app/wizard/MainTexts.h"
+
+MainParts::MainParts(MainContext& mainContext)
+    : context(mainContext),
+      pages(context.window),
+      types(context.window),
+      disks(*context.window.FindControlAs<CDiskListUI>(QStringLiteral("DiskList")), context.state),
+      results(context, types.Filter()),
+      scan(context, disks, results, pages, types.Filter()),
+      restore(context),
+      image(context, disks, [this](const std::filesystem::path& path) { UseImage(path); }),
+      preview(context, [this] { return results.Current(); }),
+      refresh(context.state.session,
+              *context.window.FindControl(QStringLiteral("PartitionListBar")),
+              MakeRefreshOwner())
+{
+    pages.foundFiles = [this] { return context.state.results.size(); };
+    pages.onResultTexts = [this] { results.UpdateSelectionLabel(); };
+    disks.onRelease = [this](const RecoveryTarget& target) { scan.Forget(target); };
+}
+
+MainParts::~MainParts()
+{
+    results.Clear();
+}
+
+DiskRefresh::Owner MainParts::MakeRefreshOwner()
+{
+    DiskRefresh::Owner owner;
+    owner.apply = [this](const DiskRefresh::Listed& listed) { Apply(listed); };
+    owner.mayApply = [this] { return context.flows == 0; };
+    owner.selectsArrived = [this] { return !scan.IsScanning(); };
+    owner.onWaiting = [this](bool isWaiting) {
+        context.window.FindControl(QStringLiteral("WaitText"))
+            ->SetText(ToQt(DesktopText("DSK0108")));
+        context.window.FindControl(QStringLiteral("WaitBar"))->SetVisible(isWaiting);
+    };
+    return owner;
+}
+
+void MainParts::Apply(const DiskRefresh::Listed& listed)
+{
+    switch (listed.kind) {
+    case RefreshKind::Start:
+        disks.AddArrived(listed.list.rows, false);
+        // The user may have come to the list before it was there.
+        if (pages.Current() != WizardPage::Mode && !disks.HasCurrent()) {
+            disks.ApplyMode(pages.mode == WizardMode::CreateImage);
+        }
+        break;
+    case RefreshKind::Arrival:
+        disks.AddArrived(listed.list.rows, listed.selectsArrived);
+        break;
+    case RefreshKind::Removal:
+        disks.RemoveMissing(listed.list.rows);
+        break;
+    }
+}
+
+void MainParts::EnterMode(WizardMode mode)
+{
+    pages.mode = mode;
+    disks.ApplyMode(mode == WizardMode::CreateImage);
+    pages.Choose(WizardPage::Disks);
+}
+
+void MainParts::UseImage(const std::filesystem::path& path)
+{
+    EnterMode(WizardMode::Recover);
+    disks.Select(disks.AddImage(path));
+    pages.Choose(WizardPage::Types);
+}
+
+void MainParts::RewriteTexts()
+{
+    pages.RewriteTexts();
+    disks.RewriteTexts();
+    results.RewriteTexts();
+}

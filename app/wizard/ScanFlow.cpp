@@ -1,0 +1,94 @@
+#include "app/wizard/ScanFlow.h"
+
+#include "app/popups/MessageBox.h"
+#include "app/popups/ScanProcessWnd.h"
+#include "app/popups/SearchProcessWnd.h"
+#include "app/wizard/MainTexts.h"
+
+namespace {
+
+// Every scan looks for all that is there; how deep it goes is told beside it.
+constexpr int DeepEngineMode = 1;
+
+}  // namespace
+
+ScanFlow::ScanFlow(MainContext& context,
+                   DiskRows& disks,
+                   ResultPage& results,
+                   WizardPages& pages,
+                   const TypeFilterMap& filter)
+    : m_context(context), m_disks(disks), m_results(results), m_pages(pages), m_filter(filter)
+{
+}
+
+void ScanFlow::Start(bool targetChosen)
+{
+    const FlowGuard guard(m_context);
+    const std::vector<RecoveryTarget*> targets = m_disks.CurrentTargets();
+    if (!targetChosen || targets.empty()) {
+        CMessageBox::Show(&m_context.window, CMessageBox::Information, {},
+                          ToQt(MessageText("MSG0505")), 400, 130);
+        return;
+    }
+    m_pages.cameFromTypes = m_pages.Current() == WizardPage::Types;
+    if (m_lastTarget != nullptr) {
+        m_lastTarget->engine.reset();
+    }
+    m_lastTarget = targets.back();
+    auto* process = new CScanProcessWnd;
+    process->SetMain(&m_context.window, &m_context.state);
+    process->targets = targets;
+    process->engineMode = DeepEngineMode;
+    int code = CloseFailed;
+    if (process->Create(&m_context.window, 350, 250)) {
+        m_isScanning = true;
+        code = process->DoModal();
+    }
+    process->Release();
+    if (code == CloseFailed) {
+        CMessageBox::Show(&m_context.window, CMessageBox::Warning, {}, ToQt(MessageText("MSG0504")),
+                          300, 130);
+    }
+    m_isScanning = false;
+}
+
+void ScanFlow::OnScanDone()
+{
+    const FlowGuard guard(m_context);
+    const DiskRows::Row* scanned = m_disks.FirstScanned();
+    if (scanned == nullptr) {
+        return;
+    }
+    m_context.state.selection.clear();
+    m_results.UpdateSelectionLabel();
+    m_results.Clear();
+    m_context.state.results.clear();
+    if (!m_disks.HasCurrent()) {
+        m_disks.Select(*scanned);
+    }
+    auto* process = new CSearchProcessWnd;
+    process->SetMain(&m_context.window, &m_context.state);
+    // One target alone, also after the scan of a whole disk: what the others hold is shown by a scan of theirs.
+    process->targets = {DiskRows::TargetOf(*scanned)};
+    process->SetFilter(WildcardFilter(m_filter));
+    if (process->Create(&m_context.window, 370, 200)) {
+        process->DoModal();
+    }
+    process->Release();
+}
+
+void ScanFlow::OnSearchDone()
+{
+    const FlowGuard guard(m_context);
+    m_results.Clear();
+    m_context.window.FindControl(QStringLiteral("TabRecover"))->SetEnabled(true);
+    m_pages.Choose(WizardPage::Results);
+    m_results.Build();
+}
+
+void ScanFlow::Forget(const RecoveryTarget& target)
+{
+    if (m_lastTarget == &target) {
+        m_lastTarget = nullptr;
+    }
+}

@@ -1,0 +1,38 @@
+// From the scan button to the page of results: the scan of what is chosen, then the search of what it found.
+#pragma once
+
+#include "app/wizard/DiskRows.h"
+#include "app/wizard/MainContext.h"
+#include "app/wizard/ResultPage.h"
+#include "app/wizard/WizardPages.h"
+#include "results/TypeFilterMap.h"
+
+class ScanFlow
+{
+public:
+    ScanFlow(MainContext& context,
+             DiskRows& disks,
+             ResultPage& results,
+             WizardPages& pages,
+             const TypeFilterMap& filter);
+
+    // targetChosen: a target has been selected since the start.
+    void Start(bool targetChosen);
+    // The scan is over, however it ended.
+    void OnScanDone();
+    // The results are there.
+    void OnSearchDone();
+
+    bool IsScanning() const { return m_isScanning; }
+    // A target that goes away.
+    void Forget(const RecoveryTarget& target);
+
+private:
+    MainContext& m_context;
+    DiskRows& m_disks;
+    ResultPage& m_results;
+    WizardPages& m_pages;
+    const TypeFilterMap& m_filter;
+    RecoveryTarget* m_lastTarget = nullptr;  // of the latest scan
+    bool m_isScanning = false;
+};

@@ -1,0 +1,227 @@
+// From a stick or an image with lost photos to the restored files, by the window's controls.
+#include "app/popups/Messages.h"
+#include "app/popups/PopUpWnd.h"
+#include "app/preview/PreviewWnd.h"
+#include "tests/app/wizard/WizardFixture.h"
+#include "tests/support/Pictures.h"
+#include "ui/controls/ButtonUI.h"
+#include "ui/controls/RichEditUI.h"
+
+#include <QApplication>
+#include <QTest>
+#include <QTimer>
+
+#include <algorithm>
+#include <bit>
+
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr std::uint64_t MiB = 1 << 20;
+
+class WizardRoadTest : public WizardTest
+{
+protected:
+    void SetUp() override
+    {
+        if (const std::string missing = FatCard::MissingTools(); !missing.empty()) {
+            GTEST_SKIP() << missing;
+        }
+    }
+
+    // A card whose photos were deleted.
+    void FillCard(const fs::path& path)
+    {
+        const FatCard card(
+            path, {.fatBits = 16, .volumeBytes = 16 * MiB, .sectorsPerCluster = 4, .extra = {}});
+        for (int i = 0; i < 3; ++i) {
+            m_photos.push_back(MakeJpeg(64, 64, static_cast<std::uint64_t>(i)));
+            card.Put("photo" + std::to_string(i) + ".jpg", m_photos.back());
+        }
+        card.Put("sound.mp3", ByteVector(3000, 0x55));
+        for (const char* name : {"photo0.jpg", "photo1.jpg", "photo2.jpg", "sound.mp3"}) {
+            card.Delete(name);
+        }
+    }
+    void LoadImage()
+    {
+        FillCard(m_folder / "card.img");
+        Open();
+        m_dialogs.image = m_folder / "card.img";
+        Click("BtnRecoverMode");
+        Click("BtnLoadImage");
+        Disks().SelectItem(Disks().GetCount() - 1);
+    }
+    void ScanUntilResults()
+    {
+        Click("BtnScan");
+        ASSERT_TRUE(WaitFor([this] { return Page() == 3; }));
+    }
+    CTreeNodeUI& Jpg() const { return *Node("NodePhoto").GetItemAt(0); }
+    // All restored files with these bytes, however they are named.
+    std::vector<ByteVector> Restored() const
+    {
+        std::vector<ByteVector> files;
+        for (const auto& entry : fs::recursive_directory_iterator(m_folder / "out")) {
+            if (entry.is_regular_file()) {
+                files.push_back(ReadFileBytes(entry.path()));
+            }
+        }
+        return files;
+    }
+    // Presses a button of whatever popup opens, again and again.
+    void PressInPopups(const char* name)
+    {
+        auto* presser = new QTimer(m_window);
+        QObject::connect(presser, &QTimer::timeout, m_window, [name] {
+            for (QWidget* widget : QApplication::topLevelWidgets()) {
+                auto* popup = dynamic_cast<CPopUpWnd*>(widget);
+                if (popup == nullptr || !popup->isVisible()) {
+                    continue;
+                }
+                if (CControlUI* button = popup->FindControl(QLatin1String(name));
+                    button != nullptr && button->IsVisible() && button->IsEnabled()) {
+                    popup->SendNotify(*button, NotifyClick);
+                }
+            }
+        });
+        presser->start(20);
+    }
+
+    std::vector<ByteVector> m_photos;
+};
+
+TEST_F(WizardRoadTest, FromAnImageToTheRestoredFiles)
+{
+    LoadImage();
+    ScanUntilResults();
+    ASSERT_GE(Node("NodePhoto").GetCount(), 1);
+    EXPECT_TRUE(Get("TabRecover").IsEnabled());
+    EXPECT_EQ(Files().GetCount(), 3);
+
+    // The first one is shown by itself.
+    auto& pane = Get<CRichEditUI>("PreviewEdit");
+    ASSERT_TRUE(WaitFor([&pane] { return pane.HasPicture() && !CPopUpWnd::IsAnyModal(); }));
+    Shoot("page3-preview");
+
+    Jpg().GetCheckBox().Selected(true);
+    EXPECT_EQ(m_window->State().selection.size(), 3u);
+    fs::create_directory(m_folder / "out");
+    m_dialogs.folder = fs::path((m_folder / "out").string() + "/");
+    PressInPopups("FinishBtn");
+    Click("BtnRecover");
+    EXPECT_EQ(m_dialogs.folderTitle, "Select location for recovery");
+    EXPECT_EQ(m_window->State().restoreFolder, m_folder / "out");
+    std::vector<ByteVector> restored = Restored();
+    EXPECT_TRUE(
+        std::is_permutation(restored.begin(), restored.end(), m_photos.begin(), m_photos.end()));
+
+    Click("BtnPrev");
+    EXPECT_EQ(Page(), 1) << "from a plain scan";
+    Click("BtnAdvanceScan");
+    ScanUntilResults();
+    Click("BtnPrev");
+    EXPECT_EQ(Page(), 2) << "from a scan of the page of types";
+}
+
+TEST_F(WizardRoadTest, ArrowKeysFetchOnlyWhereTheyRest)
+{
+    LoadImage();
+    ScanUntilResults();
+    auto& pane = Get<CRichEditUI>("PreviewEdit");
+    ASSERT_TRUE(WaitFor([&pane] { return pane.HasPicture() && !CPopUpWnd::IsAnyModal(); }));
+    pane.Clear();
+    QTest::keyClick(Files().Widget(), Qt::Key_Down);
+    QTest::qWait(100);
+    EXPECT_FALSE(pane.HasPicture() || CPopUpWnd::IsAnyModal());
+    QTest::keyClick(Files().Widget(), Qt::Key_Down);
+    EXPECT_EQ(Files().GetCurSel(), 2);
+    ASSERT_TRUE(WaitFor([&pane] { return pane.HasPicture() && !CPopUpWnd::IsAnyModal(); }));
+}
+
+TEST_F(WizardRoadTest, ASoundIsFetchedForThePlayer)
+{
+    LoadImage();
+    ScanUntilResults();
+    ASSERT_TRUE(WaitFor([this] { return Get<CRichEditUI>("PreviewEdit").HasPicture(); }));
+    Get<CTreeViewUI>("TypeTree").SelectNode(Node("NodeAudio").GetItemAt(0));
+    Files().SelectItem(0);
+    ASSERT_TRUE(WaitFor([this] { return !m_played.empty() && !CPopUpWnd::IsAnyModal(); }));
+    ASSERT_EQ(m_played.size(), 1u);
+    EXPECT_EQ(m_played[0].substr(0, 6), "audio ");
+    EXPECT_EQ(ReadFileBytes(m_played[0].substr(6)), ByteVector(3000, 0x55));
+    EXPECT_FALSE(Get<CRichEditUI>("PreviewEdit").HasPicture());
+
+    // What another part has fetched is played the same way.
+    auto* preview = new CPreviewWnd;
+    preview->data.isPlayable = true;
+    preview->data.tempPath = "clip.avi";
+    m_window->HandleMessage(WM_SHOW_PREVIEW, 0, std::bit_cast<std::intptr_t>(preview));
+    EXPECT_EQ(m_played.back(), "video clip.avi");
+}
+
+TEST_F(WizardRoadTest, AHeaderScansAllOfItsDiskAndShowsTheFirst)
+{
+    m_system.AddDisk("sda", "8:0", 16 * MiB, {{"removable", "1"}});
+    FillCard(m_system.Node("sda"));
+    Open();
+    Disks().SelectItem(1);
+    Disks().SelectItem(0);
+    Click("BtnRecoverMode");
+    Disks().SelectItem(0);
+    ScanUntilResults();
+    EXPECT_EQ(Files().GetCount(), 3);
+    // Onto the stick itself nothing is restored without a question.
+    MountTestFolder("8:0 / / rw - vfat none rw");
+    m_dialogs.folder = m_folder / "out";
+    m_answers = {CloseCancelled};
+    m_asked.clear();
+    Tick(0);
+    Click("BtnRecover");
+    ASSERT_EQ(m_asked.size(), 1u);
+    EXPECT_EQ(m_asked[0].substr(0, 30), "1 The folder is on the drive t");
+    EXPECT_FALSE(fs::exists(m_folder / "out"));
+}
+
+TEST_F(WizardRoadTest, AScanThatIsStoppedShowsWhatWasFound)
+{
+    LoadImage();
+    PressInPopups("cancelbtn");
+    ScanUntilResults();
+    EXPECT_TRUE(m_window->State().targets[0]->engine);
+}
+
+TEST_F(WizardRoadTest, AnUnreadableImageIsAMessage)
+{
+    LoadImage();
+    fs::remove(m_folder / "card.img");
+    Click("BtnScan");
+    ASSERT_EQ(m_asked.size(), 1u);
+    EXPECT_EQ(m_asked[0], "3 The scan could not start: the drive or image cannot be read.");
+    EXPECT_EQ(Page(), 1);
+}
+
+TEST_F(WizardRoadTest, ADiskThatGoesDuringItsScanStaysUntilTheScanIsOver)
+{
+    m_system.AddDisk("sda", "8:0", 16 * MiB, {{"removable", "1"}});
+    FillCard(m_system.Node("sda"));
+    Open();
+    Click("BtnRecoverMode");
+    bool wasKept = false;
+    QTimer removal;
+    removal.setSingleShot(true);
+    removal.start(0);
+    QObject::connect(&removal, &QTimer::timeout, m_window, [&] {
+        m_system.Remove("sda");
+        Get("PartitionListBar").SendNotify(NotifyTimer, 1);
+        WaitFor([this] { return !m_window->IsListingDisks(); });
+        wasKept = m_window->State().targets.size() == 1;
+    });
+    Click("BtnScan");
+    ASSERT_TRUE(WaitFor([this] { return m_window->State().targets.empty(); }));
+    EXPECT_TRUE(wasKept);
+    EXPECT_EQ(DiskRows(), "");
+}
+
+}  // namespace
