@@ -133,6 +133,7 @@ ResultCode OnScan(void* context,
 void ScanSession::Parts::TellLosses(ScanOutcome& outcome) const
 {
     outcome.canGoOn = resumable != nullptr && resumable->StandsInLog();
+    outcome.quickFault = resumable != nullptr ? resumable->QuickFault() : ResultSuccess;
     if (const auto* const keeper = dynamic_cast<const IKeepsRecords*>(engine.get())) {
         const LostRecords lost = keeper->Lost();
         const SectorRanges unread = keeper->Unread();

@@ -140,9 +140,13 @@ BlockReader::ReadPlain(std::uint64_t lba, std::uint64_t sectorCount, std::int32_
         m_lastServed = {};
     }
     *outGot = 0;
-    (void)m_source.ReadSectors(m_block.data(), static_cast<std::int32_t>(sectorCount), lba,
-                               m_sectorSize,
-                               outGot);  // only what came counts
+    const auto sectors = static_cast<std::int32_t>(sectorCount);
+    // Only what came counts.
+    if (m_source.Misses(lba, sectorCount)) {
+        (void)m_source.ReadAroundMissing(m_block.data(), sectors, lba, m_sectorSize, outGot);
+    } else {
+        (void)m_source.ReadSectors(m_block.data(), sectors, lba, m_sectorSize, outGot);
+    }
     return std::span(m_block).first(sectorCount * static_cast<std::size_t>(m_sectorSize));
 }
 

@@ -2,7 +2,10 @@
 
 #include "recovery/FileTypeCatalogue.h"
 
+#include <algorithm>
+#include <map>
 #include <string>
+#include <tuple>
 #include <unordered_map>
 
 namespace {
@@ -17,6 +20,39 @@ const FileRecord& RecordOf(const FoundRow& row)
 }
 
 }  // namespace
+
+template <typename Item>
+void DropQuickDoubles(const std::vector<Item>& found,
+                      const FirstDataSectorFunction& firstDataSector,
+                      const KeepLooking& keepLooking,
+                      std::vector<Item>& quick)
+{
+    using Key = std::tuple<std::uint64_t, std::uint64_t, std::uint64_t, std::string>;
+    const auto keyOf = [](const FileRecord& record) {
+        return Key{record.EntrySector, record.FileSize, record.WriteTime,
+                   LowerExtensionOf(record.NameText())};
+    };
+    std::multimap<Key, const FileRecord*> shown;
+    for (const Item& item : found) {
+        shown.emplace(keyOf(RecordOf(item)), &RecordOf(item));
+    }
+    std::erase_if(quick, [&](const Item& item) {
+        const FileRecord& record = RecordOf(item);
+        const auto [first, last] = shown.equal_range(keyOf(record));
+        if (first == last || keepLooking() != ResultSuccess) {
+            return false;
+        }
+        const std::optional<std::uint64_t> sector = firstDataSector(record);
+        const auto same = std::find_if(first, last, [&](const auto& other) {
+            return firstDataSector(*other.second) == sector;
+        });
+        if (same == last) {
+            return false;
+        }
+        shown.erase(same);  // one for one
+        return true;
+    });
+}
 
 template <typename Item>
 void DropCarvedDoubles(const std::vector<Item>& known,
@@ -55,6 +91,14 @@ void DropCarvedDoubles(const std::vector<Item>& known,
     });
 }
 
+template void DropQuickDoubles(const FileRecordList&,
+                               const FirstDataSectorFunction&,
+                               const KeepLooking&,
+                               FileRecordList&);
+template void DropQuickDoubles(const FoundRowList&,
+                               const FirstDataSectorFunction&,
+                               const KeepLooking&,
+                               FoundRowList&);
 template void DropCarvedDoubles(const FileRecordList&,
                                 const FirstDataSectorFunction&,
                                 const KeepLooking&,

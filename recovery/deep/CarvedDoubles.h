@@ -16,6 +16,14 @@ using FirstDataSectorFunction =
 // Asked between two records; another answer than 0 ends the comparison, and nothing more is removed.
 using KeepLooking = std::function<ResultCode()>;
 
+// Removes from quick each row that found shows too: the same entry in the same sector, with the same size and time, whose
+// data begin at the same place.
+template <typename Item>
+void DropQuickDoubles(const std::vector<Item>& found,
+                      const FirstDataSectorFunction& firstDataSector,
+                      const KeepLooking& keepLooking,
+                      std::vector<Item>& quick);
+
 // Removes from carved each row that begins where the data of a row in known begins, when both have the same
 // extension, or the known one is a camera's thumbnail ("thm") and the carved one a jpeg. Of two known rows on one
 // sector the later counts. Item is FileRecord or FoundRow.

@@ -137,11 +137,16 @@ std::string CProfessionalRecovery::StoredName(std::string_view prefix) const
     return name;
 }
 
+// Over all sectors what the quick engine found until it failed stands beside what the pass finds.
 ResultCode CProfessionalRecovery::RunFastPhase(bool isResume, Pass& pass)
 {
-    if (m_fast == nullptr) {
-        return ResultSuccess;
-    }
+    const ResultCode result = m_fast != nullptr ? RunFast(isResume, pass) : ResultSuccess;
+    m_quickFault = IsStop(result) ? ResultSuccess : result;
+    return m_passOver == PassOver::AllSectors && !IsStop(result) ? ResultSuccess : result;
+}
+
+ResultCode CProfessionalRecovery::RunFast(bool isResume, Pass& pass)
+{
     m_fast->SetCallbacks(m_scanCallback, nullptr, m_callbackContext, FastRange);
     if (!m_again.Empty()) {
         const std::string known = StoredName("Fast_");
@@ -154,7 +159,8 @@ ResultCode CProfessionalRecovery::RunFastPhase(bool isResume, Pass& pass)
     if (IsStop(built)) {
         return built;
     }
-    pass.haveFreeMap = built == ResultSuccess && m_fast->NextFreeRange(sector, length) != 0;
+    pass.haveFreeMap = m_passOver == PassOver::FreeSectors && built == ResultSuccess &&
+                       m_fast->NextFreeRange(sector, length) != 0;
     if (!isResume) {
         return m_fast->Scan(nullptr);
     }
@@ -191,7 +197,11 @@ void CProfessionalRecovery::OpenStoresCut(const Checkpoint& checkpoint)
 void CProfessionalRecovery::PreparePass()
 {
     (void)m_fat.PrepareVolume();  // without a boot sector volumes come from directories alone
-    CarveContext::Instance().TsRangeList.Clear();
+    // As a process that scans nothing else finds it.
+    CarveContext& carve = CarveContext::Instance();
+    carve.TsRangeList.Clear();
+    carve.TsRunHead = 1;
+    carve.InsideMts = 0;
     SetSearchCallback(m_searchCallback, m_searchContext);
 }
 

@@ -13,6 +13,13 @@ namespace {
 constexpr std::int32_t FastRange = 9;
 constexpr std::int32_t PassRange = 90;
 
+// The scan went over the whole target, or is on its way over it.
+bool ReadsAllSectors(const ScanLogEntry& entry)
+{
+    const bool complete = entry.rangeLength == 0 && entry.position >= entry.sectorCount;
+    return entry.rangeStart == 0 && (complete || entry.rangeLength == entry.sectorCount);
+}
+
 template <typename Item>
 void Append(std::vector<Item>& items, const std::vector<Item>& more)
 {
@@ -22,9 +29,11 @@ void Append(std::vector<Item>& items, const std::vector<Item>& more)
 }  // namespace
 
 CProfessionalRecovery::CProfessionalRecovery(std::shared_ptr<ScanLogDirectory> log,
-                                             FastEngineMaker maker)
+                                             FastEngineMaker maker,
+                                             PassOver passOver)
     : m_log(std::move(log)),
       m_makeFast(std::move(maker)),
+      m_passOver(passOver),
       m_fat(m_log),
       m_ntfs(m_log),
       m_carver(m_log)
@@ -44,6 +53,9 @@ ResultCode CProfessionalRecovery::Open(std::shared_ptr<ScanSource> source, char1
     }
     m_resumeEntry = {};
     m_resumeValid = m_log->FindScan(*m_scanSource, m_resumeEntry);
+    if (m_resumeValid && m_passOver == PassOver::AllSectors && !ReadsAllSectors(m_resumeEntry)) {
+        DiscardResumableScan();  // it passed over what its file system uses
+    }
     (void)m_fat.Open(m_scanSource, driveLetter);
     const ResultCode result = m_ntfs.Open(m_scanSource, driveLetter);
     m_fast = m_makeFast ? m_makeFast(m_scanSource, driveLetter) : nullptr;
@@ -227,28 +239,34 @@ template <typename Item, typename Search>
 std::int32_t CProfessionalRecovery::GatherSearch(const Search& search, std::vector<Item>& outItems)
 {
     std::int32_t result = 0;
-    std::vector<Item> known;
-    for (IFileRecoveryParse* engine : {m_fast.get(), static_cast<IFileRecoveryParse*>(&m_fat),
-                                       static_cast<IFileRecoveryParse*>(&m_ntfs)}) {
-        std::vector<Item> items;
-        if (engine != nullptr && search(*engine, items) != 0) {
+    const auto gather = [&](IFileRecoveryParse* engine, std::vector<Item>& items) {
+        std::vector<Item> more;
+        if (engine != nullptr && search(*engine, more) != 0) {
             result = 1;
         }
-        Append(known, items);
-    }
+        Append(items, more);
+    };
+    std::vector<Item> known;
+    std::vector<Item> analysed;
     std::vector<Item> carved;
-    if (search(m_carver, carved) != 0) {
-        result = 1;
-    }
+    gather(m_fast.get(), known);
+    gather(&m_fat, analysed);
+    gather(&m_ntfs, analysed);
+    gather(&m_carver, carved);
     Heartbeat heartbeat;
-    DropCarvedDoubles(
-        known, [this](const FileRecord& record) { return FirstDataSector(record); },
-        [&] {
-            return m_searchCallback != nullptr && heartbeat.IsDue()
-                       ? m_searchCallback(m_searchContext, 100, 0)
-                       : ResultSuccess;
-        },
-        carved);
+    const FirstDataSectorFunction firstSector = [this](const FileRecord& record) {
+        return FirstDataSector(record);
+    };
+    const KeepLooking keepLooking = [&] {
+        return m_searchCallback != nullptr && heartbeat.IsDue()
+                   ? m_searchCallback(m_searchContext, 100, 0)
+                   : ResultSuccess;
+    };
+    if (m_passOver == PassOver::AllSectors) {
+        DropQuickDoubles(analysed, firstSector, keepLooking, known);
+    }
+    Append(known, analysed);
+    DropCarvedDoubles(known, firstSector, keepLooking, carved);
     Append(outItems, known);
     Append(outItems, carved);
     return result;
