@@ -3,6 +3,8 @@
 #include "cli/TextForms.h"
 #include "cli/Words.h"
 
+#include <algorithm>
+#include <iterator>
 #include <ostream>
 
 namespace {
@@ -13,6 +15,13 @@ ScanDepth DepthOf(const CommandOptions& options)
         return ScanDepth::Quick;
     }
     return options.whole ? ScanDepth::Whole : ScanDepth::Deep;
+}
+
+// What a quick scan cannot read is told of; that there is nothing to read between two partitions is no news.
+bool IsExpected(const Refusal& refusal, const ScanPart& part, const CommandOptions& options)
+{
+    return options.fast && part.row && part.row->kind == TargetKind::Gap &&
+           refusal.status == ExitStatus::TargetFailed;
 }
 
 }  // namespace
@@ -35,31 +44,91 @@ void ScanRun::Note(const std::string& sentence)
     }
 }
 
-std::optional<Refusal> ScanRun::OpenTarget()
+std::string ScanRun::About(const ScanPart& part) const
 {
-    const ResolvedTarget resolved = m_session.Resolve(m_options.target);
-    if (const auto* refusal = std::get_if<TargetRefusal>(&resolved)) {
-        return WhyNot(*refusal);
-    }
-    const ScanTarget& target = std::get<ScanTarget>(resolved);
-    // Asked in front of the lock, which is a file there already.
+    return part.row ? NameOfPart(*part.row) + ": " : std::string();
+}
+
+// Asked in front of the lock, which is a file there already.
+std::optional<Refusal> ScanRun::CheckRecords()
+{
     const std::filesystem::path records = m_session.History().RecordsFolder();
-    if (m_session.History().LiesOn(target) &&
+    if (m_session.History().LiesOn(m_target) &&
         !Ask("Scan records would be written to " + Printable(records.string()) +
                  ", which lies on the source itself, and may overwrite deleted files (--data-dir "
                  "DIR on another disk avoids that). Write them there all the same?",
              m_streams)) {
         return WhyNoRecordsIn(records);
     }
-    OpenOutcome opened = m_session.Open(target, DepthOf(m_options));
+    return std::nullopt;
+}
+
+void ScanRun::FindParts()
+{
+    const TargetParts parts =
+        m_options.asOnePiece ? TargetParts() : PartsOf(m_target, PartFacts::Places);
+    for (const TargetRow& row : parts.rows) {
+        ScanPart& part = m_parts.emplace_back();
+        part.row = row;
+        part.target = TargetOfPart(m_target, row);
+    }
+    if (m_parts.empty()) {
+        m_parts.emplace_back().target = m_target;
+    }
+}
+
+std::optional<Refusal> ScanRun::OpenTarget()
+{
+    const ResolvedTarget resolved = m_session.Resolve(m_options.target);
+    if (const auto* refusal = std::get_if<TargetRefusal>(&resolved)) {
+        return WhyNot(*refusal);
+    }
+    m_target = std::get<ScanTarget>(resolved);
+    if (std::optional<Refusal> refusal = CheckRecords()) {
+        return refusal;
+    }
+    FindParts();
+    std::optional<Refusal> first;
+    for (ScanPart& part : m_parts) {
+        std::optional<Refusal> refusal = OpenPart(part);
+        if (!refusal) {
+            m_sources.push_back(part.source);
+            continue;
+        }
+        if (!part.row || refusal->status != ExitStatus::TargetFailed) {
+            return refusal;
+        }
+        part.isMissing = !IsExpected(*refusal, part, m_options);
+        if (part.isMissing) {
+            Note(refusal->sentence);
+            first = first ? first : refusal;
+        }
+    }
+    if (m_sources.empty()) {
+        return first ? first : WhyNot(TargetRefusal{TargetFault::UnknownFileSystem, m_options.target});
+    }
+    return std::nullopt;
+}
+
+std::optional<Refusal> ScanRun::OpenPart(ScanPart& part)
+{
+    part.content = ContentOf(part.target);
+    OpenOutcome opened = m_session.Open(part.target, DepthOf(m_options));
     if (opened.end == OpenEnd::NotLocked) {
         return WhyNot(opened.lock);
     }
     if (opened.end == OpenEnd::Refused) {
-        opened.refusal.name = m_options.target;
-        return WhyNot(opened.refusal);
+        opened.refusal.name = part.row ? NameOfPart(*part.row) : m_options.target;
+        opened.refusal.isImage = m_target.IsImage();
+        return opened.refusal.fault == TargetFault::UnknownFileSystem
+                   ? WhyNotQuick(opened.refusal, part.content)
+                   : WhyNot(opened.refusal);
     }
-    m_source = std::move(opened.session);
+    part.source = std::move(opened.session);
+    part.state = PartState::NotScanned;
+    if (const std::string words = WordsFor(part.content, m_options.fast); !words.empty()) {
+        Note(About(part) + words);
+    }
     return std::nullopt;
 }
 
@@ -72,21 +141,81 @@ std::optional<Refusal> ScanRun::OpenAndFind(const TypeFilter& filter)
     return refusal ? refusal : Search(filter);
 }
 
+bool ScanRun::GoesOn() const
+{
+    return !m_cancelled && !m_interrupted;
+}
+
 std::optional<Refusal> ScanRun::Scan()
 {
-    const EarlierChoice choice = ChooseEarlierScan();
-    const ScanOutcome outcome = m_source->Scan(choice, [this](const Progress& progress) {
-        if (CancelScope::Requested()) {
-            m_line.Show("stopping ...");
-            return Answer::Stop;
+    const bool goesOn = ChooseEarlierScans();
+    std::optional<Refusal> first;
+    bool anyScanned = false;
+    for (ScanPart& part : m_parts) {
+        if (part.source == nullptr) {
+            continue;
         }
-        if (m_line.IsDue()) {
-            m_line.Show(ScanText(progress));
+        if (!GoesOn()) {
+            part.isMissing = true;
+            continue;
         }
+        const EarlierChoice choice = ChoiceFor(part, goesOn);
+        part.outcome = part.source->Scan(
+            choice, [this, &part](const Progress& progress) { return OnProgress(progress, part); });
+        if (std::optional<Refusal> refusal = TakeOutcome(part)) {
+            if (!part.row) {
+                return refusal;
+            }
+            Note(refusal->sentence);
+            first = first ? first : refusal;
+            continue;
+        }
+        anyScanned = true;
+    }
+    if (!anyScanned && first) {
+        return first;
+    }
+    TellLosses();
+    return std::nullopt;
+}
+
+Answer ScanRun::OnProgress(const Progress& progress, const ScanPart& part)
+{
+    if (CancelScope::Requested()) {
+        m_line.Show("stopping ...");
+        return Answer::Stop;
+    }
+    if (!m_line.IsDue()) {
         return Answer::GoOn;
-    });
-    m_scanned = outcome;
+    }
+    Progress shown = progress;
+    std::string name;
+    if (part.row) {
+        std::uint64_t before = 0;
+        std::uint64_t all = 0;
+        for (const ScanPart& one : m_parts) {
+            before += &one < &part ? one.target.sectorCount : 0;
+            shown.found += &one < &part ? one.outcome.found : 0;
+            all += one.target.sectorCount;
+        }
+        const double share = static_cast<double>(progress.percent) / 100;
+        const double done = static_cast<double>(before) +
+                            static_cast<double>(part.target.sectorCount) * share;
+        shown.percent = static_cast<std::int32_t>(done * 100 / static_cast<double>(all));
+        shown.secondsLeft = -1;  // that of the part says nothing of the whole
+        name = ", part " + std::to_string(unsigned{part.row->number}) + " of " +
+               std::to_string(m_parts.size());
+    }
+    m_line.Show(ScanText(shown) + name);
+    return Answer::GoOn;
+}
+
+// What the scan of a part has come to, in words. A refusal when nothing came of it.
+std::optional<Refusal> ScanRun::TakeOutcome(ScanPart& part)
+{
     m_line.Clear();
+    const ScanOutcome& outcome = part.outcome;
+    part.state = PartState::Scanned;
     switch (outcome.end) {
     case ScanEnd::Complete:
         break;
@@ -98,37 +227,83 @@ std::optional<Refusal> ScanRun::Scan()
                  : "Cancelled; what was found until then is kept.");
         break;
     case ScanEnd::Interrupted:
+        m_interrupted = true;
+        part.isMissing = true;
         Note(std::string("The source went away while it was read") +
              (outcome.canGoOn ? "; put it back, and --resume goes on where it was." : "."));
         break;
     case ScanEnd::Incomplete:
-        Note("Warning: the scan met a fault and may be incomplete: " + ErrorText(outcome.why));
+        part.isMissing = part.row.has_value();
+        Note("Warning: " + About(part) + "the scan met a fault and may be incomplete: " +
+             ErrorText(outcome.why) + WhatElse(m_options));
         break;
     case ScanEnd::Failed:
-        return Refusal{
-            ExitStatus::TargetFailed,
-            Printable(m_options.target) + ": it could not be scanned: " + ErrorText(outcome.why) +
-                " Check the medium, or copy what can be read to an image and scan that."};
+        part.state = PartState::Failed;
+        part.isMissing = true;
+        return WhyFailed(part);
     case ScanEnd::Broken:
+        part.state = PartState::Failed;
+        part.isMissing = true;
         return WhyBroken(outcome.why);
     }
-    TellLosses();
+    if (m_options.whole && outcome.quickFault != ResultSuccess) {
+        Note("Warning: " + About(part) + "what the file system knows could not all be read: " +
+             ErrorText(outcome.quickFault) + " All sectors were read all the same.");
+    }
     return std::nullopt;
+}
+
+Refusal ScanRun::WhyFailed(const ScanPart& part) const
+{
+    const std::string name = part.row ? NameOfPart(*part.row) : Printable(m_options.target);
+    return {ExitStatus::TargetFailed,
+            name + ": it could not be scanned: " + ErrorText(part.outcome.why) +
+                WhatElse(m_options) +
+                (m_target.IsImage() ? ""
+                                    : " Of a failing disk make an image with 'image --rescue', and "
+                                      "scan that.")};
 }
 
 void ScanRun::TellLosses()
 {
-    if (m_scanned.lostRecords != 0) {
-        Note(CountText(m_scanned.lostRecords, "record") + " could not be saved and are missing: " +
-             ErrorText(m_scanned.whyLost) + " Give --data-dir a folder with more room.");
-    } else if (m_scanned.whyLost != ResultSuccess) {
-        Note("Folders of some files could not be saved: " + ErrorText(m_scanned.whyLost));
+    const ScanOutcome scanned = Scanned();
+    if (scanned.lostRecords != 0) {
+        Note(CountText(scanned.lostRecords, "record") + " could not be saved and are missing: " +
+             ErrorText(scanned.whyLost) + " Give --data-dir a folder with more room.");
+    } else if (scanned.whyLost != ResultSuccess) {
+        Note("Folders of some files could not be saved: " + ErrorText(scanned.whyLost));
     }
-    if (m_scanned.unreadSectors != 0) {
-        Note(CountText(m_scanned.unreadSectors, "sector") + " in " +
-             CountText(m_scanned.unreadPlaces, "place") +
+    if (scanned.unreadSectors != 0) {
+        Note(CountText(scanned.unreadSectors, "sector") + " in " +
+             CountText(scanned.unreadPlaces, "place") +
              " could not be read; --again-unread tries those again.");
     }
+    const auto missing = static_cast<std::uint64_t>(
+        std::count_if(m_parts.begin(), m_parts.end(), [](const ScanPart& part) {
+            return part.isMissing && part.state == PartState::NotScanned;
+        }));
+    if (missing != 0) {
+        Note(CountText(missing, "part") + " of " + std::to_string(m_parts.size()) +
+             " not scanned yet; --resume goes on with them.");
+    }
+}
+
+ScanOutcome ScanRun::Scanned() const
+{
+    ScanOutcome sum;
+    for (const ScanPart& part : m_parts) {
+        const ScanOutcome& one = part.outcome;
+        sum.end = one.end != ScanEnd::Complete ? one.end : sum.end;
+        sum.why = sum.why != ResultSuccess ? sum.why : one.why;
+        sum.found += one.found;
+        sum.canGoOn = sum.canGoOn || one.canGoOn;
+        sum.lostRecords += one.lostRecords;
+        sum.whyLost = sum.whyLost != ResultSuccess ? sum.whyLost : one.whyLost;
+        sum.quickFault = sum.quickFault != ResultSuccess ? sum.quickFault : one.quickFault;
+        sum.unreadSectors += one.unreadSectors;
+        sum.unreadPlaces += one.unreadPlaces;
+    }
+    return sum;
 }
 
 ExitStatus ScanRun::Status() const
@@ -136,54 +311,92 @@ ExitStatus ScanRun::Status() const
     if (Cancelled()) {
         return ExitStatus::Cancelled;
     }
-    const bool whole = m_scanned.unreadSectors == 0 && m_scanned.whyLost == ResultSuccess &&
-                       m_scanned.end != ScanEnd::Interrupted;
+    const ScanOutcome scanned = Scanned();
+    const bool allParts = std::none_of(m_parts.begin(), m_parts.end(),
+                                       [](const ScanPart& part) { return part.isMissing; });
+    const bool whole = scanned.unreadSectors == 0 && scanned.whyLost == ResultSuccess &&
+                       !m_interrupted && allParts;
     return whole ? ExitStatus::Done : ExitStatus::SomeFailed;
 }
 
-// An earlier scan of the target that stands in the log: gone on with, or dropped.
-EarlierChoice ScanRun::ChooseEarlierScan()
+// Earlier scans of the target or its parts that stand in the log: whether they are gone on with, or dropped.
+bool ScanRun::ChooseEarlierScans()
 {
-    const std::optional<EarlierScan>& earlier = m_source->Earlier();
-    if (!earlier) {
+    std::vector<const EarlierScan*> scans;
+    for (const ScanPart& part : m_parts) {
+        if (part.source != nullptr && part.source->Earlier()) {
+            scans.push_back(&*part.source->Earlier());
+        }
+    }
+    if (scans.empty()) {
         if (m_options.resume) {
             Note("No earlier scan of this target stands in the log, or the target has changed "
                  "since; scanning anew.");
         }
+        return true;
+    }
+    if (m_options.resume || m_options.againUnread || m_options.fresh) {
+        return !m_options.fresh;
+    }
+    return AskToResume(HasParts() ? "of " + CountText(scans.size(), "part") + " of " +
+                                        std::to_string(m_parts.size())
+                                  : DescribeScan(*scans.front()));
+}
+
+EarlierChoice ScanRun::ChoiceFor(const ScanPart& part, bool goesOn)
+{
+    const std::optional<EarlierScan>& earlier = part.source->Earlier();
+    if (!earlier) {
         return EarlierChoice::GoOn;
     }
     const std::string scan = DescribeScan(*earlier);
     if (m_options.againUnread && earlier->state == EarlierState::Complete) {
-        Note("Reading what an earlier scan (" + scan + ") could not read.");
+        Note(About(part) + "Reading what an earlier scan (" + scan + ") could not read.");
         return EarlierChoice::ReadAgain;
     }
-    if (m_options.fresh || (!m_options.resume && !AskToResume(scan))) {
+    if (!goesOn) {
         return EarlierChoice::Drop;
     }
-    Note(earlier->state == EarlierState::Complete
-             ? "Taking the results of an earlier scan (" + scan + "); --new scans anew."
-             : "Going on with an earlier scan (" + scan + "); --new scans anew.");
+    Note(About(part) + (earlier->state == EarlierState::Complete
+                            ? "Taking the results of an earlier scan ("
+                            : "Going on with an earlier scan (") +
+         scan + "); --new scans anew.");
     return EarlierChoice::GoOn;
 }
 
 // With nobody to ask the answer is yes.
-bool ScanRun::AskToResume(const std::string& scan)
+bool ScanRun::AskToResume(const std::string& scans)
 {
     if (m_streams.answers == nullptr) {
         return true;
     }
     const std::string answer = ReadAnswer("An earlier scan of this target stands in the log (" +
-                                              scan + "). Go on with it? [Y/n] ",
+                                              scans + "). Go on with it? [Y/n] ",
                                           m_streams);
     return answer.empty() || (answer.front() != 'n' && answer.front() != 'N');
 }
 
+const ScanPart& ScanRun::PartOf(const FoundRow& row) const
+{
+    const auto found = std::find_if(m_parts.begin(), m_parts.end(), [&row](const ScanPart& part) {
+        return part.source != nullptr && part.target.letter == row.record.DriveLetter;
+    });
+    return found != m_parts.end() ? *found : m_parts.front();
+}
+
 std::optional<Refusal> ScanRun::Search(const TypeFilter& filter)
 {
-    SearchOutcome outcome = m_source->Search(filter);
-    if (outcome.fault != ResultSuccess) {
-        return WhyBroken(outcome.fault);
+    for (ScanPart& part : m_parts) {
+        if (part.state != PartState::Scanned) {
+            continue;
+        }
+        SearchOutcome outcome = part.source->Search(filter);
+        if (outcome.fault != ResultSuccess) {
+            return WhyBroken(outcome.fault);
+        }
+        part.files = outcome.rows.size();
+        m_rows.insert(m_rows.end(), std::make_move_iterator(outcome.rows.begin()),
+                      std::make_move_iterator(outcome.rows.end()));
     }
-    m_rows = std::move(outcome.rows);
     return std::nullopt;
 }

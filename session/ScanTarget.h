@@ -47,6 +47,7 @@ struct TargetRefusal
     std::string name;          // of what was asked for
     std::uint32_t number = 0;  // with NoSuchNumber and NoSuchPart
     ResultCode why = ResultSuccess;
+    bool isImage = false;  // as far as whoever refuses knows
 };
 
 // What the result of an opening says of the target; success, without an engine, stands for an unknown file system.

@@ -22,21 +22,21 @@ const FileRecord& RecordOf(const FoundRow& row)
 }  // namespace
 
 template <typename Item>
-void DropQuickDoubles(const std::vector<Item>& found,
-                      const FirstDataSectorFunction& firstDataSector,
-                      const KeepLooking& keepLooking,
-                      std::vector<Item>& quick)
+void DropAnalysedDoubles(const std::vector<Item>& quick,
+                         const FirstDataSectorFunction& firstDataSector,
+                         const KeepLooking& keepLooking,
+                         std::vector<Item>& analysed)
 {
     using Key = std::tuple<std::uint64_t, std::uint64_t, std::uint64_t, std::string>;
     const auto keyOf = [](const FileRecord& record) {
-        return Key{record.EntrySector, record.FileSize, record.WriteTime,
+        return Key{record.FileSize, record.WriteTime, record.CreationTime,
                    LowerExtensionOf(record.NameText())};
     };
     std::multimap<Key, const FileRecord*> shown;
-    for (const Item& item : found) {
+    for (const Item& item : quick) {
         shown.emplace(keyOf(RecordOf(item)), &RecordOf(item));
     }
-    std::erase_if(quick, [&](const Item& item) {
+    std::erase_if(analysed, [&](const Item& item) {
         const FileRecord& record = RecordOf(item);
         const auto [first, last] = shown.equal_range(keyOf(record));
         if (first == last || keepLooking() != ResultSuccess) {
@@ -91,11 +91,11 @@ void DropCarvedDoubles(const std::vector<Item>& known,
     });
 }
 
-template void DropQuickDoubles(const FileRecordList&,
+template void DropAnalysedDoubles(const FileRecordList&,
                                const FirstDataSectorFunction&,
                                const KeepLooking&,
                                FileRecordList&);
-template void DropQuickDoubles(const FoundRowList&,
+template void DropAnalysedDoubles(const FoundRowList&,
                                const FirstDataSectorFunction&,
                                const KeepLooking&,
                                FoundRowList&);

@@ -16,13 +16,13 @@ using FirstDataSectorFunction =
 // Asked between two records; another answer than 0 ends the comparison, and nothing more is removed.
 using KeepLooking = std::function<ResultCode()>;
 
-// Removes from quick each row that found shows too: the same entry in the same sector, with the same size and time, whose
-// data begin at the same place.
+// Removes from analysed each row that a row in quick shows too, which knows its folders better: one with the same extension,
+// size and times whose data begin in the same place. One for one: of two that are alike both stay where both are twice.
 template <typename Item>
-void DropQuickDoubles(const std::vector<Item>& found,
-                      const FirstDataSectorFunction& firstDataSector,
-                      const KeepLooking& keepLooking,
-                      std::vector<Item>& quick);
+void DropAnalysedDoubles(const std::vector<Item>& quick,
+                         const FirstDataSectorFunction& firstDataSector,
+                         const KeepLooking& keepLooking,
+                         std::vector<Item>& analysed);
 
 // Removes from carved each row that begins where the data of a row in known begins, when both have the same
 // extension, or the known one is a camera's thumbnail ("thm") and the carved one a jpeg. Of two known rows on one

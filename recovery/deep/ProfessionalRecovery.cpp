@@ -263,7 +263,7 @@ std::int32_t CProfessionalRecovery::GatherSearch(const Search& search, std::vect
                    : ResultSuccess;
     };
     if (m_passOver == PassOver::AllSectors) {
-        DropQuickDoubles(analysed, firstSector, keepLooking, known);
+        DropAnalysedDoubles(known, firstSector, keepLooking, analysed);
     }
     Append(known, analysed);
     DropCarvedDoubles(known, firstSector, keepLooking, carved);
