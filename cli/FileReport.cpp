@@ -42,11 +42,8 @@ std::string_view EngineName(std::uint32_t engineKind)
 ReportedFile ReportOf(const FoundRow& row, const ScanRun& run)
 {
     const ScanPart& part = run.PartOf(row);
-    ReportedFile file = {row,
-                         part.source->FolderPath(row.record),
-                         part.source->StoreName(row.at.store),
-                         {},
-                         {}};
+    ReportedFile file = {
+        row, part.source->FolderPath(row.record), part.source->StoreName(row.at.store), {}, {}};
     file.part = part.row ? part.row->number : 0;
     return file;
 }

@@ -105,7 +105,8 @@ std::optional<Refusal> ScanRun::OpenTarget()
         }
     }
     if (m_sources.empty()) {
-        return first ? first : WhyNot(TargetRefusal{TargetFault::UnknownFileSystem, m_options.target});
+        return first ? first
+                     : WhyNot(TargetRefusal{TargetFault::UnknownFileSystem, m_options.target});
     }
     return std::nullopt;
 }
@@ -199,8 +200,8 @@ Answer ScanRun::OnProgress(const Progress& progress, const ScanPart& part)
             all += one.target.sectorCount;
         }
         const double share = static_cast<double>(progress.percent) / 100;
-        const double done = static_cast<double>(before) +
-                            static_cast<double>(part.target.sectorCount) * share;
+        const double done =
+            static_cast<double>(before) + static_cast<double>(part.target.sectorCount) * share;
         shown.percent = static_cast<std::int32_t>(done * 100 / static_cast<double>(all));
         shown.secondsLeft = -1;  // that of the part says nothing of the whole
         name = ", part " + std::to_string(unsigned{part.row->number}) + " of " +
@@ -357,9 +358,9 @@ EarlierChoice ScanRun::ChoiceFor(const ScanPart& part, bool goesOn)
     if (!goesOn) {
         return EarlierChoice::Drop;
     }
-    Note(About(part) + (earlier->state == EarlierState::Complete
-                            ? "Taking the results of an earlier scan ("
-                            : "Going on with an earlier scan (") +
+    Note(About(part) +
+         (earlier->state == EarlierState::Complete ? "Taking the results of an earlier scan ("
+                                                   : "Going on with an earlier scan (") +
          scan + "); --new scans anew.");
     return EarlierChoice::GoOn;
 }

@@ -87,9 +87,9 @@ void WriteRow(const TargetRow& row, std::ostream& out)
     out << std::right << std::setw(5) << "#" + std::to_string(unsigned{row.number}) << "  "
         << std::left << std::setw(9) << KindName(row.kind) << ' ' << std::setw(16)
         << (row.imagePath.empty() ? Printable(row.node.string()) : std::string()) << ' '
-        << std::setw(12) << Printable(row.fileSystem) << std::right
-        << std::setw(10) << SizeText(row.totalBytes) << std::setw(10)
-        << FreeText(row) << "  " << Printable(row.label);
+        << std::setw(12) << Printable(row.fileSystem) << std::right << std::setw(10)
+        << SizeText(row.totalBytes) << std::setw(10) << FreeText(row) << "  "
+        << Printable(row.label);
     if (!row.mountPoint.empty()) {
         out << "  at " << Printable(row.mountPoint);
     }
@@ -115,9 +115,8 @@ void WriteTable(const std::vector<TargetRow>& rows, CommandStreams& streams)
     }
 }
 
-ExitStatus Write(const std::vector<TargetRow>& rows,
-                 const CommandOptions& options,
-                 CommandStreams& streams)
+ExitStatus
+Write(const std::vector<TargetRow>& rows, const CommandOptions& options, CommandStreams& streams)
 {
     if (options.json) {
         WriteJson(rows, streams.out);
@@ -136,10 +135,10 @@ ExitStatus RunOne(const CommandOptions& options, CommandStreams& streams, Sessio
     }
     TargetParts parts = PartsOf(std::get<ScanTarget>(resolved), PartFacts::Space);
     if (parts.whole.number == 0) {
-        return Refuse({ExitStatus::WrongUse,
-                       Printable(options.target) +
-                           " is a part of a disk; give the disk, or an image of one."},
-                      streams);
+        return Refuse(
+            {ExitStatus::WrongUse, Printable(options.target) +
+                                       " is a part of a disk; give the disk, or an image of one."},
+            streams);
     }
     if (parts.rows.empty() && !options.quiet) {
         streams.err << "There is no table of partitions: it is scanned as one piece.\n";

@@ -216,12 +216,14 @@ std::string WordsFor(const TargetContent& content, bool isQuick)
         return AName(content) + ": pieces of files may come back by their content, seldom whole "
                                 "ones.";
     case ContentKind::VolumeGroup:
-        return AName(content) + ", a part of a volume group: scan the volumes that the system "
-                                "shows for it; here " +
+        return AName(content) +
+               ", a part of a volume group: scan the volumes that the system "
+               "shows for it; here " +
                found;
     case ContentKind::Array:
-        return AName(content) + ", a part of an array of disks: scan the device that the system "
-                                "shows for the array; here " +
+        return AName(content) +
+               ", a part of an array of disks: scan the device that the system "
+               "shows for the array; here " +
                found;
     case ContentKind::Unknown:
     case ContentKind::Understood:

@@ -15,7 +15,8 @@ void RaiseOpenFileLimit()
     rlimit limit = {};
     if (::getrlimit(RLIMIT_NOFILE, &limit) == 0) {
         limit.rlim_cur = limit.rlim_max;
-        (void)::setrlimit(RLIMIT_NOFILE, &limit);  // with fewer, parts that cannot be opened are told
+        (void)::setrlimit(RLIMIT_NOFILE,
+                          &limit);  // with fewer, parts that cannot be opened are told
     }
 }
 

@@ -228,8 +228,7 @@ DestinationRoom RoomForFiles(std::span<const FoundRow> rows,
         return room;
     }
     for (const FoundRow& row : rows) {
-        const std::string folders =
-            destination.KeepsTree() ? foldersOf(row.record) : std::string();
+        const std::string folders = destination.KeepsTree() ? foldersOf(row.record) : std::string();
         if (destination.HasAlready(row.record, folders)) {
             const std::uint64_t size = row.record.FileSize;
             room.neededBytes -= std::min(size, room.neededBytes);
@@ -245,9 +244,8 @@ DestinationRoom RoomFor(std::span<const FoundRow> rows,
                         const Destination& destination,
                         const RestoreOptions& options)
 {
-    return RoomForFiles(rows, destination, options, [&source](const FileRecord& record) {
-        return source.FolderPath(record);
-    });
+    return RoomForFiles(rows, destination, options,
+                        [&source](const FileRecord& record) { return source.FolderPath(record); });
 }
 
 DestinationRoom RoomFor(std::span<const FoundRow> rows,

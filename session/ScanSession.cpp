@@ -292,6 +292,10 @@ SearchOutcome ScanSession::SearchWhere(std::string_view pattern,
         }
         outcome.rows = RowsOf(*m_parts->engine, pattern);
         std::erase_if(outcome.rows, [&accept](const FoundRow& row) { return !accept(row.record); });
+        // Those of an earlier scan carry what the target was known by then.
+        for (FoundRow& row : outcome.rows) {
+            row.record.DriveLetter = m_parts->target.letter;
+        }
     });
     if (progress) {
         m_parts->engine->SetSearchCallback(nullptr, nullptr);

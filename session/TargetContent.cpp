@@ -92,5 +92,5 @@ TargetContent ContentOf(const ScanTarget& target)
 {
     TargetContent content;
     return RunGuarded([&] { content = LookAt(target); }) == ResultSuccess ? content
-                                                                         : TargetContent();
+                                                                          : TargetContent();
 }

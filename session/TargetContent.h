@@ -19,7 +19,8 @@ enum class ContentKind
 struct TargetContent
 {
     ContentKind kind = ContentKind::Unknown;
-    std::string fileSystem;  // by its own name: "NTFS", "exFAT", "ext4", "Btrfs", "LUKS"; empty with Unknown
+    std::string
+        fileSystem;  // by its own name: "NTFS", "exFAT", "ext4", "Btrfs", "LUKS"; empty with Unknown
 };
 
 // Of what cannot be read, Unknown.

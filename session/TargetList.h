@@ -36,7 +36,7 @@ struct TargetRow
     char16_t number = 0;  // the same as long as the program runs
     DiskFacts disk;
     std::filesystem::path imagePath;  // of a part of an image
-    std::filesystem::path node;  // the partition's where the system has one, else the disk's
+    std::filesystem::path node;       // the partition's where the system has one, else the disk's
     std::uint8_t partitionType =
         0;  // 7 NTFS, 11 FAT32, 6 FAT, else the table's byte; 0 without a file system
     std::uint64_t startSector = 0;

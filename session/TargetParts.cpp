@@ -24,10 +24,10 @@ bool IsWhole(const ScanTarget& target)
 {
     const ScanTarget whole = UpToTheLastSector(target);
     const auto disk = DriveRegistry::Instance().Find(target.diskNumber);
-    return target.IsImage() ? target.IsWholeImage()
-                            : target.startSector == 0 && disk.has_value() &&
-                                  whole.ByteCount() / target.sectorSize ==
-                                      disk->sizeBytes / target.sectorSize;
+    return target.IsImage()
+               ? target.IsWholeImage()
+               : target.startSector == 0 && disk.has_value() &&
+                     whole.ByteCount() / target.sectorSize == disk->sizeBytes / target.sectorSize;
 }
 
 bool Open(const ScanTarget& target, Opened& opened)

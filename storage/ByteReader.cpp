@@ -145,8 +145,8 @@ ResultCode OpenImageSource(const std::filesystem::path& path, OpenedSource& outS
     outSource.reader = Decorated(std::move(handle));
     if (SectorRanges missing = MissingSectorsOf(path, outSource.sectorSize); !missing.Empty()) {
         outSource.missing = std::make_shared<const SectorRanges>(std::move(missing));
-        outSource.reader = MakeMissingReader(std::move(outSource.reader), outSource.missing,
-                                             outSource.sectorSize);
+        outSource.reader =
+            MakeMissingReader(std::move(outSource.reader), outSource.missing, outSource.sectorSize);
     }
     return ResultSuccess;
 }

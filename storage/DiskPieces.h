@@ -13,6 +13,5 @@ inline constexpr std::uint64_t SmallestPieceBytes = 16384;
 // disk, by their start, with Letter counted from 1. Nothing of the disk is in none of them but what is too small, and all of
 // them together are at most twice as large as the disk: of partitions that overlap only those in which a file system was
 // recognised stay, and one of those that begin in the same place.
-std::vector<VolumeRecord> PiecesOf(std::vector<VolumeRecord> volumes,
-                                   std::uint64_t diskBytes,
-                                   std::uint32_t sectorSize);
+std::vector<VolumeRecord>
+PiecesOf(std::vector<VolumeRecord> volumes, std::uint64_t diskBytes, std::uint32_t sectorSize);

@@ -27,9 +27,9 @@ void DropAnalysedDoubles(const std::vector<Item>& quick,
                          const KeepLooking& keepLooking,
                          std::vector<Item>& analysed)
 {
-    using Key = std::tuple<std::uint64_t, std::uint64_t, std::uint64_t, std::string>;
+    using Key = std::tuple<std::uint64_t, std::uint64_t, std::string>;
     const auto keyOf = [](const FileRecord& record) {
-        return Key{record.FileSize, record.WriteTime, record.CreationTime,
+        return Key{record.FileSize, record.CreationTime,
                    LowerExtensionOf(record.NameText())};
     };
     std::multimap<Key, const FileRecord*> shown;
@@ -92,13 +92,13 @@ void DropCarvedDoubles(const std::vector<Item>& known,
 }
 
 template void DropAnalysedDoubles(const FileRecordList&,
-                               const FirstDataSectorFunction&,
-                               const KeepLooking&,
-                               FileRecordList&);
+                                  const FirstDataSectorFunction&,
+                                  const KeepLooking&,
+                                  FileRecordList&);
 template void DropAnalysedDoubles(const FoundRowList&,
-                               const FirstDataSectorFunction&,
-                               const KeepLooking&,
-                               FoundRowList&);
+                                  const FirstDataSectorFunction&,
+                                  const KeepLooking&,
+                                  FoundRowList&);
 template void DropCarvedDoubles(const FileRecordList&,
                                 const FirstDataSectorFunction&,
                                 const KeepLooking&,

@@ -17,7 +17,7 @@ using FirstDataSectorFunction =
 using KeepLooking = std::function<ResultCode()>;
 
 // Removes from analysed each row that a row in quick shows too, which knows its folders better: one with the same extension,
-// size and times whose data begin in the same place. One for one: of two that are alike both stay where both are twice.
+// size and time of creation whose data begin in the same place. One for one: of two that are alike both stay where both are twice.
 template <typename Item>
 void DropAnalysedDoubles(const std::vector<Item>& quick,
                          const FirstDataSectorFunction& firstDataSector,

@@ -16,8 +16,8 @@ std::unique_ptr<IFileRecoveryParse> EngineMaker::Make(const EngineTarget& target
         return factory.MakeEngineForImage(target.imagePath, target.letter, depth, outWhy);
     }
     std::shared_ptr<ScanSource> source;
-    *outWhy = ScanSource::OpenImageRange(target.imagePath, target.startLba, target.sectorCount,
-                                         &source);
+    *outWhy =
+        ScanSource::OpenImageRange(target.imagePath, target.startLba, target.sectorCount, &source);
     return *outWhy == ResultSuccess ? factory.MakeEngine(source, target.letter, depth, outWhy)
                                     : nullptr;
 }

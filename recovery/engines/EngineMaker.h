@@ -17,7 +17,7 @@ struct EngineTarget
     std::uint32_t diskNumber = 0;
     std::uint64_t startLba = 0;
     std::uint64_t sectorCount = 0;  // of an image 0: all of it
-    char16_t letter = 0;  // what the records carry
+    char16_t letter = 0;            // what the records carry
 };
 
 class IEngineMaker
