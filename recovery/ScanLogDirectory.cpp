@@ -91,18 +91,6 @@ bool IsSameDisk(const ScanIdentity& target, const std::filesystem::path& logFold
            ReadIdentity(logFolder) == CutText(DiskIdentity(target.diskNumber), LargestIdentity);
 }
 
-bool IsSameRange(const ScanLogEntry& entry, const ScanIdentity& target)
-{
-    return entry.startLba == target.startLba && entry.sectorCount == target.sectorCount;
-}
-
-// Of an image or of a drive: the two never meet.
-bool IsOfSame(const ScanLogEntry& entry, const ScanIdentity& target)
-{
-    return target.imagePath.empty() ? entry.diskNumber == target.diskNumber
-                                    : ImagePathOf(entry) == target.imagePath;
-}
-
 void SetPosition(ScanLogEntry& entry, const ScanPosition& position)
 {
     entry.rangeStart = position.rangeStart;
@@ -200,8 +188,8 @@ ScanLogEntry* ScanLogDirectory::FindEntry(std::vector<ScanLogEntry>& entries,
 {
     const auto found = std::find_if(entries.begin(), entries.end(), [&](const ScanLogEntry& entry) {
         // One that names a folder that is none of ours is damaged, or made to mislead.
-        return IsLogFolder(LogFolderOf(entry)) && IsOfSame(entry, target) &&
-               IsSameRange(entry, target);
+        return IsLogFolder(LogFolderOf(entry)) && IsOfSource(entry, target) &&
+               entry.startLba == target.startLba && entry.sectorCount == target.sectorCount;
     });
     return found != entries.end() ? &*found : nullptr;
 }
@@ -224,8 +212,7 @@ bool ScanLogDirectory::FindUnchanged(std::vector<ScanLogEntry>& entries,
     return true;
 }
 
-// An image that has grown or was cut has other ranges: the earlier one that begins where the target does would never be
-// found again.
+// An image that has grown or was cut has other ranges: the earlier one with the same start would never be found again.
 void ScanLogDirectory::DropOutdated(const ScanIdentity& target, std::uint64_t stamp)
 {
     if (target.imagePath.empty()) {
@@ -234,7 +221,7 @@ void ScanLogDirectory::DropOutdated(const ScanIdentity& target, std::uint64_t st
     std::vector<ScanLogEntry> all = m_entries;
     all.insert(all.end(), m_killed.begin(), m_killed.end());
     for (const ScanLogEntry& entry : all) {
-        if (IsLogFolder(LogFolderOf(entry)) && IsOfSame(entry, target) &&
+        if (IsLogFolder(LogFolderOf(entry)) && IsOfSource(entry, target) &&
             entry.startLba == target.startLba && entry.imageTime != stamp) {
             (void)DeleteLogLocked(LogFolderOf(entry));  // what stays is not listed any more
         }

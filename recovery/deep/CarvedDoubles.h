@@ -16,8 +16,9 @@ using FirstDataSectorFunction =
 // Asked between two records; another answer than 0 ends the comparison, and nothing more is removed.
 using KeepLooking = std::function<ResultCode()>;
 
-// Removes from analysed each row that a row in quick shows too, which knows its folders better: one with the same extension,
-// size and time of creation whose data begin in the same place. One for one: of two that are alike both stay where both are twice.
+// Removes from analysed each row that a row in quick, which knows its folders better, shows too: one with the same
+// extension, size and time of creation whose data begin in the same place. One for one: what quick has once and analysed
+// twice stays once in each.
 template <typename Item>
 void DropAnalysedDoubles(const std::vector<Item>& quick,
                          const FirstDataSectorFunction& firstDataSector,

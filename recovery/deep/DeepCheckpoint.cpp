@@ -36,6 +36,18 @@ bool CProfessionalRecovery::FindCheckpoint()
     return true;
 }
 
+// What an earlier part of the scan could not read counts on, unless it is read now.
+void CProfessionalRecovery::TakeUnread(bool isResume)
+{
+    const SectorRanges before = isResume ? ReadUnread(m_logFolder) : SectorRanges();
+    if (m_againUnread && m_resumeEntry.rangeLength == 0) {
+        m_again = before;
+    } else {
+        m_scanSource->NoteUnread(before);
+    }
+    m_againUnread = false;
+}
+
 // Without a file for it, or an entry that can name the target, the scan goes on and cannot be gone on with exactly.
 void CProfessionalRecovery::BeginJournal(std::uint64_t keepBytes)
 {

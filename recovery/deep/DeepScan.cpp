@@ -2,7 +2,6 @@
 // ends, and the saved position.
 #include "platform/FileTime.h"
 #include "recovery/Heartbeat.h"
-#include "recovery/UnreadFile.h"
 #include "recovery/carving/CarveContext.h"
 #include "recovery/deep/BlockReader.h"
 #include "recovery/deep/ProfessionalRecovery.h"
@@ -90,18 +89,6 @@ ResultCode CProfessionalRecovery::RunDeepPhase(bool isResume, Pass& pass)
                              0);  // too late to cancel anything
     }
     return result;
-}
-
-// What an earlier part of the scan could not read counts on, unless it is read now.
-void CProfessionalRecovery::TakeUnread(bool isResume)
-{
-    const SectorRanges before = isResume ? ReadUnread(m_logFolder) : SectorRanges();
-    if (m_againUnread && m_resumeEntry.rangeLength == 0) {
-        m_again = before;
-    } else {
-        m_scanSource->NoteUnread(before);
-    }
-    m_againUnread = false;
 }
 
 void CProfessionalRecovery::HandDownLogFolder()

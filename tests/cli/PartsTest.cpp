@@ -206,7 +206,8 @@ TEST_F(PartsTest, StoppedInTheSecondPartitionItGoesOnThere)
     }
     EXPECT_EQ(Scans().size(), 4u);
     EXPECT_TRUE(Scans()[3]["state"].asString().starts_with("stopped at "));
-    const Outcome resumed = RunAsGiven({"list", Disk(), "--json", "--types", "jpg", "--whole", "--resume"});
+    const Outcome resumed =
+        RunAsGiven({"list", Disk(), "--json", "--types", "jpg", "--whole", "--resume"});
     EXPECT_EQ(resumed.status, 0) << resumed.err;
     EXPECT_NE(resumed.err.find("Part 4 (partition, FAT, 16.0 MB): Going on with"),
               std::string::npos)
