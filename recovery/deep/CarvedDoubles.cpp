@@ -29,7 +29,8 @@ void DropAnalysedDoubles(const std::vector<Item>& quick,
 {
     using Key = std::tuple<std::uint64_t, std::uint64_t, std::string>;
     const auto keyOf = [](const FileRecord& record) {
-        return Key{record.FileSize, record.CreationTime, LowerExtensionOf(record.NameText())};
+        return Key{std::uint64_t{record.FileSize}, std::uint64_t{record.CreationTime},
+                   LowerExtensionOf(record.NameText())};
     };
     std::multimap<Key, const FileRecord*> shown;
     for (const Item& item : quick) {
