@@ -152,7 +152,7 @@ ResolvedTarget ResolvePart(const std::string& text)
     if (error != std::errc() || stop != end) {
         return ResolvePath(text);
     }
-    const ResolvedTarget whole = ResolvePath(text.substr(0, mark));
+    ResolvedTarget whole = ResolvePath(text.substr(0, mark));
     if (std::holds_alternative<TargetRefusal>(whole)) {
         return whole;
     }
