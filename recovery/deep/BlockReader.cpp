@@ -140,10 +140,45 @@ BlockReader::ReadPlain(std::uint64_t lba, std::uint64_t sectorCount, std::int32_
         m_lastServed = {};
     }
     *outGot = 0;
-    (void)m_source.ReadSectors(m_block.data(), static_cast<std::int32_t>(sectorCount), lba,
-                               m_sectorSize,
-                               outGot);  // only what came counts
+    const auto count = static_cast<std::int32_t>(sectorCount);
+    // Only what came counts.
+    (void)m_source.ReadSectors(m_block.data(), count, lba, m_sectorSize, outGot);
+    if (m_passedOver && *outGot < static_cast<std::int32_t>(m_blockSectors)) {
+        CatchUp();
+        (void)m_source.ReadSectors(m_block.data(), count, lba, m_sectorSize, outGot);
+    }
+    m_passedOver.reset();
     return std::span(m_block).first(sectorCount * static_cast<std::size_t>(m_sectorSize));
+}
+
+bool BlockReader::PassOver(std::uint64_t lba, std::uint64_t sectorCount)
+{
+    if (!IsWholeBlock(sectorCount)) {
+        return false;
+    }
+    m_passedOver = lba;
+    m_nextLba = lba + sectorCount;
+    m_run = 0;
+    return true;
+}
+
+// Brings the block that was passed over into the buffer.
+void BlockReader::CatchUp()
+{
+    if (m_passedOver) {
+        std::int32_t ignored = 0;
+        m_lastServed = {};
+        (void)m_source.ReadSectors(m_block.data(), static_cast<std::int32_t>(m_blockSectors),
+                                   *m_passedOver, m_sectorSize,
+                                   &ignored);  // it could be read before
+        m_passedOver.reset();
+    }
+}
+
+std::span<const std::uint8_t> BlockReader::Held()
+{
+    CatchUp();
+    return m_lastServed.empty() ? std::span<const std::uint8_t>(m_block) : m_lastServed;
 }
 
 std::span<std::uint8_t> BlockReader::Read(std::uint64_t lba,
@@ -160,9 +195,7 @@ std::span<std::uint8_t> BlockReader::Read(std::uint64_t lba,
         std::unique_lock guard(m_lock);
         StopStream(guard);
     }
-    const bool isWhole = sectorCount == m_blockSectors &&
-                         m_blockSectors * static_cast<std::uint64_t>(m_sectorSize) == BlockBytes;
-    if (!isWhole || !m_thread.joinable() || lba < m_badUntil) {
+    if (!IsWholeBlock(sectorCount) || !m_thread.joinable() || lba < m_badUntil) {
         return ReadPlain(lba, sectorCount, outGot);
     }
     if (!m_current.Holds(lba, sectorCount)) {
@@ -174,6 +207,7 @@ std::span<std::uint8_t> BlockReader::Read(std::uint64_t lba,
     }
     const std::size_t offset = (lba - m_current.lba) * static_cast<std::size_t>(m_sectorSize);
     m_lastServed = std::span(m_current.bytes).subspan(offset, BlockBytes);
+    m_passedOver.reset();
     *outGot = static_cast<std::int32_t>(sectorCount);
     return m_lastServed;
 }

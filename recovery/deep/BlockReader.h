@@ -8,6 +8,7 @@
 #include <condition_variable>
 #include <cstdint>
 #include <mutex>
+#include <optional>
 #include <span>
 #include <thread>
 #include <vector>
@@ -33,11 +34,12 @@ public:
                                  std::uint64_t rangeEnd,
                                  std::int32_t* outGot);
 
+    // The same to what comes later as reading it, but nothing is read: its bytes are known to mean nothing. False, and it
+    // has to be read, for what is no whole block.
+    bool PassOver(std::uint64_t lba, std::uint64_t sectorCount);
+
     // What the buffer holds: a block that can only be read in part keeps the rest of it.
-    std::span<const std::uint8_t> Held() const
-    {
-        return m_lastServed.empty() ? std::span<const std::uint8_t>(m_block) : m_lastServed;
-    }
+    std::span<const std::uint8_t> Held();
     void Hold(std::span<const std::uint8_t> bytes);
 
 private:
@@ -67,6 +69,12 @@ private:
         bool full = false;
     };
 
+    void CatchUp();
+    bool IsWholeBlock(std::uint64_t sectorCount) const
+    {
+        return sectorCount == m_blockSectors &&
+               m_blockSectors * static_cast<std::uint64_t>(m_sectorSize) == BlockBytes;
+    }
     std::span<std::uint8_t>
     ReadPlain(std::uint64_t lba, std::uint64_t sectorCount, std::int32_t* outGot);
     bool FetchPiece(std::uint64_t lba, std::uint64_t rangeEnd);
@@ -81,9 +89,10 @@ private:
     std::uint64_t m_blockSectors;
     std::vector<std::uint8_t>
         m_block;  // what a plain read goes into; keeps what it does not replace
-    std::span<std::uint8_t> m_lastServed;  // of a piece, when that is newer than block
-    std::uint64_t m_nextLba = 0;           // behind the block served last
-    std::uint32_t m_run = 0;               // neighbouring whole blocks so far
+    std::span<std::uint8_t> m_lastServed;       // of a piece, when that is newer than block
+    std::optional<std::uint64_t> m_passedOver;  // the block in front was, and is not in the buffer
+    std::uint64_t m_nextLba = 0;                // behind the block served last
+    std::uint32_t m_run = 0;                    // neighbouring whole blocks so far
     std::uint64_t m_badUntil = 0;  // a piece in front of this failed: block by block up to here
     Piece m_current;
 

@@ -114,7 +114,7 @@ private:
     [[nodiscard]] ResultCode Replay(Pass& pass);
     void BeginJournal(std::uint64_t keepBytes);
     CheckpointState BoundaryOf(const Pass& pass) const;
-    void SaveCheckpoint(const Pass& pass, const class BlockReader& reader);
+    void SaveCheckpoint(const Pass& pass, class BlockReader& reader);
     void SaveEnd(const Pass& pass, ResultCode result);
     void DropEarlier();
     std::string StoredName(std::string_view prefix) const;
@@ -124,6 +124,11 @@ private:
     [[nodiscard]] ResultCode RunPass(Pass& pass);
     [[nodiscard]] ResultCode RunRanges(Pass& pass, class BlockReader& reader);
     [[nodiscard]] ResultCode RunRange(Pass& pass, class BlockReader& reader);
+    bool ClassAt(Pass& pass,
+                 class BlockReader& reader,
+                 std::uint64_t lba,
+                 std::int64_t sectors,
+                 bool& outIsCut);
     [[nodiscard]] ResultCode
     RunBlock(Pass& pass, class BlockReader& reader, std::int64_t& remaining);
     [[nodiscard]] ResultCode ReportBlock(Pass& pass);
