@@ -1,10 +1,11 @@
-// Brings the deep pass its blocks of 64 KiB. Behind a long run of neighbouring blocks a thread reads ahead in larger
-// pieces; what arrives, and what fails, is the same as with one read a block.
+// Brings the deep pass its blocks of 64 KiB. Of a source that lets it wait, a thread reads ahead in larger pieces behind a long
+// run of neighbouring blocks; what arrives, and what fails, is the same as with one read a block.
 #pragma once
 
 #include "storage/SectorSource.h"
 
 #include <array>
+#include <chrono>
 #include <condition_variable>
 #include <cstdint>
 #include <mutex>
@@ -12,6 +13,33 @@
 #include <span>
 #include <thread>
 #include <vector>
+
+// Whether a source is slow, by the last reads. One that stands still now and then is not.
+class ReadPace
+{
+public:
+    void Add(std::chrono::nanoseconds time, std::uint64_t blocks);
+    // Enough reads have been seen, and a block took that long, or less, on average.
+    bool IsSlow() const { return m_reads >= ReadsSeen && m_average > SlowBlock; }
+    bool IsFast() const { return m_reads >= ReadsSeen && m_average < FastBlock; }
+    void Clear() { *this = {}; }
+
+private:
+    static constexpr std::uint32_t ReadsSeen = 32;
+    // A thread beside the pass costs as much as it brings where a block takes less than a few of these.
+    static constexpr std::chrono::nanoseconds FastBlock{25'000};
+    static constexpr std::chrono::nanoseconds SlowBlock{60'000};
+    static constexpr std::chrono::nanoseconds LongestBlock{1'000'000};
+
+    std::uint32_t m_reads = 0;
+    std::chrono::nanoseconds m_average{0};
+};
+
+enum class ReadAhead
+{
+    WhenSlow,
+    Always
+};
 
 // One for a pass. Read is called by the pass's thread alone; the thread inside touches nothing but its own source and
 // its piece.
@@ -21,7 +49,10 @@ public:
     static constexpr std::size_t BlockBytes = 65536;
 
     // aheadSource is a second opening of the same target; unused when it is not open. Both outlive this.
-    BlockReader(SectorSource& source, SectorSource& aheadSource, std::int32_t sectorSize);
+    BlockReader(SectorSource& source,
+                SectorSource& aheadSource,
+                std::int32_t sectorSize,
+                ReadAhead readAhead = ReadAhead::WhenSlow);
     BlockReader(const BlockReader&) = delete;
     BlockReader& operator=(const BlockReader&) = delete;
     ~BlockReader();
@@ -44,6 +75,8 @@ public:
 
 private:
     void StartThread();
+    void StopThread();
+    void ChooseThread();
 
     static constexpr std::size_t PieceBlocks = 16;
     static constexpr std::uint32_t RunBeforeAhead =
@@ -98,6 +131,9 @@ private:
 
     // The stream: pieces from streamNext on go into the slots by turns, one behind the other, until it is stopped, its
     // range ends or a piece cannot be read whole. So the thread need not wait for the pass to take one.
+    ReadAhead m_readAhead;
+    ReadPace m_pace;       // of the reads without the thread
+    ReadPace m_aheadPace;  // of the thread's
     std::thread m_thread;
     std::mutex m_lock;
     std::condition_variable m_changed;
