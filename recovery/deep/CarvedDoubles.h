@@ -16,11 +16,11 @@ using FirstDataSectorFunction =
 // Asked between two records; another answer than 0 ends the comparison, and nothing more is removed.
 using KeepLooking = std::function<ResultCode()>;
 
-// Removes from carved each row that begins where the data of a row in known begins, when both have the same
-// extension, or the known one is a camera's thumbnail ("thm") and the carved one a jpeg. Of two known rows on one
+// Of the items the first are known, the others carved. Removes each carved one that begins where the data of a known one begins,
+// when both have the same extension, or the known one is a camera's thumbnail ("thm") and the carved one a jpeg. Of two known ones on one
 // sector the later counts. Item is FileRecord or FoundRow.
 template <typename Item>
-void DropCarvedDoubles(const std::vector<Item>& known,
+void DropCarvedDoubles(std::vector<Item>& items,
+                       std::size_t knownCount,
                        const FirstDataSectorFunction& firstDataSector,
-                       const KeepLooking& keepLooking,
-                       std::vector<Item>& carved);
+                       const KeepLooking& keepLooking);

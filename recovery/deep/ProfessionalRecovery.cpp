@@ -204,7 +204,9 @@ std::optional<std::uint64_t> CProfessionalRecovery::FindFirstDataSector(const Fi
     }
     if (record.EngineKind == EngineKindFastNtfs) {
         auto* quick = dynamic_cast<CFastNtfsRecovery*>(m_fast.get());
-        return quick != nullptr ? quick->FirstDataSector(record) : std::nullopt;
+        return quick != nullptr
+                   ? quick->FirstDataSector(record, static_cast<std::uint32_t>(m_sectorSize))
+                   : std::nullopt;
     }
     const std::uint64_t dataSector = record.PartitionStart + record.DataStart;
     const std::uint32_t sectorsPerCluster =
@@ -222,35 +224,40 @@ std::optional<std::uint64_t> CProfessionalRecovery::FirstDataSector(const FileRe
         record, [this](const FileRecord& asked) { return FindFirstDataSector(asked); });
 }
 
-// search asks one engine, and answers 1 when it could.
-template <typename Item, typename Search>
-std::int32_t CProfessionalRecovery::GatherSearch(const Search& search, std::vector<Item>& outItems)
+// What each engine finds comes behind what those before it have found; append asks one, and answers 1 when it could.
+template <typename Item, typename AppendOf>
+std::int32_t CProfessionalRecovery::GatherSearch(const AppendOf& append,
+                                                 std::vector<Item>& outItems)
 {
     std::int32_t result = 0;
-    std::vector<Item> known;
+    std::vector<Item> items;
+    // Room for all at once: growing would hold them twice. What is not used of it costs nothing.
+    auto* const quick = dynamic_cast<CStoreEngine*>(m_fast.get());
+    items.reserve((quick != nullptr ? quick->CountStored() : 0) + m_fat.CountStored() +
+                  m_ntfs.CountStored() + m_carver.CountStored());
     for (IFileRecoveryParse* engine : {m_fast.get(), static_cast<IFileRecoveryParse*>(&m_fat),
                                        static_cast<IFileRecoveryParse*>(&m_ntfs)}) {
-        std::vector<Item> items;
-        if (engine != nullptr && search(*engine, items) != 0) {
+        if (engine != nullptr && append(*engine, items) != 0) {
             result = 1;
         }
-        Append(known, items);
     }
-    std::vector<Item> carved;
-    if (search(m_carver, carved) != 0) {
+    const std::size_t knownCount = items.size();
+    if (append(m_carver, items) != 0) {
         result = 1;
     }
     Heartbeat heartbeat;
     DropCarvedDoubles(
-        known, [this](const FileRecord& record) { return FirstDataSector(record); },
+        items, knownCount, [this](const FileRecord& record) { return FirstDataSector(record); },
         [&] {
             return m_searchCallback != nullptr && heartbeat.IsDue()
                        ? m_searchCallback(m_searchContext, 100, 0)
                        : ResultSuccess;
-        },
-        carved);
-    Append(outItems, known);
-    Append(outItems, carved);
+        });
+    if (outItems.empty()) {
+        outItems = std::move(items);
+    } else {
+        Append(outItems, items);
+    }
     return result;
 }
 
@@ -259,7 +266,13 @@ std::int32_t CProfessionalRecovery::SearchRecords(std::string_view extensionPatt
 {
     const std::int32_t result = GatherSearch(
         [extensionPattern](IFileRecoveryParse& engine, FileRecordList& records) {
-            return engine.SearchRecords(extensionPattern, records);
+            if (auto* const store = dynamic_cast<CStoreEngine*>(&engine)) {
+                return store->AppendRecords(extensionPattern, records);
+            }
+            FileRecordList more;
+            const std::int32_t could = engine.SearchRecords(extensionPattern, more);
+            Append(records, more);
+            return could;
         },
         outRecords);
     SortRecords(outRecords);
@@ -271,8 +284,8 @@ std::int32_t CProfessionalRecovery::SearchRows(std::string_view extensionPattern
 {
     const std::int32_t result = GatherSearch(
         [extensionPattern](IFileRecoveryParse& engine, FoundRowList& rows) {
-            auto* const searched = dynamic_cast<IRowSearch*>(&engine);
-            return searched != nullptr ? searched->SearchRows(extensionPattern, rows) : 0;
+            auto* const store = dynamic_cast<CStoreEngine*>(&engine);
+            return store != nullptr ? store->AppendRows(extensionPattern, rows) : 0;
         },
         outRows);
     SortRows(outRows);

@@ -99,8 +99,8 @@ private:
     IFileRecoveryParse* EngineOf(const FileRecord& record);
     std::optional<std::uint64_t> FirstDataSector(const FileRecord& record);
     std::optional<std::uint64_t> FindFirstDataSector(const FileRecord& record);
-    template <typename Item, typename Search>
-    std::int32_t GatherSearch(const Search& search, std::vector<Item>& outItems);
+    template <typename Item, typename AppendOf>
+    std::int32_t GatherSearch(const AppendOf& append, std::vector<Item>& outItems);
     // DeepScan.cpp
     void HandDownLogFolder();
     void TakeUnread(bool isResume);
