@@ -36,11 +36,16 @@ ScanRun::ScanRun(const CommandOptions& options, CommandStreams& streams, Session
 
 ScanRun::~ScanRun() = default;
 
-void ScanRun::Note(const std::string& sentence)
+void ScanRun::Warn(const std::string& sentence)
 {
     m_line.Clear();
+    m_streams.err << sentence << '\n';
+}
+
+void ScanRun::Note(const std::string& sentence)
+{
     if (!m_options.quiet) {
-        m_streams.err << sentence << '\n';
+        Warn(sentence);
     }
 }
 
@@ -100,7 +105,7 @@ std::optional<Refusal> ScanRun::OpenTarget()
         }
         part.isMissing = !IsExpected(*refusal, part, m_options);
         if (part.isMissing) {
-            Note(refusal->sentence);
+            Warn(refusal->sentence);
             first = first ? first : refusal;
         }
     }
@@ -167,7 +172,7 @@ std::optional<Refusal> ScanRun::Scan()
             if (!part.row) {
                 return refusal;
             }
-            Note(refusal->sentence);
+            Warn(refusal->sentence);
             first = first ? first : refusal;
             continue;
         }
@@ -287,8 +292,11 @@ std::optional<Refusal> ScanRun::Search(const TypeFilter& filter)
             return WhyBroken(outcome.fault);
         }
         part.files = outcome.rows.size();
-        m_rows.insert(m_rows.end(), std::make_move_iterator(outcome.rows.begin()),
-                      std::make_move_iterator(outcome.rows.end()));
+        if (m_rows.empty()) {
+            m_rows = std::move(outcome.rows);  // held once: there can be many
+        } else {
+            m_rows.insert(m_rows.end(), outcome.rows.begin(), outcome.rows.end());
+        }
     }
     return std::nullopt;
 }

@@ -68,7 +68,9 @@ public:
     const std::vector<FoundRow>& Rows() const { return m_rows; }
     ProgressLine& Line() { return m_line; }
 
-    // Writes a sentence to standard error unless --quiet.
+    // Writes a sentence to standard error: what was lost is told whatever the options say.
+    void Warn(const std::string& sentence);
+    // The same unless --quiet.
     void Note(const std::string& sentence);
 
 private:

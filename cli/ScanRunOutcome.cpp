@@ -17,19 +17,19 @@ std::optional<Refusal> ScanRun::TakeOutcome(ScanPart& part)
     case ScanEnd::Stopped:
     case ScanEnd::StoppedAtOnce:  // what a second Ctrl-C does by ending the process
         m_cancelled = true;
-        Note(outcome.canGoOn
+        Warn(outcome.canGoOn
                  ? "Cancelled; what was found until then is kept, and --resume goes on from there."
                  : "Cancelled; what was found until then is kept.");
         break;
     case ScanEnd::Interrupted:
         m_interrupted = true;
         part.isMissing = true;
-        Note(std::string("The source went away while it was read") +
+        Warn(std::string("The source went away while it was read") +
              (outcome.canGoOn ? "; put it back, and --resume goes on where it was." : "."));
         break;
     case ScanEnd::Incomplete:
         part.isMissing = part.row.has_value();
-        Note("Warning: " + About(part) + "the scan met a fault and may be incomplete: " +
+        Warn("Warning: " + About(part) + "the scan met a fault and may be incomplete: " +
              ErrorText(outcome.why) + WhatElse(m_options));
         break;
     case ScanEnd::Failed:
@@ -42,7 +42,7 @@ std::optional<Refusal> ScanRun::TakeOutcome(ScanPart& part)
         return WhyBroken(outcome.why);
     }
     if (m_options.whole && outcome.quickFault != ResultSuccess) {
-        Note("Warning: " + About(part) + "what the file system knows could not all be read: " +
+        Warn("Warning: " + About(part) + "what the file system knows could not all be read: " +
              ErrorText(outcome.quickFault) + " All sectors were read all the same.");
     }
     return std::nullopt;
@@ -63,13 +63,13 @@ void ScanRun::TellLosses()
 {
     const ScanOutcome scanned = Scanned();
     if (scanned.lostRecords != 0) {
-        Note(CountText(scanned.lostRecords, "record") + " could not be saved and are missing: " +
+        Warn(CountText(scanned.lostRecords, "record") + " could not be saved and are missing: " +
              ErrorText(scanned.whyLost) + " Give --data-dir a folder with more room.");
     } else if (scanned.whyLost != ResultSuccess) {
-        Note("Folders of some files could not be saved: " + ErrorText(scanned.whyLost));
+        Warn("Folders of some files could not be saved: " + ErrorText(scanned.whyLost));
     }
     if (scanned.unreadSectors != 0) {
-        Note(CountText(scanned.unreadSectors, "sector") + " in " +
+        Warn(CountText(scanned.unreadSectors, "sector") + " in " +
              CountText(scanned.unreadPlaces, "place") +
              " could not be read; --again-unread tries those again.");
     }
@@ -78,7 +78,7 @@ void ScanRun::TellLosses()
             return part.isMissing && part.state == PartState::NotScanned;
         }));
     if (missing != 0) {
-        Note(CountText(missing, "part") + " of " + std::to_string(m_parts.size()) +
+        Warn(CountText(missing, "part") + " of " + std::to_string(m_parts.size()) +
              " not scanned yet; --resume goes on with them.");
     }
 }

@@ -187,6 +187,7 @@ void CProfessionalRecovery::PreparePass()
     // As a process that scans nothing else finds it.
     CarveContext& carve = CarveContext::Instance();
     carve.TsRangeList.Clear();
+    carve.freeStretch.Clear();
     carve.TsRunHead = 1;
     carve.InsideMts = 0;
     SetSearchCallback(m_searchCallback, m_searchContext);
@@ -305,32 +306,46 @@ ResultCode CProfessionalRecovery::RunRange(Pass& pass, BlockReader& reader)
     return ResultSuccess;
 }
 
-ResultCode CProfessionalRecovery::RunBlock(Pass& pass, BlockReader& reader, std::int64_t& remaining)
+// Reads a block and has its sectors classed. False when nothing of it could be read.
+bool CProfessionalRecovery::ClassAt(
+    Pass& pass, BlockReader& reader, std::uint64_t lba, std::int64_t sectors, bool& outIsCut)
 {
     const Analysers analysers = {m_fat, m_ntfs, m_carver, m_source, m_sectorSize, m_journal.get()};
+    const std::uint64_t rangeEnd = m_target.startLba + pass.at.rangeStart + pass.at.rangeLength;
+    std::int32_t got = 0;
+    const std::span<std::uint8_t> block =
+        reader.Read(lba, static_cast<std::uint64_t>(sectors), rangeEnd, &got);
+    if (got == 0) {
+        return false;
+    }
+    const CarveProgress progress = {pass.at.sectorsDone, pass.sectorsTotal, pass.secondsLeft,
+                                    pass.at.filesFound};
+    auto filesFound = static_cast<std::int64_t>(pass.at.filesFound);
+    if (m_journal != nullptr) {
+        m_journal->BeginBlock(block, lba);
+    }
+    // A cancel comes back as the skip, and again from the callback behind the block.
+    outIsCut =
+        ClassifyBlock(analysers, block, lba, progress, pass.skip, filesFound) == ResultCancelled;
+    pass.at.filesFound = static_cast<std::uint64_t>(filesFound);
+    return true;
+}
+
+ResultCode CProfessionalRecovery::RunBlock(Pass& pass, BlockReader& reader, std::int64_t& remaining)
+{
     const auto blockSectors = static_cast<std::int64_t>(BlockReader::BlockBytes) / m_sectorSize;
     const std::uint64_t base = pass.at.rangeStart + m_target.startLba;
     const std::int64_t chunk = std::min(blockSectors, remaining);
     const std::uint64_t lba = base + pass.at.position;
-    std::int32_t got = 0;
     bool isCut = false;
     if (m_scanSource->IsGone()) {
         return ResultNotConnected;
     }
-    const std::span<std::uint8_t> block =
-        reader.Read(lba, static_cast<std::uint64_t>(chunk), base + pass.at.rangeLength, &got);
-    if (got != 0) {
-        const CarveProgress progress = {pass.at.sectorsDone, pass.sectorsTotal, pass.secondsLeft,
-                                        pass.at.filesFound};
-        auto filesFound = static_cast<std::int64_t>(pass.at.filesFound);
-        if (m_journal != nullptr) {
-            m_journal->BeginBlock(block, lba);
-        }
-        // A cancel comes back as the skip, and again from the callback below.
-        isCut = ClassifyBlock(analysers, block, lba, progress, pass.skip, filesFound) ==
-                ResultCancelled;
-        pass.at.filesFound = static_cast<std::uint64_t>(filesFound);
-    } else if (chunk + pass.skip == 0) {
+    if (CarveContext::Instance().freeStretch.CountFrom(lba) >= static_cast<std::uint64_t>(chunk) &&
+        reader.PassOver(lba, static_cast<std::uint64_t>(chunk))) {
+        CarveContext::Instance().PassOverSectors();
+        pass.skip = 0;
+    } else if (!ClassAt(pass, reader, lba, chunk, isCut) && chunk + pass.skip == 0) {
         return ResultSuccess;
     }
     if (m_scanSource->IsGone()) {

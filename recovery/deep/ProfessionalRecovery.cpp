@@ -216,7 +216,9 @@ std::optional<std::uint64_t> CProfessionalRecovery::FindFirstDataSector(const Fi
     }
     if (record.EngineKind == EngineKindFastNtfs) {
         auto* quick = dynamic_cast<CFastNtfsRecovery*>(m_fast.get());
-        return quick != nullptr ? quick->FirstDataSector(record) : std::nullopt;
+        return quick != nullptr
+                   ? quick->FirstDataSector(record, static_cast<std::uint32_t>(m_sectorSize))
+                   : std::nullopt;
     }
     const std::uint64_t dataSector = record.PartitionStart + record.DataStart;
     const std::uint32_t sectorsPerCluster =
@@ -234,25 +236,23 @@ std::optional<std::uint64_t> CProfessionalRecovery::FirstDataSector(const FileRe
         record, [this](const FileRecord& asked) { return FindFirstDataSector(asked); });
 }
 
-// search asks one engine, and answers 1 when it could.
-template <typename Item, typename Search>
-std::int32_t CProfessionalRecovery::GatherSearch(const Search& search, std::vector<Item>& outItems)
+// What each engine finds comes behind what those before it have found; append asks one, and answers 1 when it could.
+template <typename Item, typename AppendOf>
+std::int32_t CProfessionalRecovery::GatherSearch(const AppendOf& append,
+                                                 std::vector<Item>& outItems)
 {
     std::int32_t result = 0;
-    const auto gather = [&](IFileRecoveryParse* engine, std::vector<Item>& items) {
-        std::vector<Item> more;
-        if (engine != nullptr && search(*engine, more) != 0) {
+    // Room for all at once: growing would hold them twice. What is not used of it costs nothing.
+    auto* const quick = dynamic_cast<CStoreEngine*>(m_fast.get());
+    std::vector<Item> items;
+    items.reserve((quick != nullptr ? quick->CountStored() : 0) + m_fat.CountStored() +
+                  m_ntfs.CountStored() + m_carver.CountStored());
+    const auto gather = [&](IFileRecoveryParse* engine) {
+        if (engine != nullptr && append(*engine, items) != 0) {
             result = 1;
         }
-        Append(items, more);
+        return items.size();
     };
-    std::vector<Item> known;
-    std::vector<Item> analysed;
-    std::vector<Item> carved;
-    gather(m_fast.get(), known);
-    gather(&m_fat, analysed);
-    gather(&m_ntfs, analysed);
-    gather(&m_carver, carved);
     Heartbeat heartbeat;
     const FirstDataSectorFunction firstSector = [this](const FileRecord& record) {
         return FirstDataSector(record);
@@ -262,13 +262,20 @@ std::int32_t CProfessionalRecovery::GatherSearch(const Search& search, std::vect
                    ? m_searchCallback(m_searchContext, 100, 0)
                    : ResultSuccess;
     };
+    const std::size_t quickCount = gather(m_fast.get());
+    (void)gather(&m_fat);
+    (void)gather(&m_ntfs);
     if (m_passOver == PassOver::AllSectors) {
-        DropAnalysedDoubles(known, firstSector, keepLooking, analysed);
+        DropAnalysedDoubles(items, quickCount, firstSector, keepLooking);
     }
-    Append(known, analysed);
-    DropCarvedDoubles(known, firstSector, keepLooking, carved);
-    Append(outItems, known);
-    Append(outItems, carved);
+    const std::size_t knownCount = items.size();
+    (void)gather(&m_carver);
+    DropCarvedDoubles(items, knownCount, firstSector, keepLooking);
+    if (outItems.empty()) {
+        outItems = std::move(items);
+    } else {
+        Append(outItems, items);
+    }
     return result;
 }
 
@@ -277,7 +284,13 @@ std::int32_t CProfessionalRecovery::SearchRecords(std::string_view extensionPatt
 {
     const std::int32_t result = GatherSearch(
         [extensionPattern](IFileRecoveryParse& engine, FileRecordList& records) {
-            return engine.SearchRecords(extensionPattern, records);
+            if (auto* const store = dynamic_cast<CStoreEngine*>(&engine)) {
+                return store->AppendRecords(extensionPattern, records);
+            }
+            FileRecordList more;
+            const std::int32_t could = engine.SearchRecords(extensionPattern, more);
+            Append(records, more);
+            return could;
         },
         outRecords);
     SortRecords(outRecords);
@@ -289,8 +302,8 @@ std::int32_t CProfessionalRecovery::SearchRows(std::string_view extensionPattern
 {
     const std::int32_t result = GatherSearch(
         [extensionPattern](IFileRecoveryParse& engine, FoundRowList& rows) {
-            auto* const searched = dynamic_cast<IRowSearch*>(&engine);
-            return searched != nullptr ? searched->SearchRows(extensionPattern, rows) : 0;
+            auto* const store = dynamic_cast<CStoreEngine*>(&engine);
+            return store != nullptr ? store->AppendRows(extensionPattern, rows) : 0;
         },
         outRows);
     SortRows(outRows);

@@ -109,8 +109,8 @@ private:
     IFileRecoveryParse* EngineOf(const FileRecord& record);
     std::optional<std::uint64_t> FirstDataSector(const FileRecord& record);
     std::optional<std::uint64_t> FindFirstDataSector(const FileRecord& record);
-    template <typename Item, typename Search>
-    std::int32_t GatherSearch(const Search& search, std::vector<Item>& outItems);
+    template <typename Item, typename AppendOf>
+    std::int32_t GatherSearch(const AppendOf& append, std::vector<Item>& outItems);
     // DeepScan.cpp
     void HandDownLogFolder();
     void TakeUnread(bool isResume);
@@ -125,7 +125,7 @@ private:
     [[nodiscard]] ResultCode Replay(Pass& pass);
     void BeginJournal(std::uint64_t keepBytes);
     CheckpointState BoundaryOf(const Pass& pass) const;
-    void SaveCheckpoint(const Pass& pass, const class BlockReader& reader);
+    void SaveCheckpoint(const Pass& pass, class BlockReader& reader);
     void SaveEnd(const Pass& pass, ResultCode result);
     void DropEarlier();
     std::string StoredName(std::string_view prefix) const;
@@ -135,6 +135,11 @@ private:
     [[nodiscard]] ResultCode RunPass(Pass& pass);
     [[nodiscard]] ResultCode RunRanges(Pass& pass, class BlockReader& reader);
     [[nodiscard]] ResultCode RunRange(Pass& pass, class BlockReader& reader);
+    bool ClassAt(Pass& pass,
+                 class BlockReader& reader,
+                 std::uint64_t lba,
+                 std::int64_t sectors,
+                 bool& outIsCut);
     [[nodiscard]] ResultCode
     RunBlock(Pass& pass, class BlockReader& reader, std::int64_t& remaining);
     [[nodiscard]] ResultCode ReportBlock(Pass& pass);
