@@ -90,6 +90,9 @@ void ScanSource::NoteUnread(std::uint64_t position, std::uint64_t count, ResultC
     if (result == ResultNotConnected || (result == ResultSuccess && position < SizeBytes())) {
         m_gone = true;
     }
+    if (m_gone) {
+        return;  // all of it is read again when the source is back
+    }
     const std::uint64_t unit = SectorSize();
     const std::uint64_t first = position / unit;
     const std::lock_guard guard(m_lock);

@@ -48,6 +48,10 @@ ResultCode CProfessionalRecovery::Scan(const std::string* /*logName*/)
     if (reachedPass) {
         result = RunDeepPhase(isResume, pass);
     }
+    if (result == ResultSuccess && m_scanSource->IsGone()) {
+        result =
+            ResultNotConnected;  // at the very end, where only measuring or the analyses still read
+    }
     CarveContext::Instance().TsRangeList.SetOnAdded({});
     m_journal.reset();
     m_resumeValid = false;
