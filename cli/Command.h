@@ -41,6 +41,7 @@ struct CommandOptions
     std::string scanNumber;            // of forget
     bool fast = false;
     bool whole = false;
+    bool asOnePiece = false;
     bool resume = false;
     bool againUnread = false;
     bool fresh = false;

@@ -120,7 +120,8 @@ ExitStatus Refuse(const Refusal& refusal, CommandStreams& streams)
 void AddTargetOption(CLI::App& app, CommandOptions& options)
 {
     app.add_option("TARGET", options.target,
-                   "an image file, a block device, or '#N' with a number that 'targets' shows")
+                   "an image file, a block device, '#N' with a number that 'targets' shows, or "
+                   "IMAGE#N for a part that 'targets IMAGE' shows")
         ->required();
 }
 
@@ -130,8 +131,11 @@ void AddScanOptions(CLI::App& app, CommandOptions& options)
     auto* const fast = app.add_flag(
         "--fast", options.fast, "only what the file system still knows, quickly; no lost files");
     auto* const whole = app.add_flag("--whole", options.whole,
-                                     "read every sector, whatever the file system says: for "
-                                     "volumes whose tables mislead or cannot be read");
+                                     "read every sector beside what the file system still "
+                                     "knows: for volumes whose tables mislead or cannot be read");
+    app.add_flag("--as-one-piece", options.asOnePiece,
+                 "scan a disk or an image with a table of partitions as if it had none, in place "
+                 "of each partition and gap by itself");
     auto* const resume = app.add_flag("--resume", options.resume,
                                       "go on with an earlier scan of this target, without asking");
     auto* const fresh =

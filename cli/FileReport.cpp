@@ -39,14 +39,18 @@ std::string_view EngineName(std::uint32_t engineKind)
     return engineKind < Names.size() ? Names[engineKind] : "unknown";
 }
 
-ReportedFile ReportOf(const FoundRow& row, const ScanSession& source)
+ReportedFile ReportOf(const FoundRow& row, const ScanRun& run)
 {
-    return {row, source.FolderPath(row.record), source.StoreName(row.at.store), {}, {}};
+    const ScanPart& part = run.PartOf(row);
+    ReportedFile file = {
+        row, part.source->FolderPath(row.record), part.source->StoreName(row.at.store), {}, {}};
+    file.part = part.row ? part.row->number : 0;
+    return file;
 }
 
-ReportedFile ReportOf(const FoundRow& row, const ScanSession& source, const FileOutcome& outcome)
+ReportedFile ReportOf(const FoundRow& row, const ScanRun& run, const FileOutcome& outcome)
 {
-    ReportedFile file = ReportOf(row, source);
+    ReportedFile file = ReportOf(row, run);
     file.restoredTo = outcome.written ? outcome.path : std::filesystem::path();
     file.error = WhatWentWrong(outcome);
     file.outcome = &outcome;
@@ -69,6 +73,9 @@ void JsonReport::Add(const ReportedFile& file)
     value["accessed"] = TextOrNull(TimeText(record.AccessTime));
     value["written"] = TextOrNull(TimeText(record.WriteTime));
     value["headIntact"] = record.HeadIntact != 0;
+    if (file.part != 0) {
+        value["part"] = Json::UInt{file.part};
+    }
     value["engine"] = std::string(EngineName(record.EngineKind));
     value["store"] = TextOrNull(file.store);
     value["record"] = Json::UInt{record.RecordNumber};
@@ -83,16 +90,74 @@ void JsonReport::Add(const ReportedFile& file)
     ++m_found;
 }
 
-void JsonReport::Finish(bool cancelled, const RestoreOutcome* outcome)
+namespace {
+
+std::string_view StateOfPart(const ScanPart& part)
+{
+    switch (part.state) {
+    case PartState::NotOpened:
+        return part.isMissing ? "notOpened" : "nothingToRead";
+    case PartState::NotScanned:
+        return "notScanned";
+    case PartState::Failed:
+        return "failed";
+    case PartState::Scanned:
+        break;
+    }
+    switch (part.outcome.end) {
+    case ScanEnd::Complete:
+        return part.outcome.unreadSectors == 0 && part.outcome.whyLost == ResultSuccess
+                   ? "complete"
+                   : "incomplete";
+    case ScanEnd::Stopped:
+    case ScanEnd::StoppedAtOnce:
+    case ScanEnd::Interrupted:
+        return "stopped";
+    case ScanEnd::Incomplete:
+    case ScanEnd::Failed:
+    case ScanEnd::Broken:
+        break;
+    }
+    return "incomplete";
+}
+
+Json::Value PartsOf(const ScanRun& run)
+{
+    Json::Value parts(Json::arrayValue);
+    for (const ScanPart& part : run.Parts()) {
+        Json::Value value;
+        value["number"] = Json::UInt{part.row->number};
+        value["kind"] = std::string(KindName(part.row->kind));
+        value["startSector"] = Json::UInt64{part.row->startSector};
+        value["sectorCount"] = Json::UInt64{part.row->sectorCount};
+        value["sectorSize"] = Json::UInt{part.row->disk.sectorSize};
+        value["fileSystem"] = Text(part.row->fileSystem);
+        value["label"] = Text(part.row->label);
+        value["state"] = std::string(StateOfPart(part));
+        value["found"] = Json::UInt64{part.files};
+        value["unreadableSectors"] = Json::UInt64{part.outcome.unreadSectors};
+        parts.append(std::move(value));
+    }
+    return parts;
+}
+
+}  // namespace
+
+void JsonReport::Finish(const ScanRun& run, const RestoreOutcome* outcome)
 {
     const RestoreOutcome counts = outcome != nullptr ? *outcome : RestoreOutcome();
+    const ScanOutcome scan = run.Scanned();
     m_out << "],\n\"found\":" << m_found << ",\"restored\":" << counts.restored
-          << ",\"failed\":" << counts.failed << ",\"cancelled\":" << (cancelled ? "true" : "false");
+          << ",\"failed\":" << counts.failed
+          << ",\"cancelled\":" << (run.Cancelled() ? "true" : "false");
     if (outcome != nullptr) {
         m_out << ",\"incomplete\":" << counts.incomplete << ",\"skipped\":" << counts.wereThere
               << ",\"notTried\":" << counts.notTried;
     }
-    m_out << ",\"unreadable\":{\"sectors\":" << m_scan.unreadSectors
-          << ",\"places\":" << m_scan.unreadPlaces << "},\"lostRecords\":" << m_scan.lostRecords
-          << "}\n";
+    m_out << ",\"unreadable\":{\"sectors\":" << scan.unreadSectors
+          << ",\"places\":" << scan.unreadPlaces << "},\"lostRecords\":" << scan.lostRecords;
+    if (run.HasParts()) {
+        m_out << ",\n\"parts\":" << OneLine(PartsOf(run));
+    }
+    m_out << "}\n";
 }

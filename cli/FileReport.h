@@ -1,6 +1,7 @@
 // What list and recover write about each file, as JSON.
 #pragma once
 
+#include "cli/ScanRun.h"
 #include "recovery/FoundRow.h"
 #include "session/RestoreFiles.h"
 
@@ -18,11 +19,12 @@ struct ReportedFile
     std::filesystem::path restoredTo;      // empty when nothing was written
     std::string error;                     // empty when there was none
     const FileOutcome* outcome = nullptr;  // null when it was not to be restored
+    std::uint32_t part = 0;                // that it was found in; 0 when the target is one piece
 };
 
 // Of a file, and of what became of it.
-ReportedFile ReportOf(const FoundRow& row, const ScanSession& source);
-ReportedFile ReportOf(const FoundRow& row, const ScanSession& source, const FileOutcome& outcome);
+ReportedFile ReportOf(const FoundRow& row, const ScanRun& run);
+ReportedFile ReportOf(const FoundRow& row, const ScanRun& run, const FileOutcome& outcome);
 
 // "fast-ntfs", "fast-fat", "deep-ntfs", "deep-fat", "carved".
 std::string_view EngineName(std::uint32_t engineKind);
@@ -33,12 +35,10 @@ class JsonReport
 public:
     JsonReport(std::ostream& out, std::string_view target);
     void Add(const ReportedFile& file);
-    // What stands at the end about the scan as a whole.
-    void SetScan(const ScanOutcome& outcome) { m_scan = outcome; }
-    void Finish(bool cancelled, const RestoreOutcome* outcome = nullptr);
+    // What stands at the end is about the scan as a whole, and about each part.
+    void Finish(const ScanRun& run, const RestoreOutcome* outcome = nullptr);
 
 private:
     std::ostream& m_out;
-    ScanOutcome m_scan;
     std::uint64_t m_found = 0;
 };

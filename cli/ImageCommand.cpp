@@ -101,12 +101,42 @@ ExitStatus Tell(const ImageOutcome& outcome,
                   streams);
 }
 
+// A number says little: what stands behind it is told before it is copied.
+std::string WhatIsCopied(const ScanTarget& source, const CommandOptions& options, Session& session)
+{
+    if (!options.target.starts_with('#')) {
+        return {};
+    }
+    const TargetList list = session.ListTargets();
+    std::vector<TargetRow> rows = list.rows;
+    const std::vector<TargetRow> wholes = WholeDiskRows(list);
+    rows.insert(rows.end(), wholes.begin(), wholes.end());
+    for (const TargetRow& row : rows) {
+        if (row.number != source.letter) {
+            continue;
+        }
+        return "Copying " + std::string(KindName(row.kind)) + " " + Printable(options.target) +
+               ", " + Printable(row.node.string()) +
+               (row.fileSystem.empty() ? "" : ", " + Printable(row.fileSystem)) +
+               (row.label.empty() ? "" : ", " + Printable(row.label)) + ": " +
+               SizeText(source.ByteCount()) + " from sector " + std::to_string(source.startSector) +
+               " of disk " + std::to_string(row.disk.number) + " (" +
+               Printable(row.disk.node.string()) +
+               (row.disk.model.empty() ? "" : ", " + Printable(row.disk.model)) + ").";
+    }
+    return {};
+}
+
 ExitStatus Run(const CommandOptions& options, CommandStreams& streams, Session& session)
 {
     const CancelScope cancel;
     const ResolvedTarget source = session.Resolve(options.target);
     if (const auto* refusal = std::get_if<TargetRefusal>(&source)) {
         return Refuse(WhyNot(*refusal), streams);
+    }
+    const std::string copied = WhatIsCopied(std::get<ScanTarget>(source), options, session);
+    if (!copied.empty() && !options.quiet) {
+        streams.err << copied << '\n';
     }
     if (options.rescue) {
         return RunRescue(std::get<ScanTarget>(source), options, streams, &IsAllowed);

@@ -27,6 +27,9 @@ std::string TimeColumn(std::uint64_t fileTime)
 
 void WriteLine(std::ostream& out, const ReportedFile& file)
 {
+    if (file.part != 0) {
+        out << std::left << std::setw(5) << "#" + std::to_string(file.part);
+    }
     const FileRecord& record = file.row.record;
     std::string path = file.folderPath + std::string(record.NameText());
     std::replace(path.begin(), path.end(), '\\', '/');
@@ -53,11 +56,12 @@ ExitStatus Run(const CommandOptions& options, CommandStreams& streams, Session& 
         report.emplace(streams.out, options.target);
     } else if (!rows.empty()) {
         streams.out
+            << (run.HasParts() ? "Part " : "")
             << "        Size  Written             Created             Accessed            Head "
                "Store#Record  Path\n";
     }
     for (const FoundRow& row : rows) {
-        const ReportedFile file = ReportOf(row, *run.Source());
+        const ReportedFile file = ReportOf(row, run);
         if (report) {
             report->Add(file);
         } else {
@@ -65,8 +69,7 @@ ExitStatus Run(const CommandOptions& options, CommandStreams& streams, Session& 
         }
     }
     if (report) {
-        report->SetScan(run.Scanned());
-        report->Finish(run.Cancelled());
+        report->Finish(run);
     }
     run.Note(CountText(rows.size(), "file") + " of the types asked for.");
     return run.Status();
@@ -76,5 +79,6 @@ ExitStatus Run(const CommandOptions& options, CommandStreams& streams, Session& 
 
 const Command ListCommand = {"list", "scan a target and list the found files",
                              "  lumivault-cli list card.img --types jpg,mp4\n"
+                             "  lumivault-cli list 'disk.img#2' --types jpg\n"
                              "  lumivault-cli list card.img --types all --json\n",
                              &AddOptions, &Run};

@@ -1,5 +1,6 @@
 // lumivault-cli: the engines for terminals, scripts and machines without a screen.
 #include "cli/CommandLine.h"
+#include "platform/Process.h"
 #include "platform/Terminal.h"
 #include "session/Session.h"
 
@@ -13,6 +14,7 @@ int main(int count, char** arguments)
         std::signal(SIGXFSZ, SIG_IGN);  // a limit on the size of files is an error like a full disk
         std::signal(SIGPIPE, SIG_IGN);  // a reader that has gone stops no restoring
         OpenStandardStreams();
+        RaiseOpenFileLimit();
         std::ios::sync_with_stdio(false);
         CommandStreams streams{std::cout, std::cerr, StandardErrorIsTerminal(), nullptr};
         if (streams.errIsTerminal && StandardInputIsTerminal()) {

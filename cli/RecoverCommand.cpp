@@ -8,7 +8,6 @@
 
 #include <CLI/CLI.hpp>
 
-#include <array>
 #include <ostream>
 
 namespace {
@@ -85,7 +84,7 @@ Answer Restorer::OnProgress(const RestoreProgress& progress)
 void Restorer::OnFile(const FoundRow& row, const FileOutcome& outcome)
 {
     if (m_report) {
-        m_report->Add(ReportOf(row, *m_run.Source(), outcome));
+        m_report->Add(ReportOf(row, m_run, outcome));
     }
     if (const std::string error = WhatWentWrong(outcome); !error.empty()) {
         m_run.Line().Clear();
@@ -100,9 +99,8 @@ ExitStatus Restorer::Run(Destination& destination)
         [this](ScanSession* /*source*/, const FoundRow& row, const FileOutcome& outcome) {
             OnFile(row, outcome);
         }};
-    const std::array sources = {m_run.Source()};
     const RestoreOutcome outcome =
-        RestoreFiles(sources, m_run.Rows(), destination, calls, OptionsOf(m_options));
+        RestoreFiles(m_run.Sources(), m_run.Rows(), destination, calls, OptionsOf(m_options));
     m_run.Line().Clear();
     if (outcome.fault != ResultSuccess) {
         return Refuse(WhyBroken(outcome.fault), m_streams);
@@ -115,8 +113,7 @@ ExitStatus Restorer::Finish(const RestoreOutcome& outcome, const std::filesystem
     const std::size_t found = m_run.Rows().size();
     const bool cancelled = m_run.Cancelled();
     if (m_report) {
-        m_report->SetScan(m_run.Scanned());
-        m_report->Finish(cancelled, &outcome);
+        m_report->Finish(m_run, &outcome);
     } else if (!m_options.quiet) {
         WriteSum(outcome, folder);
     }
@@ -181,7 +178,7 @@ std::optional<Refusal> CheckRoom(const Destination& destination,
         return std::nullopt;
     }
     const DestinationRoom room =
-        RoomFor(run.Rows(), *run.Source(), destination, OptionsOf(options));
+        RoomFor(run.Rows(), run.Sources(), destination, OptionsOf(options));
     const bool allowed =
         room.IsEnough() || Ask("The files need " + SizeText(room.neededBytes) + ", and " +
                                    Printable(destination.Folder().string()) + " has " +
@@ -200,7 +197,7 @@ ExitStatus Run(const CommandOptions& options, CommandStreams& streams, Session& 
     ScanRun run(options, streams, session);
     std::optional<Refusal> refusal = run.OpenTarget();
     if (!refusal) {
-        refusal = Prepare(destination, run.Source()->Target(), options, streams);
+        refusal = Prepare(destination, run.Target(), options, streams);
     }
     if (!refusal) {
         refusal = run.Scan();

@@ -1,6 +1,7 @@
 // lumivault-cli scan: a table of what was found, by family and extension.
 #include "cli/ScanRun.h"
 #include "cli/TextForms.h"
+#include "cli/Words.h"
 #include "platform/Text.h"
 #include "recovery/FileTypeCatalogue.h"
 
@@ -58,6 +59,22 @@ void WriteTable(const std::vector<FoundRow>& rows, std::ostream& out)
     WriteRow(out, "all", "", all);
 }
 
+void WriteParts(const ScanRun& run, std::ostream& out)
+{
+    out << "\nPart   Kind       File system        Size    Files\n";
+    for (const ScanPart& part : run.Parts()) {
+        const TargetRow& row = *part.row;
+        out << std::left << std::setw(7) << "#" + std::to_string(unsigned{row.number})
+            << std::setw(11) << KindName(row.kind) << std::setw(12) << Printable(row.fileSystem)
+            << std::right << std::setw(11) << SizeText(row.sectorCount * row.disk.sectorSize);
+        if (part.state == PartState::Scanned) {
+            out << std::setw(9) << part.files << '\n';
+        } else {
+            out << std::setw(9) << '-' << '\n';
+        }
+    }
+}
+
 ExitStatus Run(const CommandOptions& options, CommandStreams& streams, Session& session)
 {
     ScanRun run(options, streams, session);
@@ -65,6 +82,9 @@ ExitStatus Run(const CommandOptions& options, CommandStreams& streams, Session& 
         return Refuse(*refusal, streams);
     }
     WriteTable(run.Rows(), streams.out);
+    if (run.HasParts()) {
+        WriteParts(run, streams.out);
+    }
     return run.Status();
 }
 
@@ -73,5 +93,7 @@ ExitStatus Run(const CommandOptions& options, CommandStreams& streams, Session& 
 const Command ScanCommand = {"scan",
                              "scan a target and show what can be found, by family and extension",
                              "  lumivault-cli scan card.img\n"
+                             "  lumivault-cli scan disk.img             all partitions and gaps\n"
+                             "  lumivault-cli scan 'disk.img#2'\n"
                              "  sudo lumivault-cli scan /dev/sdb1\n",
                              &AddScanOptions, &Run};

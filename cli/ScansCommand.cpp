@@ -3,6 +3,7 @@
 #include "cli/TextForms.h"
 #include "cli/Words.h"
 #include "session/Session.h"
+#include "session/TargetParts.h"
 
 #include <CLI/CLI.hpp>
 #include <json/json.h>
@@ -12,13 +13,41 @@
 
 namespace {
 
-// The image's path, or the drive and range.
+// The number of a part that an image's table has now, as the other commands take it; nothing where it has changed.
+std::optional<std::uint32_t> PartNumberOf(const EarlierScan& scan)
+{
+    ScanTarget image;
+    image.imagePath = scan.imagePath;
+    for (const TargetRow& row : PartsOf(image, PartFacts::Places).rows) {
+        if (row.startSector == scan.startSector && row.sectorCount == scan.sectorCount) {
+            return row.number;
+        }
+    }
+    return std::nullopt;
+}
+
+// Of an image the whole begins at 0 and has all its sectors; one that has grown since counts as a part.
+bool IsPartOfImage(const EarlierScan& scan)
+{
+    constexpr std::uint64_t ImageSectorBytes = 512;
+    std::error_code error;
+    const std::uintmax_t bytes = std::filesystem::file_size(scan.imagePath, error);
+    return scan.startSector != 0 || (!error && scan.sectorCount != bytes / ImageSectorBytes);
+}
+
+// The image's path, or the drive, and the range of it.
 std::string TargetOf(const EarlierScan& scan)
 {
-    return !scan.imagePath.empty() ? scan.imagePath.string()
-                                   : "drive " + std::to_string(scan.diskNumber) + ", sectors " +
-                                         std::to_string(scan.startSector) + " to " +
-                                         std::to_string(scan.startSector + scan.sectorCount);
+    const std::string range = ", sectors " + std::to_string(scan.startSector) + " to " +
+                              std::to_string(scan.startSector + scan.sectorCount);
+    if (scan.imagePath.empty()) {
+        return "drive " + std::to_string(scan.diskNumber) + range;
+    }
+    if (!IsPartOfImage(scan)) {
+        return scan.imagePath.string();
+    }
+    const std::optional<std::uint32_t> part = PartNumberOf(scan);
+    return scan.imagePath.string() + (part ? "#" + std::to_string(*part) : std::string()) + range;
 }
 
 void WriteJson(const std::vector<EarlierScan>& scans, std::ostream& out)
@@ -28,6 +57,8 @@ void WriteJson(const std::vector<EarlierScan>& scans, std::ostream& out)
         Json::Value row;
         row["number"] = scan.number;
         row["target"] = Printable(TargetOf(scan));
+        row["startSector"] = Json::UInt64{scan.startSector};
+        row["sectorCount"] = Json::UInt64{scan.sectorCount};
         row["date"] = TimeText(scan.savedAt);
         row["state"] = StateOf(scan);
         row["files"] = Json::UInt64{scan.files};

@@ -4,26 +4,38 @@
 #include "cli/Words.h"
 #include "platform/Text.h"
 #include "session/Session.h"
+#include "session/TargetParts.h"
 
+#include <CLI/CLI.hpp>
 #include <json/json.h>
 
+#include <algorithm>
 #include <iomanip>
 #include <ostream>
 #include <vector>
 
 namespace {
 
-std::string_view KindName(TargetKind kind)
+void AddOptions(CLI::App& app, CommandOptions& options)
 {
-    switch (kind) {
-    case TargetKind::Partition:
-        return "partition";
-    case TargetKind::Gap:
-        return "gap";
-    case TargetKind::Disk:
-        break;
+    app.add_option("TARGET", options.target,
+                   "an image file or a disk, to show its own partitions and gaps; IMAGE#N is the "
+                   "name of one then");
+    AddJsonOption(app, options);
+}
+
+// All of a gap is free, and of a disk without partitions; of a volume its file system has to say.
+bool IsFreeKnown(const TargetRow& row)
+{
+    return row.spaceKnown || (row.kind != TargetKind::Partition && row.freeBytes != 0);
+}
+
+std::string FreeText(const TargetRow& row)
+{
+    if (row.HasFileSystem()) {
+        return IsFreeKnown(row) ? SizeText(row.freeBytes) : "-";
     }
-    return "disk";
+    return {};
 }
 
 void WriteJson(const std::vector<TargetRow>& rows, std::ostream& out)
@@ -41,7 +53,8 @@ void WriteJson(const std::vector<TargetRow>& rows, std::ostream& out)
         target["fileSystem"] = row.fileSystem;
         target["label"] = row.label;
         target["totalBytes"] = Json::UInt64{row.totalBytes};
-        target["freeBytes"] = Json::UInt64{row.freeBytes};
+        target["freeBytes"] =
+            IsFreeKnown(row) ? Json::Value(Json::UInt64{row.freeBytes}) : Json::Value();
         target["mountPoint"] = Utf16ToUtf8(Utf8ToUtf16(row.mountPoint));
         target["removable"] = row.disk.removable;
         target["readable"] = row.disk.readable;
@@ -55,8 +68,15 @@ void WriteJson(const std::vector<TargetRow>& rows, std::ostream& out)
     out << Json::writeString(builder, document) << '\n';
 }
 
+constexpr std::uint32_t ImageDisk = 0x80;  // in place of a disk's number
+
 void WriteDiskLine(const DiskFacts& disk, std::ostream& out)
 {
+    if (disk.number == ImageDisk) {
+        out << "Image  " << Printable(disk.node.string()) << "  " << SizeText(disk.sizeBytes)
+            << '\n';
+        return;
+    }
     out << "Disk " << disk.number << "  " << Printable(disk.node.string()) << "  "
         << SizeText(disk.sizeBytes) << (disk.removable ? "  removable" : "")
         << (disk.readable ? "" : "  not readable by you") << '\n';
@@ -65,10 +85,11 @@ void WriteDiskLine(const DiskFacts& disk, std::ostream& out)
 void WriteRow(const TargetRow& row, std::ostream& out)
 {
     out << std::right << std::setw(5) << "#" + std::to_string(unsigned{row.number}) << "  "
-        << std::left << std::setw(10) << KindName(row.kind) << std::setw(17)
-        << Printable(row.node.string()) << std::setw(12) << Printable(row.fileSystem) << std::right
-        << std::setw(10) << SizeText(row.totalBytes) << std::setw(10)
-        << (row.HasFileSystem() ? SizeText(row.freeBytes) : "") << "  " << Printable(row.label);
+        << std::left << std::setw(9) << KindName(row.kind) << ' ' << std::setw(16)
+        << (row.imagePath.empty() ? Printable(row.node.string()) : std::string()) << ' '
+        << std::setw(12) << Printable(row.fileSystem) << std::right << std::setw(10)
+        << SizeText(row.totalBytes) << std::setw(10) << FreeText(row) << "  "
+        << Printable(row.label);
     if (!row.mountPoint.empty()) {
         out << "  at " << Printable(row.mountPoint);
     }
@@ -94,8 +115,57 @@ void WriteTable(const std::vector<TargetRow>& rows, CommandStreams& streams)
     }
 }
 
+ExitStatus
+Write(const std::vector<TargetRow>& rows, const CommandOptions& options, CommandStreams& streams)
+{
+    if (options.json) {
+        WriteJson(rows, streams.out);
+    } else {
+        WriteTable(rows, streams);
+    }
+    return ExitStatus::Done;
+}
+
+// What one disk or image is cut into, and the whole of it.
+ExitStatus RunOne(const CommandOptions& options, CommandStreams& streams, Session& session)
+{
+    const ResolvedTarget resolved = session.Resolve(options.target);
+    if (const auto* refusal = std::get_if<TargetRefusal>(&resolved)) {
+        return Refuse(WhyNot(*refusal), streams);
+    }
+    TargetParts parts = PartsOf(std::get<ScanTarget>(resolved), PartFacts::Space);
+    if (parts.whole.number == 0) {
+        return Refuse(
+            {ExitStatus::WrongUse, Printable(options.target) +
+                                       " is a part of a disk; give the disk, or an image of one."},
+            streams);
+    }
+    if (parts.rows.empty() && !options.quiet) {
+        streams.err << "There is no table of partitions: it is scanned as one piece.\n";
+    }
+    parts.rows.push_back(std::move(parts.whole));
+    return Write(parts.rows, options, streams);
+}
+
+// Each disk's parts, then the disk itself.
+std::vector<TargetRow> RowsOf(const TargetList& list)
+{
+    std::vector<TargetRow> rows = list.rows;
+    for (TargetRow& whole : WholeDiskRows(list)) {
+        const auto behind =
+            std::find_if(rows.rbegin(), rows.rend(), [&whole](const TargetRow& row) {
+                return row.disk.number == whole.disk.number;
+            });
+        rows.insert(behind.base(), std::move(whole));
+    }
+    return rows;
+}
+
 ExitStatus Run(const CommandOptions& options, CommandStreams& streams, Session& session)
 {
+    if (!options.target.empty()) {
+        return RunOne(options, streams, session);
+    }
     const TargetList list = session.ListTargets();
     if (list.end == ListEnd::OutOfMemory || list.end == ListEnd::Failed) {
         return Refuse(
@@ -108,21 +178,18 @@ ExitStatus Run(const CommandOptions& options, CommandStreams& streams, Session& 
                        "image file or of a block device."},
                       streams);
     }
-    if (options.json) {
-        WriteJson(list.rows, streams.out);
-    } else {
-        WriteTable(list.rows, streams);
-    }
+    const ExitStatus status = Write(RowsOf(list), options, streams);
     if (list.rows.empty() && !options.quiet) {
         streams.err
             << "No disks were found; the other commands also take the path of an image file.\n";
     }
-    return ExitStatus::Done;
+    return status;
 }
 
 }  // namespace
 
 const Command TargetsCommand = {"targets", "show what can be scanned",
                                 "  lumivault-cli targets\n"
+                                "  lumivault-cli targets disk.img\n"
                                 "  lumivault-cli targets --json\n",
-                                &AddJsonOption, &Run};
+                                &AddOptions, &Run};

@@ -15,7 +15,7 @@ Refusal WrongUse(const std::string& sentence)
     return {ExitStatus::WrongUse, sentence};
 }
 
-Refusal WhyNotOpenedBy(const std::string& name, ResultCode why)
+Refusal WhyNotOpenedBy(const std::string& name, ResultCode why, bool isImage)
 {
     switch (why) {
     case ResultFileNotFound:
@@ -39,7 +39,9 @@ Refusal WhyNotOpenedBy(const std::string& name, ResultCode why)
     default:
         return TargetRefused(
             name + ": it cannot be read: " + ErrorText(why) +
-            " Check the cable and the medium, or copy what can be read to an image and scan that.");
+            (isImage ? " Check the medium that the file lies on."
+                     : " Check the cable and the medium, or copy what can be read to an image with "
+                       "'image --rescue' and scan that."));
     }
 }
 
@@ -55,6 +57,9 @@ Refusal WhyNot(const TargetRefusal& refusal)
     case TargetFault::NoSuchNumber:
         return TargetRefused("there is no target #" + std::to_string(refusal.number) +
                              "; 'lumivault-cli targets' lists those that there are.");
+    case TargetFault::NoSuchPart:
+        return TargetRefused(name + " has no part #" + std::to_string(refusal.number) +
+                             "; 'lumivault-cli targets " + name + "' lists those that there are.");
     case TargetFault::NoMedium:
         return TargetRefused(name + ": it holds no medium; put one in and try again.");
     case TargetFault::TooManyDisks:
@@ -68,15 +73,15 @@ Refusal WhyNot(const TargetRefusal& refusal)
             name + ": it is neither a file nor a block device; give an image file or a device.");
     case TargetFault::UnknownFileSystem:
         return TargetRefused(
-            name + ": no file system that can be scanned was found at its start; give a single "
-                   "partition (such as /dev/sdb1) in place of a whole disk, or an image of one.");
+            name + ": no file system that a quick scan can read was found at its start; leave out "
+                   "--fast to look for files by their content.");
     case TargetFault::OutOfMemory:
         return WhyBroken(ResultOutOfMemory);
     case TargetFault::CannotBeOpened:
     case TargetFault::None:
         break;
     }
-    return WhyNotOpenedBy(name, refusal.why);
+    return WhyNotOpenedBy(name, refusal.why, refusal.isImage);
 }
 
 Refusal WhyNot(const LockOutcome& lock)
@@ -184,6 +189,80 @@ Refusal WhyBroken(ResultCode fault)
                              ? "there is not enough memory; close other programs, or ask for fewer "
                                "types."
                              : ErrorText(fault));
+}
+
+namespace {
+
+std::string AName(const TargetContent& content)
+{
+    return "This is " + content.fileSystem;
+}
+
+}  // namespace
+
+std::string WordsFor(const TargetContent& content, bool isQuick)
+{
+    const std::string found = isQuick ? "a quick scan finds nothing there; without --fast files "
+                                        "come back by their content, without names and folders."
+                                      : "files come back by their content alone, without names and "
+                                        "folders.";
+    switch (content.kind) {
+    case ContentKind::NotUnderstood:
+        return AName(content) + ", which is recognised and not understood: " + found;
+    case ContentKind::Encrypted:
+        return AName(content) + ", an encrypted volume: nothing in it can be recognised. Unlock "
+                                "it, and scan the device that the system shows for it then.";
+    case ContentKind::Swap:
+        return AName(content) + ": pieces of files may come back by their content, seldom whole "
+                                "ones.";
+    case ContentKind::VolumeGroup:
+        return AName(content) +
+               ", a part of a volume group: scan the volumes that the system "
+               "shows for it; here " +
+               found;
+    case ContentKind::Array:
+        return AName(content) +
+               ", a part of an array of disks: scan the device that the system "
+               "shows for the array; here " +
+               found;
+    case ContentKind::Unknown:
+    case ContentKind::Understood:
+        break;
+    }
+    return {};
+}
+
+Refusal WhyNotQuick(const TargetRefusal& refusal, const TargetContent& content)
+{
+    const std::string words = WordsFor(content, true);
+    return words.empty() ? WhyNot(refusal) : TargetRefused(Printable(refusal.name) + ": " + words);
+}
+
+std::string WhatElse(const CommandOptions& options)
+{
+    return options.whole ? std::string()
+                         : std::string(" --whole ") + (options.fast ? "in place of --fast " : "") +
+                               "reads every sector, whatever the tables of the file system say.";
+}
+
+std::string_view KindName(TargetKind kind)
+{
+    switch (kind) {
+    case TargetKind::Partition:
+        return "partition";
+    case TargetKind::Gap:
+        return "gap";
+    case TargetKind::Disk:
+        break;
+    }
+    return "disk";
+}
+
+std::string NameOfPart(const TargetRow& row)
+{
+    return "Part " + std::to_string(unsigned{row.number}) + " (" + std::string(KindName(row.kind)) +
+           (row.fileSystem.empty() ? "" : ", " + Printable(row.fileSystem)) + ", " +
+           SizeText(row.sectorCount * row.disk.sectorSize) + ")";
 }
 
 std::string WhatWentWrong(const FileOutcome& outcome)

@@ -7,6 +7,8 @@
 #include "session/RestoreFiles.h"
 #include "session/ScanHistory.h"
 #include "session/ScanTarget.h"
+#include "session/TargetContent.h"
+#include "session/TargetList.h"
 
 #include <string>
 
@@ -22,6 +24,17 @@ Refusal WhyNoRecordsIn(const std::filesystem::path& folder);
 Refusal WhyNoTypes(const std::string& list);
 // What ended a whole task: no memory, or worse.
 Refusal WhyBroken(ResultCode fault);
+
+// A quick scan of what it cannot read.
+Refusal WhyNotQuick(const TargetRefusal& refusal, const TargetContent& content);
+// A sentence about what was recognised and is not understood, and what a scan can do there; empty for the rest.
+std::string WordsFor(const TargetContent& content, bool isQuick);
+// What else can be tried where the quick stage has failed; begins with a space.
+std::string WhatElse(const CommandOptions& options);
+// "Part 2 (partition, FAT32, 20.0 MB)".
+std::string NameOfPart(const TargetRow& row);
+// "partition", "gap", "disk".
+std::string_view KindName(TargetKind kind);
 
 // What is told of a file beside its path; empty when all is well, or when it was not tried.
 std::string WhatWentWrong(const FileOutcome& outcome);

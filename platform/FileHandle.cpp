@@ -114,6 +114,13 @@ ResultCode FileHandle::OpenDirect(FileHandle& outHandle) const
     return ResultSuccess;
 }
 
+bool FileHandle::SetDirect(bool direct) const
+{
+    const int flags = IsBlockDevice() ? ::fcntl(m_descriptor, F_GETFL) : -1;
+    return flags >= 0 &&
+           ::fcntl(m_descriptor, F_SETFL, direct ? flags | O_DIRECT : flags & ~O_DIRECT) == 0;
+}
+
 ResultCode FileHandle::Duplicate(FileHandle& outHandle) const
 {
     const int descriptor = ::fcntl(m_descriptor, F_DUPFD_CLOEXEC, 0);

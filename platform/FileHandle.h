@@ -33,6 +33,9 @@ public:
     // Another opening of the same device that goes past the system's cache: a sector that cannot be read does not take those
     // around it with it. ResultNotSupported for what is no device; a user without rights to it may be refused.
     [[nodiscard]] ResultCode OpenDirect(FileHandle& outHandle) const;
+    // The same for this opening, which duplicates of it share: for one that somebody else has made, with rights that this
+    // user does not have. False for what is no device, or when the system does not do it.
+    bool SetDirect(bool direct) const;
     // A second handle of the same opening. The other one is replaced only on success.
     [[nodiscard]] ResultCode Duplicate(FileHandle& outHandle) const;
 

@@ -14,6 +14,8 @@
 std::int32_t ProcessNumber();
 // Of the user that this process acts as.
 std::uint32_t UserNumber();
+// As many files as the system allows it may be open at once: a table of partitions can have hundreds of rows.
+void RaiseOpenFileLimit();
 // Also one of another user.
 bool ProcessIsAlive(std::int32_t number);
 // Kills every process of this user that has that name, by its first 15 bytes, which is what the system keeps of it. The

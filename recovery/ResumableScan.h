@@ -50,6 +50,8 @@ public:
     virtual void ReadUnreadAgain() = 0;
     // The scan that ended last stands in the log, so that it can be gone on with or taken as it is.
     virtual bool StandsInLog() const = 0;
+    // Why the quick stage of the scan that ended last failed. A scan of all sectors goes on without it, any other ends there.
+    virtual ResultCode QuickFault() const { return ResultSuccess; }
 
 protected:
     ~IResumableScan() = default;

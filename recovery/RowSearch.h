@@ -4,6 +4,7 @@
 #include "recovery/FoundRow.h"
 
 #include <cstdint>
+#include <span>
 #include <string_view>
 #include <vector>
 
@@ -22,4 +23,4 @@ public:
 };
 
 // The order of SearchRecords.
-void SortRows(FoundRowList& rows);
+void SortRows(std::span<FoundRow> rows);

@@ -5,5 +5,5 @@ enum class ScanDepth
 {
     Quick,  // what the file system still knows
     Deep,   // that, then one pass over the sectors that the file system does not use
-    Whole   // one pass over all sectors, whatever the file system says
+    Whole   // the same, and the pass goes over all sectors, whatever the file system says
 };

@@ -187,14 +187,9 @@ ScanLogEntry* ScanLogDirectory::FindEntry(std::vector<ScanLogEntry>& entries,
                                           const ScanIdentity& target) const
 {
     const auto found = std::find_if(entries.begin(), entries.end(), [&](const ScanLogEntry& entry) {
-        if (!IsLogFolder(LogFolderOf(entry))) {
-            return false;  // names a folder that is none of ours: damaged, or made to mislead
-        }
-        if (!target.imagePath.empty()) {
-            return ImagePathOf(entry) == target.imagePath;
-        }
-        return entry.diskNumber == target.diskNumber && entry.startLba == target.startLba &&
-               entry.sectorCount == target.sectorCount;
+        // One that names a folder that is none of ours is damaged, or made to mislead.
+        return IsLogFolder(LogFolderOf(entry)) && IsOfSource(entry, target) &&
+               entry.startLba == target.startLba && entry.sectorCount == target.sectorCount;
     });
     return found != entries.end() ? &*found : nullptr;
 }
@@ -217,10 +212,27 @@ bool ScanLogDirectory::FindUnchanged(std::vector<ScanLogEntry>& entries,
     return true;
 }
 
+// An image that has grown or was cut has other ranges: the earlier one with the same start would never be found again.
+void ScanLogDirectory::DropOutdated(const ScanIdentity& target, std::uint64_t stamp)
+{
+    if (target.imagePath.empty()) {
+        return;
+    }
+    std::vector<ScanLogEntry> all = m_entries;
+    all.insert(all.end(), m_killed.begin(), m_killed.end());
+    for (const ScanLogEntry& entry : all) {
+        if (IsLogFolder(LogFolderOf(entry)) && IsOfSource(entry, target) &&
+            entry.startLba == target.startLba && entry.imageTime != stamp) {
+            (void)DeleteLogLocked(LogFolderOf(entry));  // what stays is not listed any more
+        }
+    }
+}
+
 bool ScanLogDirectory::FindScan(const ScanSource& target, ScanLogEntry& outEntry)
 {
     const std::uint64_t stamp = StampOf(target);
     const std::lock_guard guard(m_lock);
+    DropOutdated(target.Identity(), stamp);
     return FindUnchanged(m_killed, target.Identity(), stamp, outEntry) ||
            FindUnchanged(m_entries, target.Identity(), stamp, outEntry);
 }

@@ -39,7 +39,8 @@ public:
     // Never changes.
     const std::filesystem::path& Root() const { return m_root; }
 
-    // The earlier scan of a target, if one stands in the log: one that was killed in front of one that was saved. A target
+    // The earlier scan of a target, if one stands in the log: one of the same range of the same drive or image, one that was
+    // killed in front of one that was saved. A target
     // that has changed since loses its log.
     bool FindScan(const ScanSource& target, ScanLogEntry& outEntry);
     // An entry for a scan whose stores lie in a log folder, not entered yet. False when its paths do not fit.
@@ -80,6 +81,7 @@ private:
                        const ScanIdentity& target,
                        std::uint64_t stamp,
                        ScanLogEntry& outEntry);
+    void DropOutdated(const ScanIdentity& target, std::uint64_t stamp);
     ResultCode DeleteLogLocked(const std::filesystem::path& logFolder);
     [[nodiscard]] ResultCode SaveLocked() const;
 

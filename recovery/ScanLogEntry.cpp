@@ -42,6 +42,12 @@ std::filesystem::path LogFolderOf(const ScanLogEntry& entry)
     return PathIn(entry, offsetof(ScanLogEntry, logFolder));
 }
 
+bool IsOfSource(const ScanLogEntry& entry, const ScanIdentity& target)
+{
+    return target.imagePath.empty() ? entry.diskNumber == target.diskNumber
+                                    : ImagePathOf(entry) == target.imagePath;
+}
+
 bool SetImagePath(ScanLogEntry& entry, const std::filesystem::path& path)
 {
     return PutPath(entry, offsetof(ScanLogEntry, imagePath), path);

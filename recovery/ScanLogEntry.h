@@ -39,6 +39,8 @@ static_assert(offsetof(ScanLogEntry, logFolder) == 600);
 // The paths of an entry; a text without an end is cut.
 std::filesystem::path ImagePathOf(const ScanLogEntry& entry);
 std::filesystem::path LogFolderOf(const ScanLogEntry& entry);
+// The entry is of that image or drive, whatever range of it: the two never meet.
+bool IsOfSource(const ScanLogEntry& entry, const ScanIdentity& target);
 // Store a path. False, with the entry untouched, for one of more than 259 units or one that is no UTF-8: cut or changed it
 // would name something else.
 [[nodiscard]] bool SetImagePath(ScanLogEntry& entry, const std::filesystem::path& path);

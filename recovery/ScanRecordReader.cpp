@@ -251,6 +251,16 @@ ResultCode ScanRecordReader::GetRecordPath(const FileRecord* record, std::string
     return ResultSuccess;
 }
 
+std::uint64_t ScanRecordReader::CountRecords() const
+{
+    FileHandle file;
+    std::uint64_t length = 0;
+    if (file.OpenForReading(m_mainPath) != ResultSuccess || file.Size(&length) != ResultSuccess) {
+        return 0;
+    }
+    return length / sizeof(FileRecord);
+}
+
 std::int32_t ScanRecordReader::SearchRecords(std::string_view extensionPattern,
                                              const SearchProgress& progress,
                                              const TakeRow& take) const

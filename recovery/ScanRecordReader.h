@@ -10,6 +10,7 @@
 #include <filesystem>
 #include <functional>
 #include <memory>
+#include <span>
 #include <string>
 #include <string_view>
 #include <unordered_map>
@@ -50,6 +51,8 @@ public:
     std::int32_t SearchRecords(std::string_view extensionPattern,
                                const SearchProgress& progress,
                                const TakeRow& take) const;
+    // How many records there are to search; 0 when that is not known.
+    std::uint64_t CountRecords() const;
 
 private:
     bool
@@ -83,4 +86,4 @@ private:
 
 // The order of every list: files before folders, each by name, bytes compared as unsigned without regard to
 // case. Equal names keep their order.
-void SortRecords(FileRecordList& records);
+void SortRecords(std::span<FileRecord> records);

@@ -166,14 +166,46 @@ std::int32_t CStoreEngine::Search(std::string_view extensionPattern,
         take);
 }
 
-std::int32_t CStoreEngine::SearchRecords(std::string_view extensionPattern,
+std::uint64_t CStoreEngine::CountStored()
+{
+    if (m_store == nullptr) {
+        return 0;
+    }
+    FlushStore();
+    return m_reader->CountRecords();
+}
+
+std::int32_t CStoreEngine::AppendRecords(std::string_view extensionPattern,
                                          FileRecordList& outRecords)
 {
+    const std::size_t before = outRecords.size();
+    outRecords.reserve(before + CountStored());
     const std::int32_t result =
         Search(extensionPattern, [&outRecords](const FileRecord& record, std::uint32_t /*place*/) {
             outRecords.push_back(record);
         });
-    if (m_store != nullptr) {
+    SortRecords(std::span(outRecords).subspan(before));
+    return result;
+}
+
+std::int32_t CStoreEngine::AppendRows(std::string_view extensionPattern, FoundRowList& outRows)
+{
+    const std::size_t before = outRows.size();
+    outRows.reserve(before + CountStored());
+    const std::int32_t result =
+        Search(extensionPattern, [&outRows](const FileRecord& record, std::uint32_t place) {
+            outRows.push_back({record, {record.EngineKind, place}, std::nullopt});
+        });
+    SortRows(std::span(outRows).subspan(before));
+    return result;
+}
+
+std::int32_t CStoreEngine::SearchRecords(std::string_view extensionPattern,
+                                         FileRecordList& outRecords)
+{
+    const bool wasEmpty = outRecords.empty();
+    const std::int32_t result = AppendRecords(extensionPattern, outRecords);
+    if (m_store != nullptr && !wasEmpty) {
         SortRecords(outRecords);
     }
     return result;
@@ -181,11 +213,9 @@ std::int32_t CStoreEngine::SearchRecords(std::string_view extensionPattern,
 
 std::int32_t CStoreEngine::SearchRows(std::string_view extensionPattern, FoundRowList& outRows)
 {
-    const std::int32_t result =
-        Search(extensionPattern, [&outRows](const FileRecord& record, std::uint32_t place) {
-            outRows.push_back({record, {record.EngineKind, place}, std::nullopt});
-        });
-    if (m_store != nullptr) {
+    const bool wasEmpty = outRows.empty();
+    const std::int32_t result = AppendRows(extensionPattern, outRows);
+    if (m_store != nullptr && !wasEmpty) {
         SortRows(outRows);
     }
     return result;

@@ -58,6 +58,11 @@ public:
     std::int32_t SearchRecords(std::string_view extensionPattern,
                                FileRecordList& outRecords) override;
     std::int32_t SearchRows(std::string_view extensionPattern, FoundRowList& outRows) override;
+    // Records that a search goes through; 0 when that is not known.
+    std::uint64_t CountStored();
+    // The same as the two searches, and what stood there before is left alone.
+    std::int32_t AppendRecords(std::string_view extensionPattern, FileRecordList& outRecords);
+    std::int32_t AppendRows(std::string_view extensionPattern, FoundRowList& outRows);
     ResultCode ReadRecordData(const FileRecord* record,
                               std::filesystem::path& tempPathInOut,
                               std::uint8_t* buffer,

@@ -5,31 +5,13 @@
 #include "session/TargetPlace.h"
 #include "storage/DriveRegistry.h"
 #include "storage/RescueCopier.h"
+#include "storage/RescuedImage.h"
 
 #include <utility>
 
 namespace fs = std::filesystem;
 
 namespace {
-
-constexpr std::uint64_t LargestMapFile = 64 << 20;  // more than a million bad places
-
-std::optional<RescueMap> ReadMap(const fs::path& file)
-{
-    FileHandle handle;
-    std::uint64_t size = 0;
-    if (handle.OpenForReading(file) != ResultSuccess || !handle.IsRegularFile() ||
-        handle.Size(&size) != ResultSuccess || size > LargestMapFile) {
-        return std::nullopt;
-    }
-    std::string text(size, '\0');
-    std::size_t got = 0;
-    if (handle.ReadAt(0, text.data(), text.size(), &got) != ResultSuccess) {
-        return std::nullopt;
-    }
-    text.resize(got);
-    return RescueMap::Parse(text);
-}
 
 RescueStep StepOf(RescuePhase phase)
 {
@@ -88,9 +70,7 @@ RescueTask::RescueTask(const ScanTarget& source, const fs::path& file)
 
 fs::path RescueTask::MapFile() const
 {
-    fs::path file = m_image.File();
-    file += ".map";
-    return file;
+    return RescueMapFileOf(m_image.File());
 }
 
 RescueProblem RescueTask::LookAtMap()
@@ -99,7 +79,7 @@ RescueProblem RescueTask::LookAtMap()
     if (!PathExists(MapFile())) {
         return problem;
     }
-    const std::optional<RescueMap> map = ReadMap(MapFile());
+    const std::optional<RescueMap> map = ReadRescueMap(MapFile());
     if (!map) {
         problem.fault = RescueFault::BrokenMap;
         return problem;
@@ -186,7 +166,7 @@ void RescueTask::Rescue(std::uint32_t retries,
         return;
     }
     // Read again, since another process may have had it until now.
-    RescueMap map = m_goesOn ? ReadMap(MapFile()).value_or(RescueMap()) : RescueMap();
+    RescueMap map = m_goesOn ? ReadRescueMap(MapFile()).value_or(RescueMap()) : RescueMap();
     map = map.TotalBytes() <= m_source.ByteCount() ? std::move(map) : RescueMap();
     map.GrowTo(m_source.ByteCount());
     map.AlignTo(m_source.sectorSize);

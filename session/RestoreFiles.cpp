@@ -21,6 +21,15 @@ FileEnd EndOf(ResultCode why, const FileOutcome& outcome)
     return why == ResultCancelled ? FileEnd::Cancelled : FileEnd::Failed;
 }
 
+ScanSession* FindSource(std::span<const std::shared_ptr<ScanSession>> sources,
+                        const FileRecord& record)
+{
+    const auto found = std::find_if(sources.begin(), sources.end(), [&record](const auto& source) {
+        return source->Target().letter == record.DriveLetter;
+    });
+    return found != sources.end() ? found->get() : nullptr;
+}
+
 std::uint64_t SizeOfFile(const std::filesystem::path& path)
 {
     std::error_code error;
@@ -49,7 +58,6 @@ public:
     RestoreOutcome Outcome() const { return m_outcome; }
 
 private:
-    ScanSession* SourceOf(const FileRecord& record) const;
     void Count(const FileOutcome& outcome);
     FileOutcome TakeFile(ScanSession* source, const FoundRow& row);
     ResultCode Copy(ScanSession& source,
@@ -70,15 +78,6 @@ private:
     RestoreOutcome m_outcome;
 };
 
-ScanSession* Restoring::SourceOf(const FileRecord& record) const
-{
-    const auto found =
-        std::find_if(m_sources.begin(), m_sources.end(), [&record](const auto& source) {
-            return source->Target().letter == record.DriveLetter;
-        });
-    return found != m_sources.end() ? found->get() : nullptr;
-}
-
 bool Restoring::GoesOn()
 {
     if (!m_outcome.stopped && m_calls.onProgress &&
@@ -90,7 +89,7 @@ bool Restoring::GoesOn()
 
 void Restoring::Take(const FoundRow& row)
 {
-    ScanSession* const source = SourceOf(row.record);
+    ScanSession* const source = FindSource(m_sources, row.record);
     ++m_progress.number;
     m_progress.percent = 0;
     m_progress.error = ResultSuccess;
@@ -221,10 +220,14 @@ void Restoring::Finish(const std::filesystem::path& part,
 
 }  // namespace
 
-DestinationRoom RoomFor(std::span<const FoundRow> rows,
-                        const ScanSession& source,
-                        const Destination& destination,
-                        const RestoreOptions& options)
+namespace {
+
+// foldersOf gives what stands above a record.
+template <class FoldersOf>
+DestinationRoom RoomForFiles(std::span<const FoundRow> rows,
+                             const Destination& destination,
+                             const RestoreOptions& options,
+                             const FoldersOf& foldersOf)
 {
     DestinationRoom room;
     room.freeBytes = destination.FreeBytes().value_or(UINT64_MAX);
@@ -236,14 +239,35 @@ DestinationRoom RoomFor(std::span<const FoundRow> rows,
         return room;
     }
     for (const FoundRow& row : rows) {
-        const std::string folders =
-            destination.KeepsTree() ? source.FolderPath(row.record) : std::string();
+        const std::string folders = destination.KeepsTree() ? foldersOf(row.record) : std::string();
         if (destination.HasAlready(row.record, folders)) {
             const std::uint64_t size = row.record.FileSize;
             room.neededBytes -= std::min(size, room.neededBytes);
         }
     }
     return room;
+}
+
+}  // namespace
+
+DestinationRoom RoomFor(std::span<const FoundRow> rows,
+                        const ScanSession& source,
+                        const Destination& destination,
+                        const RestoreOptions& options)
+{
+    return RoomForFiles(rows, destination, options,
+                        [&source](const FileRecord& record) { return source.FolderPath(record); });
+}
+
+DestinationRoom RoomFor(std::span<const FoundRow> rows,
+                        std::span<const std::shared_ptr<ScanSession>> sources,
+                        const Destination& destination,
+                        const RestoreOptions& options)
+{
+    return RoomForFiles(rows, destination, options, [sources](const FileRecord& record) {
+        const ScanSession* const source = FindSource(sources, record);
+        return source != nullptr ? source->FolderPath(record) : std::string();
+    });
 }
 
 RestoreOutcome RestoreFiles(std::span<const std::shared_ptr<ScanSession>> sources,

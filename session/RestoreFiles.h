@@ -91,6 +91,11 @@ DestinationRoom RoomFor(std::span<const FoundRow> rows,
                         const ScanSession& source,
                         const Destination& destination,
                         const RestoreOptions& options);
+// The same of files of several sources, each of which is found as below.
+DestinationRoom RoomFor(std::span<const FoundRow> rows,
+                        std::span<const std::shared_ptr<ScanSession>> sources,
+                        const Destination& destination,
+                        const RestoreOptions& options);
 
 // A row's source is the one whose target's letter its record carries; a row without one fails. Whatever goes wrong with one file
 // does not end the others. Until a file is done it has a name that says so; what came of one that failed stands in the end

@@ -133,6 +133,7 @@ ResultCode OnScan(void* context,
 void ScanSession::Parts::TellLosses(ScanOutcome& outcome) const
 {
     outcome.canGoOn = resumable != nullptr && resumable->StandsInLog();
+    outcome.quickFault = resumable != nullptr ? resumable->QuickFault() : ResultSuccess;
     if (const auto* const keeper = dynamic_cast<const IKeepsRecords*>(engine.get())) {
         const LostRecords lost = keeper->Lost();
         const SectorRanges unread = keeper->Unread();
@@ -291,6 +292,10 @@ SearchOutcome ScanSession::SearchWhere(std::string_view pattern,
         }
         outcome.rows = RowsOf(*m_parts->engine, pattern);
         std::erase_if(outcome.rows, [&accept](const FoundRow& row) { return !accept(row.record); });
+        // Those of an earlier scan carry what the target was known by then.
+        for (FoundRow& row : outcome.rows) {
+            row.record.DriveLetter = m_parts->target.letter;
+        }
     });
     if (progress) {
         m_parts->engine->SetSearchCallback(nullptr, nullptr);

@@ -46,6 +46,8 @@ struct ScanOutcome
     // folders may be missing.
     std::uint64_t lostRecords = 0;
     ResultCode whyLost = ResultSuccess;
+    // Why the quick stage of a deep scan failed. The scan ended there unless it was to read all sectors.
+    ResultCode quickFault = ResultSuccess;
     // Sectors that could not be read, and in how many places.
     std::uint64_t unreadSectors = 0;
     std::uint64_t unreadPlaces = 0;

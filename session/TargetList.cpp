@@ -4,6 +4,7 @@
 #include "storage/DiskEnumerator.h"
 #include "storage/DriveRegistry.h"
 
+#include <algorithm>
 #include <map>
 
 namespace {
@@ -66,19 +67,51 @@ TargetRow MakeRow(const VolumeRecord& volume, const DiskSeen& disk)
     row.number = volume.Letter;
     row.disk = disk.facts;
     row.node = NodeOf(volume, disk.device);
+    FillRow(row, volume);
+    return row;
+}
+
+}  // namespace
+
+void FillRow(TargetRow& row, const VolumeRecord& volume)
+{
     row.partitionType = volume.PartitionType;
     row.startSector = volume.StartSector;
     row.sectorCount = volume.SectorCount;
     row.totalBytes = volume.TotalBytes;
     row.usedBytes = volume.UsedBytes;
     row.freeBytes = volume.FreeBytes;
+    row.spaceKnown = volume.SpaceKnown;
     row.fileSystem = volume.FileSystemName;
     row.label = volume.VolumeLabel;
     row.mountPoint = WithoutSeparator(volume.RootPath);
-    return row;
 }
 
-}  // namespace
+std::vector<TargetRow> WholeDiskRows(const TargetList& list)
+{
+    std::map<std::uint32_t, TargetRow> wholes;
+    char16_t last = 0;
+    for (const TargetRow& row : list.rows) {
+        last = std::max(last, row.number);
+        TargetRow& whole = wholes[row.disk.number];
+        whole.disk = row.disk;
+        // A disk without partitions, or with a file system that begins at its first sector, has its row.
+        whole.number = row.startSector == 0 ? 1 : whole.number;
+    }
+    std::vector<TargetRow> rows;
+    for (auto& [number, whole] : wholes) {
+        if (whole.number != 0 || whole.disk.sizeBytes < whole.disk.sectorSize) {
+            continue;
+        }
+        whole.kind = TargetKind::Disk;
+        whole.number = ++last;
+        whole.node = whole.disk.node;
+        whole.sectorCount = whole.disk.sizeBytes / whole.disk.sectorSize;
+        whole.totalBytes = whole.disk.sizeBytes;
+        rows.push_back(std::move(whole));
+    }
+    return rows;
+}
 
 ScanTarget TargetOfImage(const std::filesystem::path& file, char16_t id)
 {
@@ -106,6 +139,7 @@ ScanTarget WholeDisk(std::uint32_t diskNumber)
 ScanTarget TargetOf(const TargetRow& row)
 {
     ScanTarget target;
+    target.imagePath = row.imagePath;
     target.letter = row.number;
     target.diskNumber = row.disk.number;
     target.startSector = row.startSector;

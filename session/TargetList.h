@@ -35,7 +35,8 @@ struct TargetRow
     TargetKind kind = TargetKind::Disk;
     char16_t number = 0;  // the same as long as the program runs
     DiskFacts disk;
-    std::filesystem::path node;  // the partition's where the system has one, else the disk's
+    std::filesystem::path imagePath;  // of a part of an image
+    std::filesystem::path node;       // the partition's where the system has one, else the disk's
     std::uint8_t partitionType =
         0;  // 7 NTFS, 11 FAT32, 6 FAT, else the table's byte; 0 without a file system
     std::uint64_t startSector = 0;
@@ -43,6 +44,7 @@ struct TargetRow
     std::uint64_t totalBytes = 0;  // as the file system counts, else the length
     std::uint64_t usedBytes = 0;
     std::uint64_t freeBytes = 0;
+    bool spaceKnown = false;  // a file system tells them; without one all is free
     std::string fileSystem;
     std::string label;
     std::string mountPoint;  // empty when it is not mounted
@@ -65,11 +67,18 @@ enum class ListEnd
     Failed
 };
 
+// What is known of a volume, put into a row. For this room alone.
+void FillRow(TargetRow& row, const struct VolumeRecord& volume);
+
 struct TargetList
 {
     ListEnd end = ListEnd::Complete;
     std::vector<TargetRow> rows;  // disk by disk, by their start
 };
+
+// Rows for the whole of those disks of a list that stand in it only by their parts, to their last sectors. Their numbers follow
+// all others of the list.
+std::vector<TargetRow> WholeDiskRows(const TargetList& list);
 
 // Keep one for the whole run, so that rows keep their numbers. Its lists come one at a time, from any thread.
 class TargetLister

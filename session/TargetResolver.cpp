@@ -3,6 +3,7 @@
 #include "platform/StorageMap.h"
 #include "session/Guard.h"
 #include "session/TargetList.h"
+#include "session/TargetParts.h"
 #include "session/TargetPlace.h"
 #include "storage/DriveRegistry.h"
 
@@ -27,9 +28,12 @@ ResolvedTarget ResolveNumber(const std::string& text, TargetLister& lister)
         return Refuse(text, TargetFault::NotANumber);
     }
     const TargetList list = lister.List({});  // one that cannot be had has no such number
-    for (const TargetRow& row : list.rows) {
+    std::vector<TargetRow> rows = list.rows;
+    const std::vector<TargetRow> wholes = WholeDiskRows(list);
+    rows.insert(rows.end(), wholes.begin(), wholes.end());
+    for (const TargetRow& row : rows) {
         if (row.number == number) {
-            return TargetOf(row);
+            return UpToTheLastSector(TargetOf(row));
         }
     }
     TargetRefusal refusal = Refuse(text, TargetFault::NoSuchNumber);
@@ -133,6 +137,33 @@ ResolvedTarget ResolvePath(const std::string& text)
     return target;
 }
 
+// "disk.img#3": a part of a disk or an image. What is there under the whole name is meant by it.
+ResolvedTarget ResolvePart(const std::string& text)
+{
+    const std::size_t mark = text.rfind('#');
+    unsigned number = 0;
+    const char* const end = text.data() + text.size();
+    std::error_code ignored;
+    if (mark == std::string::npos || mark == 0 ||
+        std::filesystem::exists(std::filesystem::symlink_status(text, ignored))) {
+        return ResolvePath(text);
+    }
+    const auto [stop, error] = std::from_chars(text.data() + mark + 1, end, number);
+    if (error != std::errc() || stop != end) {
+        return ResolvePath(text);
+    }
+    ResolvedTarget whole = ResolvePath(text.substr(0, mark));
+    if (std::holds_alternative<TargetRefusal>(whole)) {
+        return whole;
+    }
+    if (const std::optional<ScanTarget> part = FindPart(std::get<ScanTarget>(whole), number)) {
+        return *part;
+    }
+    TargetRefusal refusal = Refuse(text.substr(0, mark), TargetFault::NoSuchPart);
+    refusal.number = number;
+    return refusal;
+}
+
 }  // namespace
 
 TargetRefusal WhyNotOpened(const std::string& name, ResultCode why)
@@ -147,7 +178,7 @@ ResolvedTarget ResolveTarget(const std::string& text, TargetLister& lister)
 {
     ResolvedTarget resolved;
     const ResultCode fault = RunGuarded([&] {
-        resolved = text.starts_with('#') ? ResolveNumber(text, lister) : ResolvePath(text);
+        resolved = text.starts_with('#') ? ResolveNumber(text, lister) : ResolvePart(text);
     });
     if (fault == ResultOutOfMemory) {
         return Refuse(text, TargetFault::OutOfMemory);

@@ -2,6 +2,7 @@
 
 #include "platform/StorageMap.h"
 #include "storage/DriveRegistry.h"
+#include "storage/RescuedImage.h"
 
 #include <algorithm>
 #include <cstring>
@@ -36,16 +37,22 @@ public:
     {
         if (!m_directTried) {
             m_directTried = true;
-            (void)m_handle.OpenDirect(m_direct);  // else it reads through the cache
+            (void)m_handle.OpenDirect(m_direct);  // without rights to the device: as below
         }
-        if (!m_direct.IsOpen()) {
-            return ReadAt(position, buffer, count, outRead);
+        // For this read alone: others of the same opening need no aligned memory.
+        const bool switched = !m_direct.IsOpen() && m_handle.SetDirect(true);
+        if (!m_direct.IsOpen() && !switched) {
+            return ReadAt(position, buffer, count, outRead);  // through the cache
         }
         m_aligned.resize(count + DirectAlignment);
         void* start = m_aligned.data();
         std::size_t room = m_aligned.size();
         start = std::align(DirectAlignment, count, start, room);
-        const ResultCode result = m_direct.ReadAt(position, start, count, outRead);
+        const ResultCode result =
+            (switched ? m_handle : m_direct).ReadAt(position, start, count, outRead);
+        if (switched) {
+            (void)m_handle.SetDirect(false);  // what set it takes it back
+        }
         std::memcpy(buffer, start, *outRead);
         return result;
     }
@@ -136,6 +143,11 @@ ResultCode OpenImageSource(const std::filesystem::path& path, OpenedSource& outS
     outSource.sectorSize = 512;
     outSource.sizeBytes = sizeBytes;
     outSource.reader = Decorated(std::move(handle));
+    if (SectorRanges missing = MissingSectorsOf(path, outSource.sectorSize); !missing.Empty()) {
+        outSource.missing = std::make_shared<const SectorRanges>(std::move(missing));
+        outSource.reader =
+            MakeMissingReader(std::move(outSource.reader), outSource.missing, outSource.sectorSize);
+    }
     return ResultSuccess;
 }
 

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "platform/FileHandle.h"
+#include "storage/SectorRanges.h"
 
 #include <cstdint>
 #include <filesystem>
@@ -38,6 +39,8 @@ struct OpenedSource
     std::unique_ptr<IByteReader> reader;
     std::uint64_t sizeBytes = 0;
     std::uint32_t sectorSize = 512;  // a drive's logical sector size; 512 for image files
+    // Of an image what the map beside it calls not read: known to fail. Null when nothing is.
+    std::shared_ptr<const SectorRanges> missing;
 };
 
 // Flush brings to the disk what mounted file systems on it still hold in memory, and drops what the system has read of

@@ -1,5 +1,6 @@
 #include "storage/ScanSource.h"
 
+#include <algorithm>
 #include <utility>
 
 ScanSource::ScanSource(ScanIdentity identity, OpenedSource opened)
@@ -60,7 +61,22 @@ ResultCode ScanSource::OpenAgain(std::shared_ptr<ScanSource>* outSource) const
 
 ResultCode ScanSource::ReadStart(std::uint8_t* buffer, std::size_t count) const
 {
-    return ReadWhole(Reader(), StartLba() * SectorSize(), buffer, count);
+    const std::uint64_t start = StartLba() * SectorSize();
+    if (Missing() == nullptr) {
+        return ReadWhole(Reader(), start, buffer, count);
+    }
+    if (start > SizeBytes() || count > SizeBytes() - start) {
+        return ResultShortRead;
+    }
+    std::fill_n(buffer, count, std::uint8_t{0});
+    for (std::size_t at = 0; at < count; at += SectorSize()) {
+        const ResultCode result = ReadWhole(Reader(), start + at, buffer + at,
+                                            std::min<std::size_t>(SectorSize(), count - at));
+        if (result != ResultSuccess && result != ResultReadFault) {
+            return result;
+        }
+    }
+    return ResultSuccess;
 }
 
 SectorRanges ScanSource::Unread() const
@@ -73,6 +89,9 @@ void ScanSource::NoteUnread(std::uint64_t position, std::uint64_t count, ResultC
 {
     if (result == ResultNotConnected || (result == ResultSuccess && position < SizeBytes())) {
         m_gone = true;
+    }
+    if (m_gone) {
+        return;  // all of it is read again when the source is back
     }
     const std::uint64_t unit = SectorSize();
     const std::uint64_t first = position / unit;

@@ -53,7 +53,10 @@ public:
     std::uint64_t TotalSectors() const { return m_opened.sizeBytes / m_opened.sectorSize; }
 
     IByteReader& Reader() const { return *m_opened.reader; }
-    // The first count bytes of the range, or the failure: ResultShortRead when it has less.
+    // Null when nothing is known to fail.
+    const SectorRanges* Missing() const { return m_opened.missing.get(); }
+    // The first count bytes of the range, or the failure: ResultShortRead when it has less. What is known to be missing
+    // comes as zeros: the rest may tell enough.
     [[nodiscard]] ResultCode ReadStart(std::uint8_t* buffer, std::size_t count) const;
 
     // What could not be read so far, of the whole drive or file, by anyone who reads through this source; any thread may

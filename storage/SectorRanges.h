@@ -4,6 +4,8 @@
 #include <cstdint>
 #include <iterator>
 #include <map>
+#include <optional>
+#include <utility>
 
 class SectorRanges
 {
@@ -30,6 +32,17 @@ public:
         for (const auto& [first, end] : others.m_ends) {
             Add(first, end - first);
         }
+    }
+
+    // The first range that ends behind a sector; it may begin in front of it.
+    std::optional<std::pair<std::uint64_t, std::uint64_t>> NextFrom(std::uint64_t sector) const
+    {
+        auto next = m_ends.upper_bound(sector);
+        if (next != m_ends.begin() && std::prev(next)->second > sector) {
+            --next;
+        }
+        return next != m_ends.end() ? std::optional(std::pair(next->first, next->second))
+                                    : std::nullopt;
     }
 
     bool Empty() const { return m_ends.empty(); }

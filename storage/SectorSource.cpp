@@ -76,3 +76,44 @@ ResultCode SectorSource::ReadSectors(std::uint8_t* buffer,
     *outSectorsRead = static_cast<std::int32_t>(done / unit);
     return result;
 }
+
+bool SectorSource::Misses(std::uint64_t lba, std::uint64_t sectorCount) const
+{
+    const SectorRanges* const missing = m_source != nullptr ? m_source->Missing() : nullptr;
+    const auto hole = missing != nullptr ? missing->NextFrom(lba) : std::nullopt;
+    return hole && hole->first < lba + sectorCount;
+}
+
+ResultCode SectorSource::ReadAroundMissing(std::uint8_t* buffer,
+                                           std::int32_t sectorCount,
+                                           std::uint64_t lba,
+                                           std::int32_t sectorSize,
+                                           std::int32_t* outSectorsRead)
+{
+    const auto unit = static_cast<std::size_t>(sectorSize);
+    *outSectorsRead = 0;
+    bool cameAny = false;
+    for (std::int32_t done = 0; done < sectorCount;) {
+        // Piece by piece: from one border of what is missing to the next.
+        const std::uint64_t at = lba + static_cast<std::uint64_t>(done);
+        const auto left = static_cast<std::uint64_t>(sectorCount - done);
+        const auto hole = m_source->Missing()->NextFrom(at);
+        const bool inHole = hole && hole->first <= at;
+        const std::uint64_t border = !hole ? UINT64_MAX : inHole ? hole->second : hole->first;
+        const auto piece = static_cast<std::int32_t>(std::min(left, border - at));
+        std::uint8_t* const place = buffer + static_cast<std::size_t>(done) * unit;
+        std::int32_t got = 0;
+        // A read of what is missing fails, and is noted as one.
+        const ResultCode result = ReadSectors(place, piece, at, sectorSize, &got);
+        if (result != ResultSuccess && !(inHole && result == ResultReadFault)) {
+            return result;
+        }
+        cameAny = cameAny || !inHole;
+        if (inHole) {
+            std::fill_n(place, static_cast<std::size_t>(piece) * unit, std::uint8_t{0});
+        }
+        done += piece;
+    }
+    *outSectorsRead = cameAny ? sectorCount : 0;
+    return cameAny ? ResultSuccess : ResultReadFault;
+}

@@ -29,6 +29,16 @@ public:
                                          std::int32_t sectorSize,
                                          std::int32_t* outSectorsRead);
 
+    // The same, but what the source is known to miss comes as zeros, and what lies behind it comes too. ResultReadFault, with
+    // nothing read, when all of it is missing.
+    [[nodiscard]] ResultCode ReadAroundMissing(std::uint8_t* buffer,
+                                               std::int32_t sectorCount,
+                                               std::uint64_t lba,
+                                               std::int32_t sectorSize,
+                                               std::int32_t* outSectorsRead);
+    // A part of these sectors is known to be missing.
+    bool Misses(std::uint64_t lba, std::uint64_t sectorCount) const;
+
     bool IsOpen() const { return m_source != nullptr; }
     // Another number for every opening in the process, 0 until opened: tells what was cached of one from the rest.
     std::uint64_t OpenNumber() const { return m_openNumber; }

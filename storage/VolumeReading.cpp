@@ -2,6 +2,7 @@
 
 #include "platform/BlockProbe.h"
 #include "platform/Text.h"
+#include "recovery/metadata/FileSystemRecognition.h"
 #include "storage/ByteReader.h"
 #include "storage/VolumeSpace.h"
 
@@ -92,6 +93,7 @@ public:
     }
 
     std::vector<VolumeRecord> FromDisk(FileHandle handle, const std::function<bool()>& goesOn);
+    std::vector<VolumeRecord> FromTable(FileHandle handle, const std::function<bool()>& goesOn);
     std::vector<VolumeRecord> FromSystemTables();
 
     std::uint64_t SizeBytes() const { return m_sizeBytes; }
@@ -103,12 +105,17 @@ private:
     Begin(std::uint32_t partition, std::uint64_t startByte, std::uint64_t byteCount) const;
     void Finish(VolumeRecord& volume, std::uint8_t tableType, IByteReader* reader) const;
     void ProbeInto(VolumeRecord& volume, const FileHandle& handle) const;
+    void LookAt(const FileHandle& handle);
+    void Take(const ProbedTable& table);
+    std::vector<VolumeRecord> Describe(FileHandle handle, const std::function<bool()>& goesOn);
 
     const BlockDevice& m_disk;
     std::uint32_t m_diskNumber;
     const StorageMap& m_storage;
     std::uint64_t m_sizeBytes;
     std::uint32_t m_sectorSize;
+    std::vector<VolumeRecord> m_volumes;
+    std::vector<std::uint8_t> m_types;  // of each, as its table says
 };
 
 // A disk that was cut, or whose table is damaged, has partitions behind its end. What has not one whole sector is nothing
@@ -147,6 +154,7 @@ void DiskReading::Finish(VolumeRecord& volume, std::uint8_t tableType, IByteRead
                                                            &space.freeBytes) == ResultSuccess) ||
                       (reader != nullptr &&
                        ReadVolumeSpace(*reader, volume.StartSector, volume.SectorCount, space));
+    volume.SpaceKnown = told;
     if (told) {
         volume.TotalBytes = space.totalBytes;
         volume.FreeBytes = std::min(space.freeBytes, space.totalBytes);
@@ -163,8 +171,7 @@ void DiskReading::ProbeInto(VolumeRecord& volume, const FileHandle& handle) cons
     volume.VolumeLabel = found.label;
 }
 
-std::vector<VolumeRecord> DiskReading::FromDisk(FileHandle handle,
-                                                const std::function<bool()>& goesOn)
+void DiskReading::LookAt(const FileHandle& handle)
 {
     // A file in place of a device tells its size only so; and what was written through another node is not seen here as
     // long as the system keeps what it has read before.
@@ -173,9 +180,10 @@ std::vector<VolumeRecord> DiskReading::FromDisk(FileHandle handle,
     }
     m_sectorSize = std::max(m_sectorSize, handle.DeviceSectorSize());
     handle.DropCache();
-    const ProbedTable table = ProbePartitionTable(handle, m_sectorSize);
-    std::vector<VolumeRecord> volumes;
-    std::vector<std::uint8_t> types;
+}
+
+void DiskReading::Take(const ProbedTable& table)
+{
     for (const ProbedPartition& partition : table.partitions) {
         const std::uint8_t type =
             table.kind == "dos" ? partition.type : TypeOfGuid(partition.typeGuid);
@@ -183,22 +191,72 @@ std::vector<VolumeRecord> DiskReading::FromDisk(FileHandle handle,
         if (partition.extended || type == 0 || inside == 0) {
             continue;
         }
-        volumes.push_back(Begin(partition.number, partition.startByte, inside));
-        types.push_back(type);
+        m_volumes.push_back(Begin(partition.number, partition.startByte, inside));
+        m_types.push_back(type);
     }
-    if (table.partitions.empty() &&
-        ProbeFileSystem(handle, 0, m_sizeBytes, m_sectorSize).isFileSystem) {
-        volumes.push_back(Begin(0, 0, m_sizeBytes));
-        types.push_back(TypeLinux);
-    }
-    for (VolumeRecord& volume : volumes) {
+}
+
+std::vector<VolumeRecord> DiskReading::Describe(FileHandle handle,
+                                                const std::function<bool()>& goesOn)
+{
+    for (VolumeRecord& volume : m_volumes) {
         ProbeInto(volume, handle);
     }
     StoppableReader reader(std::move(handle), goesOn);
-    for (std::size_t i = 0; i < volumes.size(); ++i) {
-        Finish(volumes[i], types[i], &reader);
+    for (std::size_t i = 0; i < m_volumes.size(); ++i) {
+        Finish(m_volumes[i], m_types[i], &reader);
     }
-    return volumes;
+    return std::move(m_volumes);
+}
+
+std::vector<VolumeRecord> DiskReading::FromDisk(FileHandle handle,
+                                                const std::function<bool()>& goesOn)
+{
+    LookAt(handle);
+    const ProbedTable table = ProbePartitionTable(handle, m_sectorSize);
+    Take(table);
+    if (table.partitions.empty() &&
+        ProbeFileSystem(handle, 0, m_sizeBytes, m_sectorSize).isFileSystem) {
+        m_volumes.push_back(Begin(0, 0, m_sizeBytes));
+        m_types.push_back(TypeLinux);
+    }
+    return Describe(std::move(handle), goesOn);
+}
+
+// A volume's own first sector ends like a table and is none, also where another program takes noise in it for partitions.
+bool BeginsWithVolume(const FileHandle& handle)
+{
+    std::array<std::uint8_t, 512> start = {};
+    std::size_t got = 0;
+    if (handle.ReadAt(0, start.data(), start.size(), &got) != ResultSuccess) {
+        return false;
+    }
+    const ByteView sector(start.data(), got);
+    return IsNtfsBootSector(sector) || IsFatBootSector(sector);
+}
+
+std::vector<VolumeRecord> DiskReading::FromTable(FileHandle handle,
+                                                 const std::function<bool()>& goesOn)
+{
+    constexpr std::uint8_t ProtectiveType = 0xEE;  // stands for a table of the other kind
+    constexpr std::uint32_t LargeSectorSize = 4096;
+    LookAt(handle);
+    if (BeginsWithVolume(handle)) {
+        return {};
+    }
+    ProbedTable table = ProbePartitionTable(handle, m_sectorSize);
+    const bool onlyProtects =
+        std::all_of(table.partitions.begin(), table.partitions.end(),
+                    [](const ProbedPartition& one) { return one.type == ProtectiveType; });
+    // An image does not say how large its disk's sectors were.
+    if (table.kind != "gpt" && onlyProtects && !handle.IsBlockDevice()) {
+        table = ProbePartitionTable(handle, LargeSectorSize);
+    }
+    if (table.kind != "gpt" && (table.kind != "dos" || onlyProtects)) {
+        return {};
+    }
+    Take(table);
+    return Describe(std::move(handle), goesOn);
 }
 
 std::optional<std::uint8_t> DosType(std::string_view text)
@@ -281,4 +339,13 @@ std::vector<VolumeRecord> ReadVolumes(const BlockDevice& disk,
     *outSizeBytes = reading.SizeBytes();
     *outSectorSize = reading.SectorSize();
     return volumes;
+}
+
+std::vector<VolumeRecord> ReadTableOf(FileHandle disk,
+                                      const BlockDevice& device,
+                                      std::uint32_t diskNumber,
+                                      const StorageMap& storage,
+                                      const std::function<bool()>& goesOn)
+{
+    return DiskReading(device, diskNumber, storage).FromTable(std::move(disk), goesOn);
 }

@@ -1,6 +1,7 @@
 // What stands on one disk: its partitions, or the file system that it holds without a table.
 #pragma once
 
+#include "platform/FileHandle.h"
 #include "platform/StorageMap.h"
 #include "storage/VolumeRecord.h"
 
@@ -16,6 +17,14 @@ std::vector<VolumeRecord> ReadVolumes(const BlockDevice& disk,
                                       const StorageMap& storage,
                                       std::uint64_t* outSizeBytes,
                                       std::uint32_t* outSectorSize,
+                                      const std::function<bool()>& goesOn);
+
+// The same of what a table on an opened disk or image names, and of nothing else; empty without a table. Of an image device has
+// nothing but a sector size. Without goesOn's yes nobody learns how full the volumes are.
+std::vector<VolumeRecord> ReadTableOf(FileHandle disk,
+                                      const BlockDevice& device,
+                                      std::uint32_t diskNumber,
+                                      const StorageMap& storage,
                                       const std::function<bool()>& goesOn);
 
 // The first mount of the file system that begins at a byte of a disk; null when there is none, or when others are mounted

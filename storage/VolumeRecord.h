@@ -18,6 +18,7 @@ struct VolumeRecord
     std::uint64_t TotalBytes = 0;             // as the file system counts, else the length
     std::uint64_t UsedBytes = 0;
     std::uint64_t FreeBytes = 0;    // 0 where no file system tells
+    bool SpaceKnown = false;        // a file system has told the three
     std::uint64_t StartSector = 0;  // on the disk, in the disk's own sectors
     std::uint64_t SectorCount = 0;
     std::string FileSystemName;  // "NTFS", "FAT32", "FAT", "ext4", ...

@@ -25,8 +25,7 @@ bool NeedsRights(const RecoveryTarget* target)
 }  // namespace
 
 CScanProcessWnd::CScanProcessWnd()
-    : CTaskWnd(ScanLook),
-      m_firstUse(PingOnFirstUse(std::string(MakerSite()), FirstUseMarker()))
+    : CTaskWnd(ScanLook), m_firstUse(PingOnFirstUse(std::string(MakerSite()), FirstUseMarker()))
 {
 }
 

@@ -30,6 +30,9 @@ bool Scan(ByteView block, std::int64_t& inOutLength, FileTypeId passedOver)
             inOutLength += static_cast<std::int64_t>(offset);
             return true;
         }
+        if (head == FileTypeId::None) {
+            context.freeStretch.Add(context.currentLba, IsFatDotEntries(sector));
+        }
     }
     return false;
 }

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "recovery/FileRecoveryParse.h"
+#include "recovery/carving/FreeStretch.h"
 #include "recovery/carving/SectorWindow.h"
 #include "storage/SectorSource.h"
 
@@ -41,7 +42,15 @@ struct CarveContext
     std::int32_t TsRunHead = 1;
     // 1 while an mts file is measured, and until the table has been walked for the next sector.
     std::int32_t InsideMts = 0;
-    TsRanges TsRangeList;  // emptied by the deep pass at its start
+    TsRanges TsRangeList;     // emptied by the deep pass at its start
+    FreeStretch freeStretch;  // of the file measured last; emptied likewise
+
+    // As any sector leaves the two flags that begins no file.
+    void PassOverSectors()
+    {
+        TsRunHead = 1;
+        InsideMts = 0;
+    }
 
     std::uint64_t sectorsDone = 0;
     std::uint64_t sectorsTotal = 0;

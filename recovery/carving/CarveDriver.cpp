@@ -70,8 +70,7 @@ ResultCode TrySignatureTable(ByteView sector,
     context.filesFound = progress.filesFound;
     // The detectors see the two flags as the call before left them.
     const TableHit hit = FindHead(sector.Data(), SizeOf(sector));
-    context.TsRunHead = 1;
-    context.InsideMts = 0;
+    context.PassOverSectors();
     if (hit.row == nullptr || hit.row->length == nullptr) {
         return ResultInvalidParameter;
     }
@@ -91,6 +90,11 @@ ResultCode TrySignatureTable(ByteView sector,
     outHead.typeId = hit.typeId;
     outHead.lengthEnd = row->lengthEnd;
     context.lastCallbackResult = ResultSuccess;
+    // While a transport stream is measured, some heads of such are taken for its own.
+    context.freeStretch.Clear();
+    if (context.TsRunHead == 0 && context.InsideMts == 0) {
+        context.freeStretch.Begin(lba + 1);
+    }
     outHead.lengthBytes = row->length(sector.Data(), SizeOf(sector));
     // Any other answer of the callback has cut the measuring short, but the file counts.
     return IsStop(context.lastCallbackResult) ? ResultCancelled : ResultSuccess;

@@ -4,18 +4,30 @@
 #include <exception>
 #include <utility>
 
+namespace {
+
+using Clock = std::chrono::steady_clock;
+
+}  // namespace
+
+void ReadPace::Add(std::chrono::nanoseconds time, std::uint64_t blocks)
+{
+    const auto block = std::min<std::chrono::nanoseconds>(time / blocks, LongestBlock);
+    m_reads = std::min(m_reads + 1, ReadsSeen);
+    m_average += (block - m_average) / m_reads;
+}
+
 BlockReader::BlockReader(SectorSource& passSource,
                          SectorSource& secondSource,
-                         std::int32_t bytesPerSector)
+                         std::int32_t bytesPerSector,
+                         ReadAhead readAhead)
     : m_source(passSource),
       m_aheadSource(secondSource),
       m_sectorSize(bytesPerSector),
       m_blockSectors(BlockBytes / static_cast<std::uint64_t>(bytesPerSector)),
-      m_block(BlockBytes)
+      m_block(BlockBytes),
+      m_readAhead(readAhead)
 {
-    if (m_aheadSource.IsOpen()) {
-        StartThread();
-    }
 }
 
 // Without memory or a thread for it the blocks are read one by one. What the thread needs is taken here: an exception
@@ -27,9 +39,43 @@ void BlockReader::StartThread()
             slot.piece.bytes.resize(PieceBlocks * BlockBytes);
         }
         m_current.bytes.resize(PieceBlocks * BlockBytes);
+        m_aheadPace.Clear();
         m_thread = std::thread([this] { RunAhead(); });
     } catch (const std::exception&) {
-        m_current.bytes.clear();
+        m_pace.Clear();  // tried again when it has been slow for a while
+    }
+}
+
+void BlockReader::StopThread()
+{
+    if (!m_thread.joinable()) {
+        return;
+    }
+    {
+        const std::lock_guard guard(m_lock);
+        m_stopping = true;
+    }
+    m_changed.notify_all();
+    m_thread.join();
+    m_stopping = false;
+    std::unique_lock guard(m_lock);
+    StopStream(guard);
+}
+
+// Where reading is fast the thread is not worth what it costs.
+void BlockReader::ChooseThread()
+{
+    if (!m_thread.joinable()) {
+        if ((m_readAhead == ReadAhead::Always || m_pace.IsSlow()) && m_aheadSource.IsOpen()) {
+            StartThread();
+        }
+        return;
+    }
+    std::unique_lock guard(m_lock);
+    if (m_readAhead == ReadAhead::WhenSlow && m_aheadPace.IsFast()) {
+        guard.unlock();
+        StopThread();
+        m_pace.Clear();
     }
 }
 
@@ -40,14 +86,7 @@ void BlockReader::Hold(std::span<const std::uint8_t> bytes)
 
 BlockReader::~BlockReader()
 {
-    if (m_thread.joinable()) {
-        {
-            const std::lock_guard guard(m_lock);
-            m_stopping = true;
-        }
-        m_changed.notify_all();
-        m_thread.join();
-    }
+    StopThread();
 }
 
 bool BlockReader::CanReadAhead() const
@@ -70,10 +109,13 @@ void BlockReader::RunAhead()
         m_busy = true;
         guard.unlock();
         std::int32_t got = 0;
+        const Clock::time_point began = Clock::now();
         piece.whole =
             m_aheadSource.ReadSectors(piece.bytes.data(), static_cast<std::int32_t>(piece.sectors),
                                       piece.lba, m_sectorSize, &got) == ResultSuccess;
+        const Clock::duration took = Clock::now() - began;
         guard.lock();
+        m_aheadPace.Add(took, piece.sectors / m_blockSectors);
         m_busy = false;
         slot.full = true;
         m_streamNext += piece.sectors;
@@ -132,6 +174,17 @@ bool BlockReader::FetchPiece(std::uint64_t lba, std::uint64_t rangeEnd)
     return m_current.whole;
 }
 
+// Only what comes counts.
+void BlockReader::ReadIntoBlock(std::uint64_t lba, std::uint64_t sectorCount, std::int32_t* outGot)
+{
+    const auto sectors = static_cast<std::int32_t>(sectorCount);
+    if (m_source.Misses(lba, sectorCount)) {
+        (void)m_source.ReadAroundMissing(m_block.data(), sectors, lba, m_sectorSize, outGot);
+    } else {
+        (void)m_source.ReadSectors(m_block.data(), sectors, lba, m_sectorSize, outGot);
+    }
+}
+
 std::span<std::uint8_t>
 BlockReader::ReadPlain(std::uint64_t lba, std::uint64_t sectorCount, std::int32_t* outGot)
 {
@@ -140,10 +193,45 @@ BlockReader::ReadPlain(std::uint64_t lba, std::uint64_t sectorCount, std::int32_
         m_lastServed = {};
     }
     *outGot = 0;
-    (void)m_source.ReadSectors(m_block.data(), static_cast<std::int32_t>(sectorCount), lba,
-                               m_sectorSize,
-                               outGot);  // only what came counts
+    const Clock::time_point began = Clock::now();
+    ReadIntoBlock(lba, sectorCount, outGot);
+    if (m_passedOver && *outGot < static_cast<std::int32_t>(m_blockSectors)) {
+        CatchUp();
+        ReadIntoBlock(lba, sectorCount, outGot);
+    }
+    m_pace.Add(Clock::now() - began, 1);
+    m_passedOver.reset();
     return std::span(m_block).first(sectorCount * static_cast<std::size_t>(m_sectorSize));
+}
+
+bool BlockReader::PassOver(std::uint64_t lba, std::uint64_t sectorCount)
+{
+    if (!IsWholeBlock(sectorCount)) {
+        return false;
+    }
+    m_passedOver = lba;
+    m_nextLba = lba + sectorCount;
+    m_run = 0;
+    return true;
+}
+
+// Brings the block that was passed over into the buffer.
+void BlockReader::CatchUp()
+{
+    if (m_passedOver) {
+        std::int32_t ignored = 0;
+        m_lastServed = {};
+        (void)m_source.ReadSectors(m_block.data(), static_cast<std::int32_t>(m_blockSectors),
+                                   *m_passedOver, m_sectorSize,
+                                   &ignored);  // it could be read before
+        m_passedOver.reset();
+    }
+}
+
+std::span<const std::uint8_t> BlockReader::Held()
+{
+    CatchUp();
+    return m_lastServed.empty() ? std::span<const std::uint8_t>(m_block) : m_lastServed;
 }
 
 std::span<std::uint8_t> BlockReader::Read(std::uint64_t lba,
@@ -160,9 +248,8 @@ std::span<std::uint8_t> BlockReader::Read(std::uint64_t lba,
         std::unique_lock guard(m_lock);
         StopStream(guard);
     }
-    const bool isWhole = sectorCount == m_blockSectors &&
-                         m_blockSectors * static_cast<std::uint64_t>(m_sectorSize) == BlockBytes;
-    if (!isWhole || !m_thread.joinable() || lba < m_badUntil) {
+    ChooseThread();
+    if (!IsWholeBlock(sectorCount) || !m_thread.joinable() || lba < m_badUntil) {
         return ReadPlain(lba, sectorCount, outGot);
     }
     if (!m_current.Holds(lba, sectorCount)) {
@@ -174,6 +261,7 @@ std::span<std::uint8_t> BlockReader::Read(std::uint64_t lba,
     }
     const std::size_t offset = (lba - m_current.lba) * static_cast<std::size_t>(m_sectorSize);
     m_lastServed = std::span(m_current.bytes).subspan(offset, BlockBytes);
+    m_passedOver.reset();
     *outGot = static_cast<std::int32_t>(sectorCount);
     return m_lastServed;
 }

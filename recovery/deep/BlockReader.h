@@ -1,16 +1,45 @@
-// Brings the deep pass its blocks of 64 KiB. Behind a long run of neighbouring blocks a thread reads ahead in larger
-// pieces; what arrives, and what fails, is the same as with one read a block.
+// Brings the deep pass its blocks of 64 KiB. Of a source that lets it wait, a thread reads ahead in larger pieces behind a long
+// run of neighbouring blocks; what arrives, and what fails, is the same as with one read a block.
 #pragma once
 
 #include "storage/SectorSource.h"
 
 #include <array>
+#include <chrono>
 #include <condition_variable>
 #include <cstdint>
 #include <mutex>
+#include <optional>
 #include <span>
 #include <thread>
 #include <vector>
+
+// Whether a source is slow, by the last reads. One that stands still now and then is not.
+class ReadPace
+{
+public:
+    void Add(std::chrono::nanoseconds time, std::uint64_t blocks);
+    // Enough reads have been seen, and a block took that long, or less, on average.
+    bool IsSlow() const { return m_reads >= ReadsSeen && m_average > SlowBlock; }
+    bool IsFast() const { return m_reads >= ReadsSeen && m_average < FastBlock; }
+    void Clear() { *this = {}; }
+
+private:
+    static constexpr std::uint32_t ReadsSeen = 32;
+    // A thread beside the pass costs as much as it brings where a block takes less than a few of these.
+    static constexpr std::chrono::nanoseconds FastBlock{25'000};
+    static constexpr std::chrono::nanoseconds SlowBlock{60'000};
+    static constexpr std::chrono::nanoseconds LongestBlock{1'000'000};
+
+    std::uint32_t m_reads = 0;
+    std::chrono::nanoseconds m_average{0};
+};
+
+enum class ReadAhead
+{
+    WhenSlow,
+    Always
+};
 
 // One for a pass. Read is called by the pass's thread alone; the thread inside touches nothing but its own source and
 // its piece.
@@ -20,7 +49,10 @@ public:
     static constexpr std::size_t BlockBytes = 65536;
 
     // aheadSource is a second opening of the same target; unused when it is not open. Both outlive this.
-    BlockReader(SectorSource& source, SectorSource& aheadSource, std::int32_t sectorSize);
+    BlockReader(SectorSource& source,
+                SectorSource& aheadSource,
+                std::int32_t sectorSize,
+                ReadAhead readAhead = ReadAhead::WhenSlow);
     BlockReader(const BlockReader&) = delete;
     BlockReader& operator=(const BlockReader&) = delete;
     ~BlockReader();
@@ -33,15 +65,18 @@ public:
                                  std::uint64_t rangeEnd,
                                  std::int32_t* outGot);
 
+    // The same to what comes later as reading it, but nothing is read: its bytes are known to mean nothing. False, and it
+    // has to be read, for what is no whole block.
+    bool PassOver(std::uint64_t lba, std::uint64_t sectorCount);
+
     // What the buffer holds: a block that can only be read in part keeps the rest of it.
-    std::span<const std::uint8_t> Held() const
-    {
-        return m_lastServed.empty() ? std::span<const std::uint8_t>(m_block) : m_lastServed;
-    }
+    std::span<const std::uint8_t> Held();
     void Hold(std::span<const std::uint8_t> bytes);
 
 private:
     void StartThread();
+    void StopThread();
+    void ChooseThread();
 
     static constexpr std::size_t PieceBlocks = 16;
     static constexpr std::uint32_t RunBeforeAhead =
@@ -67,6 +102,13 @@ private:
         bool full = false;
     };
 
+    void CatchUp();
+    void ReadIntoBlock(std::uint64_t lba, std::uint64_t sectorCount, std::int32_t* outGot);
+    bool IsWholeBlock(std::uint64_t sectorCount) const
+    {
+        return sectorCount == m_blockSectors &&
+               m_blockSectors * static_cast<std::uint64_t>(m_sectorSize) == BlockBytes;
+    }
     std::span<std::uint8_t>
     ReadPlain(std::uint64_t lba, std::uint64_t sectorCount, std::int32_t* outGot);
     bool FetchPiece(std::uint64_t lba, std::uint64_t rangeEnd);
@@ -81,14 +123,18 @@ private:
     std::uint64_t m_blockSectors;
     std::vector<std::uint8_t>
         m_block;  // what a plain read goes into; keeps what it does not replace
-    std::span<std::uint8_t> m_lastServed;  // of a piece, when that is newer than block
-    std::uint64_t m_nextLba = 0;           // behind the block served last
-    std::uint32_t m_run = 0;               // neighbouring whole blocks so far
+    std::span<std::uint8_t> m_lastServed;       // of a piece, when that is newer than block
+    std::optional<std::uint64_t> m_passedOver;  // the block in front was, and is not in the buffer
+    std::uint64_t m_nextLba = 0;                // behind the block served last
+    std::uint32_t m_run = 0;                    // neighbouring whole blocks so far
     std::uint64_t m_badUntil = 0;  // a piece in front of this failed: block by block up to here
     Piece m_current;
 
     // The stream: pieces from streamNext on go into the slots by turns, one behind the other, until it is stopped, its
     // range ends or a piece cannot be read whole. So the thread need not wait for the pass to take one.
+    ReadAhead m_readAhead;
+    ReadPace m_pace;       // of the reads without the thread
+    ReadPace m_aheadPace;  // of the thread's
     std::thread m_thread;
     std::mutex m_lock;
     std::condition_variable m_changed;

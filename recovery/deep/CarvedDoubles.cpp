@@ -2,7 +2,11 @@
 
 #include "recovery/FileTypeCatalogue.h"
 
+#include <algorithm>
+#include <functional>
+#include <map>
 #include <string>
+#include <tuple>
 #include <unordered_map>
 
 namespace {
@@ -19,47 +23,83 @@ const FileRecord& RecordOf(const FoundRow& row)
 }  // namespace
 
 template <typename Item>
-void DropCarvedDoubles(const std::vector<Item>& known,
-                       const FirstDataSectorFunction& firstDataSector,
-                       const KeepLooking& keepLooking,
-                       std::vector<Item>& carved)
+void DropAnalysedDoubles(std::vector<Item>& items,
+                         std::size_t quickCount,
+                         const FirstDataSectorFunction& firstDataSector,
+                         const KeepLooking& keepLooking)
 {
-    // Telling a first sector can take a read: only sectors where something was carved matter.
-    std::unordered_map<std::uint64_t, std::optional<std::string>> extensions;
-    for (const Item& item : carved) {
-        extensions.try_emplace(std::uint64_t{RecordOf(item).EntrySector});
+    using Key = std::tuple<std::uint64_t, std::uint64_t, std::string>;
+    const auto keyOf = [](const FileRecord& record) {
+        return Key{std::uint64_t{record.FileSize}, std::uint64_t{record.CreationTime},
+                   LowerExtensionOf(record.NameText())};
+    };
+    const auto analysed = items.begin() + static_cast<std::ptrdiff_t>(quickCount);
+    std::multimap<Key, const FileRecord*> shown;
+    std::for_each(items.begin(), analysed,
+                  [&](const Item& item) { shown.emplace(keyOf(RecordOf(item)), &RecordOf(item)); });
+    const auto isDouble = [&](const Item& item) {
+        const FileRecord& record = RecordOf(item);
+        const auto [first, last] = shown.equal_range(keyOf(record));
+        if (first == last || keepLooking() != ResultSuccess) {
+            return false;
+        }
+        const std::optional<std::uint64_t> sector = firstDataSector(record);
+        const auto same = std::find_if(first, last, [&](const auto& other) {
+            return firstDataSector(*other.second) == sector;
+        });
+        if (same == last) {
+            return false;
+        }
+        shown.erase(same);  // one for one
+        return true;
+    };
+    items.erase(std::remove_if(analysed, items.end(), std::ref(isDouble)), items.end());
+}
+
+template <typename Item>
+void DropCarvedDoubles(std::vector<Item>& items,
+                       std::size_t knownCount,
+                       const FirstDataSectorFunction& firstDataSector,
+                       const KeepLooking& keepLooking)
+{
+    const auto carved = items.begin() + static_cast<std::ptrdiff_t>(knownCount);
+    // Telling a first sector can take a read: only sectors where something was carved matter. Which known item begins there.
+    constexpr std::size_t None = SIZE_MAX;
+    std::unordered_map<std::uint64_t, std::size_t> knownAt;
+    if (knownCount != 0) {
+        std::for_each(carved, items.end(), [&](const Item& item) {
+            knownAt.try_emplace(std::uint64_t{RecordOf(item).EntrySector}, None);
+        });
     }
-    if (extensions.empty()) {
+    if (knownAt.empty()) {
         return;
     }
-    for (const Item& item : known) {
-        if (keepLooking() != ResultSuccess) {
-            break;
-        }
-        const FileRecord& record = RecordOf(item);
-        if (const std::optional<std::uint64_t> sector = firstDataSector(record)) {
-            if (const auto found = extensions.find(*sector); found != extensions.end()) {
-                found->second = LowerExtensionOf(record.NameText());
+    for (std::size_t i = 0; i < knownCount && keepLooking() == ResultSuccess; ++i) {
+        if (const std::optional<std::uint64_t> sector = firstDataSector(RecordOf(items[i]))) {
+            if (const auto found = knownAt.find(*sector); found != knownAt.end()) {
+                found->second = i;
             }
         }
     }
-    std::erase_if(carved, [&](const Item& item) {
-        const FileRecord& record = RecordOf(item);
-        const std::optional<std::string>& extension =
-            extensions.at(std::uint64_t{record.EntrySector});
-        if (!extension) {
+    const auto isDouble = [&](const Item& item) {
+        const std::size_t known = knownAt.at(std::uint64_t{RecordOf(item).EntrySector});
+        if (known == None) {
             return false;
         }
-        const std::string own = LowerExtensionOf(record.NameText());
-        return *extension == own || (*extension == "thm" && own == "jpg");
-    });
+        const std::string extension = LowerExtensionOf(RecordOf(items[known]).NameText());
+        const std::string own = LowerExtensionOf(RecordOf(item).NameText());
+        return extension == own || (extension == "thm" && own == "jpg");
+    };
+    items.erase(std::remove_if(carved, items.end(), isDouble), items.end());
 }
 
-template void DropCarvedDoubles(const FileRecordList&,
-                                const FirstDataSectorFunction&,
-                                const KeepLooking&,
-                                FileRecordList&);
-template void DropCarvedDoubles(const FoundRowList&,
-                                const FirstDataSectorFunction&,
-                                const KeepLooking&,
-                                FoundRowList&);
+template void DropAnalysedDoubles(FileRecordList&,
+                                  std::size_t,
+                                  const FirstDataSectorFunction&,
+                                  const KeepLooking&);
+template void
+DropAnalysedDoubles(FoundRowList&, std::size_t, const FirstDataSectorFunction&, const KeepLooking&);
+template void
+DropCarvedDoubles(FileRecordList&, std::size_t, const FirstDataSectorFunction&, const KeepLooking&);
+template void
+DropCarvedDoubles(FoundRowList&, std::size_t, const FirstDataSectorFunction&, const KeepLooking&);

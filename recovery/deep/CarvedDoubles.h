@@ -16,11 +16,21 @@ using FirstDataSectorFunction =
 // Asked between two records; another answer than 0 ends the comparison, and nothing more is removed.
 using KeepLooking = std::function<ResultCode()>;
 
-// Removes from carved each row that begins where the data of a row in known begins, when both have the same
-// extension, or the known one is a camera's thumbnail ("thm") and the carved one a jpeg. Of two known rows on one
+// Of the items the first quickCount come from the quick engine, which knows its folders better. Removes each of the others that
+// one of them shows too: one with the same extension, size and time of creation whose data begin in the same place. One for
+// one: what quick has once and the others have twice stays once in each.
+template <typename Item>
+void DropAnalysedDoubles(std::vector<Item>& items,
+                         std::size_t quickCount,
+                         const FirstDataSectorFunction& firstDataSector,
+                         const KeepLooking& keepLooking);
+
+// Of the items the first knownCount are known, the others carved. Removes each carved one that begins where the data of a
+// known one begins, when both have the same extension, or the known one is a camera's thumbnail ("thm") and the carved one
+// a jpeg. Of two known ones on one
 // sector the later counts. Item is FileRecord or FoundRow.
 template <typename Item>
-void DropCarvedDoubles(const std::vector<Item>& known,
+void DropCarvedDoubles(std::vector<Item>& items,
+                       std::size_t knownCount,
                        const FirstDataSectorFunction& firstDataSector,
-                       const KeepLooking& keepLooking,
-                       std::vector<Item>& carved);
+                       const KeepLooking& keepLooking);

@@ -36,6 +36,18 @@ bool CProfessionalRecovery::FindCheckpoint()
     return true;
 }
 
+// What an earlier part of the scan could not read counts on, unless it is read now.
+void CProfessionalRecovery::TakeUnread(bool isResume)
+{
+    const SectorRanges before = isResume ? ReadUnread(m_logFolder) : SectorRanges();
+    if (m_againUnread && m_resumeEntry.rangeLength == 0) {
+        m_again = before;
+    } else {
+        m_scanSource->NoteUnread(before);
+    }
+    m_againUnread = false;
+}
+
 // Without a file for it, or an entry that can name the target, the scan goes on and cannot be gone on with exactly.
 void CProfessionalRecovery::BeginJournal(std::uint64_t keepBytes)
 {
@@ -97,7 +109,7 @@ CheckpointState CProfessionalRecovery::BoundaryOf(const Pass& pass) const
 }
 
 // In this order: what the checkpoint counts on is on the disk before it. After a fault the last one stands.
-void CProfessionalRecovery::SaveCheckpoint(const Pass& pass, const BlockReader& reader)
+void CProfessionalRecovery::SaveCheckpoint(const Pass& pass, BlockReader& reader)
 {
     if (m_journal == nullptr || Lost().why != ResultSuccess) {
         return;
@@ -119,7 +131,8 @@ void CProfessionalRecovery::SaveCheckpoint(const Pass& pass, const BlockReader& 
     if (quick != nullptr && m_checkpoint == nullptr) {
         checkpoint.state.filesBase = quick->GetRecordCount();  // a reopened store counts from 0
     }
-    checkpoint.block.assign(reader.Held().begin(), reader.Held().end());
+    const std::span<const std::uint8_t> held = reader.Held();
+    checkpoint.block.assign(held.begin(), held.end());
     (void)WriteUnread(m_logFolder, Unread());  // without it the scan passes for one that read all
     if (WriteCheckpoint(m_logFolder, checkpoint) == ResultSuccess) {
         m_saved = true;

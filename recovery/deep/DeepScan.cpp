@@ -2,7 +2,6 @@
 // ends, and the saved position.
 #include "platform/FileTime.h"
 #include "recovery/Heartbeat.h"
-#include "recovery/UnreadFile.h"
 #include "recovery/carving/CarveContext.h"
 #include "recovery/deep/BlockReader.h"
 #include "recovery/deep/ProfessionalRecovery.h"
@@ -49,6 +48,10 @@ ResultCode CProfessionalRecovery::Scan(const std::string* /*logName*/)
     if (reachedPass) {
         result = RunDeepPhase(isResume, pass);
     }
+    if (result == ResultSuccess && m_scanSource->IsGone()) {
+        result =
+            ResultNotConnected;  // at the very end, where only measuring or the analyses still read
+    }
     CarveContext::Instance().TsRangeList.SetOnAdded({});
     m_journal.reset();
     m_resumeValid = false;
@@ -92,18 +95,6 @@ ResultCode CProfessionalRecovery::RunDeepPhase(bool isResume, Pass& pass)
     return result;
 }
 
-// What an earlier part of the scan could not read counts on, unless it is read now.
-void CProfessionalRecovery::TakeUnread(bool isResume)
-{
-    const SectorRanges before = isResume ? ReadUnread(m_logFolder) : SectorRanges();
-    if (m_againUnread && m_resumeEntry.rangeLength == 0) {
-        m_again = before;
-    } else {
-        m_scanSource->NoteUnread(before);
-    }
-    m_againUnread = false;
-}
-
 void CProfessionalRecovery::HandDownLogFolder()
 {
     m_fat.SetLogFolder(m_logFolder);
@@ -137,11 +128,16 @@ std::string CProfessionalRecovery::StoredName(std::string_view prefix) const
     return name;
 }
 
+// Over all sectors what the quick engine found until it failed stands beside what the pass finds.
 ResultCode CProfessionalRecovery::RunFastPhase(bool isResume, Pass& pass)
 {
-    if (m_fast == nullptr) {
-        return ResultSuccess;
-    }
+    const ResultCode result = m_fast != nullptr ? RunFast(isResume, pass) : ResultSuccess;
+    m_quickFault = IsStop(result) ? ResultSuccess : result;
+    return m_passOver == PassOver::AllSectors && !IsStop(result) ? ResultSuccess : result;
+}
+
+ResultCode CProfessionalRecovery::RunFast(bool isResume, Pass& pass)
+{
     m_fast->SetCallbacks(m_scanCallback, nullptr, m_callbackContext, FastRange);
     if (!m_again.Empty()) {
         const std::string known = StoredName("Fast_");
@@ -154,7 +150,8 @@ ResultCode CProfessionalRecovery::RunFastPhase(bool isResume, Pass& pass)
     if (IsStop(built)) {
         return built;
     }
-    pass.haveFreeMap = built == ResultSuccess && m_fast->NextFreeRange(sector, length) != 0;
+    pass.haveFreeMap = m_passOver == PassOver::FreeSectors && built == ResultSuccess &&
+                       m_fast->NextFreeRange(sector, length) != 0;
     if (!isResume) {
         return m_fast->Scan(nullptr);
     }
@@ -191,7 +188,12 @@ void CProfessionalRecovery::OpenStoresCut(const Checkpoint& checkpoint)
 void CProfessionalRecovery::PreparePass()
 {
     (void)m_fat.PrepareVolume();  // without a boot sector volumes come from directories alone
-    CarveContext::Instance().TsRangeList.Clear();
+    // As a process that scans nothing else finds it.
+    CarveContext& carve = CarveContext::Instance();
+    carve.TsRangeList.Clear();
+    carve.freeStretch.Clear();
+    carve.TsRunHead = 1;
+    carve.InsideMts = 0;
     SetSearchCallback(m_searchCallback, m_searchContext);
 }
 
@@ -308,32 +310,46 @@ ResultCode CProfessionalRecovery::RunRange(Pass& pass, BlockReader& reader)
     return ResultSuccess;
 }
 
-ResultCode CProfessionalRecovery::RunBlock(Pass& pass, BlockReader& reader, std::int64_t& remaining)
+// Reads a block and has its sectors classed. False when nothing of it could be read.
+bool CProfessionalRecovery::ClassAt(
+    Pass& pass, BlockReader& reader, std::uint64_t lba, std::int64_t sectors, bool& outIsCut)
 {
     const Analysers analysers = {m_fat, m_ntfs, m_carver, m_source, m_sectorSize, m_journal.get()};
+    const std::uint64_t rangeEnd = m_target.startLba + pass.at.rangeStart + pass.at.rangeLength;
+    std::int32_t got = 0;
+    const std::span<std::uint8_t> block =
+        reader.Read(lba, static_cast<std::uint64_t>(sectors), rangeEnd, &got);
+    if (got == 0) {
+        return false;
+    }
+    const CarveProgress progress = {pass.at.sectorsDone, pass.sectorsTotal, pass.secondsLeft,
+                                    pass.at.filesFound};
+    auto filesFound = static_cast<std::int64_t>(pass.at.filesFound);
+    if (m_journal != nullptr) {
+        m_journal->BeginBlock(block, lba);
+    }
+    // A cancel comes back as the skip, and again from the callback behind the block.
+    outIsCut =
+        ClassifyBlock(analysers, block, lba, progress, pass.skip, filesFound) == ResultCancelled;
+    pass.at.filesFound = static_cast<std::uint64_t>(filesFound);
+    return true;
+}
+
+ResultCode CProfessionalRecovery::RunBlock(Pass& pass, BlockReader& reader, std::int64_t& remaining)
+{
     const auto blockSectors = static_cast<std::int64_t>(BlockReader::BlockBytes) / m_sectorSize;
     const std::uint64_t base = pass.at.rangeStart + m_target.startLba;
     const std::int64_t chunk = std::min(blockSectors, remaining);
     const std::uint64_t lba = base + pass.at.position;
-    std::int32_t got = 0;
     bool isCut = false;
     if (m_scanSource->IsGone()) {
         return ResultNotConnected;
     }
-    const std::span<std::uint8_t> block =
-        reader.Read(lba, static_cast<std::uint64_t>(chunk), base + pass.at.rangeLength, &got);
-    if (got != 0) {
-        const CarveProgress progress = {pass.at.sectorsDone, pass.sectorsTotal, pass.secondsLeft,
-                                        pass.at.filesFound};
-        auto filesFound = static_cast<std::int64_t>(pass.at.filesFound);
-        if (m_journal != nullptr) {
-            m_journal->BeginBlock(block, lba);
-        }
-        // A cancel comes back as the skip, and again from the callback below.
-        isCut = ClassifyBlock(analysers, block, lba, progress, pass.skip, filesFound) ==
-                ResultCancelled;
-        pass.at.filesFound = static_cast<std::uint64_t>(filesFound);
-    } else if (chunk + pass.skip == 0) {
+    if (CarveContext::Instance().freeStretch.CountFrom(lba) >= static_cast<std::uint64_t>(chunk) &&
+        reader.PassOver(lba, static_cast<std::uint64_t>(chunk))) {
+        CarveContext::Instance().PassOverSectors();
+        pass.skip = 0;
+    } else if (!ClassAt(pass, reader, lba, chunk, isCut) && chunk + pass.skip == 0) {
         return ResultSuccess;
     }
     if (m_scanSource->IsGone()) {

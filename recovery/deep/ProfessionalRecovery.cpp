@@ -13,6 +13,13 @@ namespace {
 constexpr std::int32_t FastRange = 9;
 constexpr std::int32_t PassRange = 90;
 
+// The scan went over the whole target, or is on its way over it.
+bool ReadsAllSectors(const ScanLogEntry& entry)
+{
+    const bool complete = entry.rangeLength == 0 && entry.position >= entry.sectorCount;
+    return entry.rangeStart == 0 && (complete || entry.rangeLength == entry.sectorCount);
+}
+
 template <typename Item>
 void Append(std::vector<Item>& items, const std::vector<Item>& more)
 {
@@ -22,9 +29,11 @@ void Append(std::vector<Item>& items, const std::vector<Item>& more)
 }  // namespace
 
 CProfessionalRecovery::CProfessionalRecovery(std::shared_ptr<ScanLogDirectory> log,
-                                             FastEngineMaker maker)
+                                             FastEngineMaker maker,
+                                             PassOver passOver)
     : m_log(std::move(log)),
       m_makeFast(std::move(maker)),
+      m_passOver(passOver),
       m_fat(m_log),
       m_ntfs(m_log),
       m_carver(m_log)
@@ -44,6 +53,9 @@ ResultCode CProfessionalRecovery::Open(std::shared_ptr<ScanSource> source, char1
     }
     m_resumeEntry = {};
     m_resumeValid = m_log->FindScan(*m_scanSource, m_resumeEntry);
+    if (m_resumeValid && m_passOver == PassOver::AllSectors && !ReadsAllSectors(m_resumeEntry)) {
+        DiscardResumableScan();  // it passed over what its file system uses
+    }
     (void)m_fat.Open(m_scanSource, driveLetter);
     const ResultCode result = m_ntfs.Open(m_scanSource, driveLetter);
     m_fast = m_makeFast ? m_makeFast(m_scanSource, driveLetter) : nullptr;
@@ -204,7 +216,9 @@ std::optional<std::uint64_t> CProfessionalRecovery::FindFirstDataSector(const Fi
     }
     if (record.EngineKind == EngineKindFastNtfs) {
         auto* quick = dynamic_cast<CFastNtfsRecovery*>(m_fast.get());
-        return quick != nullptr ? quick->FirstDataSector(record) : std::nullopt;
+        return quick != nullptr
+                   ? quick->FirstDataSector(record, static_cast<std::uint32_t>(m_sectorSize))
+                   : std::nullopt;
     }
     const std::uint64_t dataSector = record.PartitionStart + record.DataStart;
     const std::uint32_t sectorsPerCluster =
@@ -222,35 +236,46 @@ std::optional<std::uint64_t> CProfessionalRecovery::FirstDataSector(const FileRe
         record, [this](const FileRecord& asked) { return FindFirstDataSector(asked); });
 }
 
-// search asks one engine, and answers 1 when it could.
-template <typename Item, typename Search>
-std::int32_t CProfessionalRecovery::GatherSearch(const Search& search, std::vector<Item>& outItems)
+// What each engine finds comes behind what those before it have found; append asks one, and answers 1 when it could.
+template <typename Item, typename AppendOf>
+std::int32_t CProfessionalRecovery::GatherSearch(const AppendOf& append,
+                                                 std::vector<Item>& outItems)
 {
     std::int32_t result = 0;
-    std::vector<Item> known;
-    for (IFileRecoveryParse* engine : {m_fast.get(), static_cast<IFileRecoveryParse*>(&m_fat),
-                                       static_cast<IFileRecoveryParse*>(&m_ntfs)}) {
-        std::vector<Item> items;
-        if (engine != nullptr && search(*engine, items) != 0) {
+    // Room for all at once: growing would hold them twice. What is not used of it costs nothing.
+    auto* const quick = dynamic_cast<CStoreEngine*>(m_fast.get());
+    std::vector<Item> items;
+    items.reserve((quick != nullptr ? quick->CountStored() : 0) + m_fat.CountStored() +
+                  m_ntfs.CountStored() + m_carver.CountStored());
+    const auto gather = [&](IFileRecoveryParse* engine) {
+        if (engine != nullptr && append(*engine, items) != 0) {
             result = 1;
         }
-        Append(known, items);
-    }
-    std::vector<Item> carved;
-    if (search(m_carver, carved) != 0) {
-        result = 1;
-    }
+        return items.size();
+    };
     Heartbeat heartbeat;
-    DropCarvedDoubles(
-        known, [this](const FileRecord& record) { return FirstDataSector(record); },
-        [&] {
-            return m_searchCallback != nullptr && heartbeat.IsDue()
-                       ? m_searchCallback(m_searchContext, 100, 0)
-                       : ResultSuccess;
-        },
-        carved);
-    Append(outItems, known);
-    Append(outItems, carved);
+    const FirstDataSectorFunction firstSector = [this](const FileRecord& record) {
+        return FirstDataSector(record);
+    };
+    const KeepLooking keepLooking = [&] {
+        return m_searchCallback != nullptr && heartbeat.IsDue()
+                   ? m_searchCallback(m_searchContext, 100, 0)
+                   : ResultSuccess;
+    };
+    const std::size_t quickCount = gather(m_fast.get());
+    (void)gather(&m_fat);
+    (void)gather(&m_ntfs);
+    if (m_passOver == PassOver::AllSectors) {
+        DropAnalysedDoubles(items, quickCount, firstSector, keepLooking);
+    }
+    const std::size_t knownCount = items.size();
+    (void)gather(&m_carver);
+    DropCarvedDoubles(items, knownCount, firstSector, keepLooking);
+    if (outItems.empty()) {
+        outItems = std::move(items);
+    } else {
+        Append(outItems, items);
+    }
     return result;
 }
 
@@ -259,7 +284,13 @@ std::int32_t CProfessionalRecovery::SearchRecords(std::string_view extensionPatt
 {
     const std::int32_t result = GatherSearch(
         [extensionPattern](IFileRecoveryParse& engine, FileRecordList& records) {
-            return engine.SearchRecords(extensionPattern, records);
+            if (auto* const store = dynamic_cast<CStoreEngine*>(&engine)) {
+                return store->AppendRecords(extensionPattern, records);
+            }
+            FileRecordList more;
+            const std::int32_t could = engine.SearchRecords(extensionPattern, more);
+            Append(records, more);
+            return could;
         },
         outRecords);
     SortRecords(outRecords);
@@ -271,8 +302,8 @@ std::int32_t CProfessionalRecovery::SearchRows(std::string_view extensionPattern
 {
     const std::int32_t result = GatherSearch(
         [extensionPattern](IFileRecoveryParse& engine, FoundRowList& rows) {
-            auto* const searched = dynamic_cast<IRowSearch*>(&engine);
-            return searched != nullptr ? searched->SearchRows(extensionPattern, rows) : 0;
+            auto* const store = dynamic_cast<CStoreEngine*>(&engine);
+            return store != nullptr ? store->AppendRows(extensionPattern, rows) : 0;
         },
         outRows);
     SortRows(outRows);

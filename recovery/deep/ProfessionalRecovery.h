@@ -19,16 +19,25 @@
 #include <functional>
 #include <memory>
 
-// Makes the quick engine that fits a target, opened; null where none does. The deep engine does not know how. Empty for
-// a scan of all sectors.
+// Makes the quick engine that fits a target, opened; null where none does. The deep engine does not know how.
 using FastEngineMaker = std::function<std::unique_ptr<IFileRecoveryParse>(
     const std::shared_ptr<ScanSource>& source, char16_t letter)>;
+
+// What the pass reads. Over all sectors the quick engine's findings are kept beside the pass's, and that it fails does not
+// end the scan.
+enum class PassOver
+{
+    FreeSectors,  // of the file system, where the quick engine knows them
+    AllSectors
+};
 
 // Opened once, scanned once, then queried. Only one in a process may scan at a time: the carver's state is shared.
 class CProfessionalRecovery : public CEngineBase, public IResumableScan, public IRowSearch
 {
 public:
-    CProfessionalRecovery(std::shared_ptr<ScanLogDirectory> log, FastEngineMaker maker);
+    CProfessionalRecovery(std::shared_ptr<ScanLogDirectory> log,
+                          FastEngineMaker maker,
+                          PassOver passOver = PassOver::FreeSectors);
 
     ResultCode Open(std::shared_ptr<ScanSource> source, char16_t driveLetter) override;
     bool HasResumableScan() const override { return m_resumeValid; }
@@ -43,6 +52,7 @@ public:
     }
     void ReadUnreadAgain() override { m_againUnread = true; }
     bool StandsInLog() const override { return m_saved; }
+    ResultCode QuickFault() const override { return m_quickFault; }
     // How often a scan writes down how far it is, in milliseconds; for tests.
     void SetCheckpointInterval(std::uint64_t interval) { m_checkpointInterval = interval; }
 
@@ -99,12 +109,13 @@ private:
     IFileRecoveryParse* EngineOf(const FileRecord& record);
     std::optional<std::uint64_t> FirstDataSector(const FileRecord& record);
     std::optional<std::uint64_t> FindFirstDataSector(const FileRecord& record);
-    template <typename Item, typename Search>
-    std::int32_t GatherSearch(const Search& search, std::vector<Item>& outItems);
+    template <typename Item, typename AppendOf>
+    std::int32_t GatherSearch(const AppendOf& append, std::vector<Item>& outItems);
     // DeepScan.cpp
     void HandDownLogFolder();
     void TakeUnread(bool isResume);
     [[nodiscard]] ResultCode RunFastPhase(bool isResume, Pass& pass);
+    [[nodiscard]] ResultCode RunFast(bool isResume, Pass& pass);
     [[nodiscard]] ResultCode RunDeepPhase(bool isResume, Pass& pass);
     void OpenStores(bool isResume);
     void PreparePass();
@@ -114,7 +125,7 @@ private:
     [[nodiscard]] ResultCode Replay(Pass& pass);
     void BeginJournal(std::uint64_t keepBytes);
     CheckpointState BoundaryOf(const Pass& pass) const;
-    void SaveCheckpoint(const Pass& pass, const class BlockReader& reader);
+    void SaveCheckpoint(const Pass& pass, class BlockReader& reader);
     void SaveEnd(const Pass& pass, ResultCode result);
     void DropEarlier();
     std::string StoredName(std::string_view prefix) const;
@@ -124,6 +135,11 @@ private:
     [[nodiscard]] ResultCode RunPass(Pass& pass);
     [[nodiscard]] ResultCode RunRanges(Pass& pass, class BlockReader& reader);
     [[nodiscard]] ResultCode RunRange(Pass& pass, class BlockReader& reader);
+    bool ClassAt(Pass& pass,
+                 class BlockReader& reader,
+                 std::uint64_t lba,
+                 std::int64_t sectors,
+                 bool& outIsCut);
     [[nodiscard]] ResultCode
     RunBlock(Pass& pass, class BlockReader& reader, std::int64_t& remaining);
     [[nodiscard]] ResultCode ReportBlock(Pass& pass);
@@ -132,6 +148,8 @@ private:
 
     std::shared_ptr<ScanLogDirectory> m_log;
     FastEngineMaker m_makeFast;
+    PassOver m_passOver;
+    ResultCode m_quickFault = ResultSuccess;
     std::shared_ptr<ScanSource> m_scanSource;
     ScanIdentity m_target;
     char16_t m_driveLetter = 0;

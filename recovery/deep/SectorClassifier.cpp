@@ -1,8 +1,10 @@
 #include "recovery/deep/SectorClassifier.h"
 
+#include "recovery/carving/CarveContext.h"
 #include "recovery/deep/ScanJournal.h"
 #include "recovery/metadata/SectorValidators.h"
 
+#include <algorithm>
 #include <array>
 
 namespace {
@@ -45,6 +47,7 @@ ResultCode ClassifyBlock(const Analysers& analysers,
     const auto sectorBytes = static_cast<std::size_t>(analysers.sectorSize);
     const std::size_t recordBytes = sectorBytes > 512 ? sectorBytes : 2 * sectorBytes;
     const auto sectors = static_cast<std::int64_t>(block.size() / sectorBytes);
+    CarveContext& carve = CarveContext::Instance();
     ResultCode result = ResultSuccess;
     outSkipSectors = 0;
     std::int64_t at = 0;
@@ -54,6 +57,11 @@ ResultCode ClassifyBlock(const Analysers& analysers,
         const ByteView sector(rest.data(), sectorBytes);
         const std::uint64_t lba = firstLba + static_cast<std::uint64_t>(at);
         std::int64_t step = 1;
+        if (const std::uint64_t free = carve.freeStretch.CountFrom(lba); free != 0) {
+            carve.PassOverSectors();
+            at += std::min(static_cast<std::int64_t>(free), sectors - at);
+            continue;
+        }
         // The first byte tells most sectors apart from all metadata.
         const std::uint8_t first = rest.front();
         if (first == 'F' && IsMftRecord(sector, static_cast<std::uint32_t>(recordBytes))) {

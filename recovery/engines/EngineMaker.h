@@ -10,14 +10,14 @@
 
 class ScanLogDirectory;
 
-// A range of a drive in its own sectors, or an image file.
+// A range of a drive in its own sectors, an image file, or a range of one in sectors of 512 bytes.
 struct EngineTarget
 {
     std::filesystem::path imagePath;  // empty for a drive
     std::uint32_t diskNumber = 0;
     std::uint64_t startLba = 0;
-    std::uint64_t sectorCount = 0;
-    char16_t letter = 0;  // what the records carry
+    std::uint64_t sectorCount = 0;  // of an image 0: all of it
+    char16_t letter = 0;            // what the records carry
 };
 
 class IEngineMaker

@@ -29,11 +29,8 @@ Engine MakeQuickEngine(FileSystemKind kind, const Log& log)
     return nullptr;
 }
 
-FastEngineMaker QuickEngines(ScanDepth depth, const Log& log)
+FastEngineMaker QuickEngines(const Log& log)
 {
-    if (depth == ScanDepth::Whole) {
-        return {};
-    }
     return [log](const std::shared_ptr<ScanSource>& source, char16_t letter) {
         return RecoveryEngineFactory(log).MakeEngine(source, letter, ScanDepth::Quick);
     };
@@ -44,7 +41,9 @@ Engine MakeEngineOf(FileSystemKind kind, ScanDepth depth, const Log& log)
 {
     return depth == ScanDepth::Quick
                ? MakeQuickEngine(kind, log)
-               : std::make_unique<CProfessionalRecovery>(log, QuickEngines(depth, log));
+               : std::make_unique<CProfessionalRecovery>(
+                     log, QuickEngines(log),
+                     depth == ScanDepth::Whole ? PassOver::AllSectors : PassOver::FreeSectors);
 }
 
 // Null, and why, for a target that could not be opened.

@@ -80,7 +80,6 @@ ResultCode CProfessionalFatRecovery::RecordFolders(const WorkReport& report)
     m_referencedFolders.clear();
     m_folders.clear();
     m_settled.clear();
-    m_settledClusters.clear();
     return ResultSuccess;
 }
 

@@ -34,7 +34,6 @@ void CProfessionalFatRecovery::ForgetPass()
     m_folders.clear();
     m_referencedFolders.clear();
     m_settled.clear();
-    m_settledClusters.clear();
     m_highWords.Clear();
     m_rootCluster = 2;
     m_probe.Open(m_source, m_bytesPerSector, m_startLba + m_sectorCount);

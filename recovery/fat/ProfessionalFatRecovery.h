@@ -16,7 +16,6 @@
 #include <cstdint>
 #include <map>
 #include <memory>
-#include <set>
 #include <string>
 
 // OpenRecordStore, PrepareVolume, any number of AddDirectoryStart and AddDirectorySector in ascending LBA,
@@ -65,6 +64,9 @@ private:
         FileRecord Record;
         FatVolume Volume;
     };
+    // A step of the way up: a folder's cluster, with the cluster size and data start that it is looked for by.
+    using FolderPlace = std::pair<std::uint32_t, std::uint64_t>;
+    static constexpr FolderPlace NoFolder = {0, UINT64_MAX};
     // A folder that some found file needs.
     struct FolderRef
     {
@@ -131,8 +133,6 @@ private:
     DirectoryPlace m_lastResolved;  // while stored sectors are resolved
     FolderProbe m_probe;
     HighWordSearch m_highWords;
-    // Folders from which a climb would only meet folders that are referenced already, with the cluster size and data
-    // start that it comes with.
-    std::set<std::pair<std::uint32_t, std::uint64_t>> m_settled;
-    std::set<std::uint32_t> m_settledClusters;
+    // Folders from which a climb would only meet folders that are referenced already, each with the one that it meets next.
+    std::map<FolderPlace, FolderPlace> m_settled;
 };

@@ -3,7 +3,7 @@
 #include "recovery/metadata/FatDateTime.h"
 #include "recovery/metadata/SectorValidators.h"
 
-#include <unordered_set>
+#include <unordered_map>
 
 namespace {
 
@@ -226,19 +226,15 @@ void CProfessionalFatRecovery::TakeFolder(ByteView entry, Parse& parse)
 
 void CProfessionalFatRecovery::SetFolder(std::uint32_t cluster, const FolderNode& node)
 {
-    const auto [known, isNew] = m_folders.try_emplace(cluster, node);
-    if (!isNew) {
-        const bool sameWay = known->second.Record.RecordNumber == node.Record.RecordNumber &&
-                             known->second.Volume == node.Volume;
-        known->second = node;
-        if (sameWay) {
+    m_folders.insert_or_assign(cluster, node);
+    // Where the way up from here leads somewhere else now, that from every folder below does too.
+    const FolderPlace next = {node.Record.RecordNumber, VolumeTag(node.Volume)};
+    for (auto at = m_settled.lower_bound({cluster, 0});
+         at != m_settled.end() && at->first.first == cluster; ++at) {
+        if (at->second != next) {
+            m_settled.clear();
             return;
         }
-    }
-    // The way up from here has changed, and with it that from every folder below.
-    if (m_settledClusters.contains(cluster)) {
-        m_settled.clear();
-        m_settledClusters.clear();
     }
 }
 
@@ -269,36 +265,38 @@ void CProfessionalFatRecovery::TakeFile(ByteView entry, Parse& parse)
 // Notes the folders that a found file needs, from its own up to the root.
 void CProfessionalFatRecovery::ClimbFrom(const Parse& parse)
 {
-    std::uint32_t cluster = parse.parent;
     FatVolume volume = parse.place.volume;
+    FolderPlace here = {parse.parent, VolumeTag(volume)};
     std::uint64_t lba = parse.place.lba;
-    std::unordered_set<std::uint32_t> visited;
-    std::vector<std::pair<std::uint32_t, std::uint64_t>> passed;
-    while (cluster > m_rootCluster && visited.insert(cluster).second) {
-        const std::pair<std::uint32_t, std::uint64_t> here = {cluster, VolumeTag(volume)};
-        if (m_settled.contains(here)) {
+    std::unordered_map<std::uint32_t, std::uint64_t> visited;
+    std::vector<std::pair<FolderPlace, FolderPlace>> passed;
+    bool isRing = true;
+    while (here.first > m_rootCluster && !m_settled.contains(here)) {
+        const auto [before, isNew] = visited.try_emplace(here.first, here.second);
+        if (!isNew) {
+            isRing = before->second == here.second;
             break;
         }
-        passed.push_back(here);
-        m_referencedFolders.try_emplace(cluster, FolderRef{volume, lba});
-        const auto folder = m_folders.find(cluster);
-        std::uint32_t parent = m_rootCluster;
+        m_referencedFolders.try_emplace(here.first, FolderRef{volume, lba});
+        const auto folder = m_folders.find(here.first);
+        FolderPlace next = {m_rootCluster, here.second};
         if (folder != m_folders.end()) {
-            parent = folder->second.Record.RecordNumber;
+            volume = folder->second.Volume;
+            next = {folder->second.Record.RecordNumber, VolumeTag(volume)};
             lba = folder->second.Record.EntrySector;
-        } else if (m_probe.FindParentCluster(volume, cluster, &parent) == ResultSuccess) {
+        } else if (m_probe.FindParentCluster(volume, here.first, &next.first) == ResultSuccess) {
             lba = ClusterSector(volume, parse.given);
         } else {
+            next = NoFolder;
+        }
+        passed.emplace_back(here, next);
+        if (next == NoFolder || next.first == here.first) {
             break;
         }
-        if (parent == cluster) {
-            break;
-        }
-        volume = folder != m_folders.end() ? folder->second.Volume : volume;
-        cluster = parent;
+        here = next;
     }
-    for (const auto& here : passed) {
-        m_settled.insert(here);
-        m_settledClusters.insert(here.first);
+    // A way that met a folder of another volume under the same number ended there by chance: the next one may go on.
+    if (isRing) {
+        m_settled.insert(passed.begin(), passed.end());
     }
 }

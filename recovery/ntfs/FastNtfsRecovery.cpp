@@ -85,7 +85,8 @@ ResultCode CFastNtfsRecovery::SetSearchCallback(SearchProgressCallback callback,
     return ResultSuccess;
 }
 
-std::optional<std::uint64_t> CFastNtfsRecovery::FirstDataSector(const FileRecord& record)
+std::optional<std::uint64_t> CFastNtfsRecovery::FirstDataSector(const FileRecord& record,
+                                                                std::uint32_t sectorBytes)
 {
     RunList runs;
     if (m_readers.ReadAttributeRuns(record.EntrySector, AttributeData, runs) != ResultSuccess ||
@@ -93,6 +94,5 @@ std::optional<std::uint64_t> CFastNtfsRecovery::FirstDataSector(const FileRecord
         return std::nullopt;
     }
     const auto lcn = static_cast<std::uint64_t>(runs.front().Offset);
-    return SectorOfCluster(lcn, record.ClusterBytes, m_volume.BytesPerSector) +
-           record.PartitionStart;
+    return SectorOfCluster(lcn, record.ClusterBytes, sectorBytes) + record.PartitionStart;
 }

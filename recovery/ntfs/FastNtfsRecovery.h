@@ -29,8 +29,10 @@ public:
     ResultCode SetSearchCallback(SearchProgressCallback callback, void* context) override;
     ResultCode BuildUsedClusterMap() override;
 
-    // The sector of a record's first data; none when its record tells of no runs.
-    std::optional<std::uint64_t> FirstDataSector(const FileRecord& record);
+    // Where a record's first data is, in sectors of that size, whatever the volume's own is; none when its record tells of no
+    // runs.
+    std::optional<std::uint64_t> FirstDataSector(const FileRecord& record,
+                                                 std::uint32_t sectorBytes);
 
 protected:
     bool IsOpen() const override { return m_isOpen; }

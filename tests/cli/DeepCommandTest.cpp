@@ -31,14 +31,55 @@ TEST_F(DeepCommandTest, DeepIsTheDefaultAndEveryFileSaysWhichDepthFoundIt)
     EXPECT_EQ(files.at("photo/first picture.jpg"), m_originals.at("first picture.jpg"));
 }
 
-TEST_F(DeepCommandTest, AWholeScanDoesWithoutTheFileSystem)
+TEST_F(DeepCommandTest, AWholeScanKeepsWhatTheQuickStageKnowsAndShowsNoFileTwice)
 {
-    const Json::Value report =
-        Parse(RunAsGiven({"list", Card(), "--json", "--types", "all", "--whole"}).out);
-    ASSERT_GT(report["found"].asInt(), 0);
+    // An earlier scan that passed over what the file system uses does not stand in for one of all sectors.
+    EXPECT_EQ(RunAsGiven({"scan", Card()}).status, 0);
+    const Outcome outcome =
+        RunAsGiven({"list", Card(), "--json", "--types", "all", "--whole", "--resume"});
+    EXPECT_NE(outcome.err.find("No earlier scan"), std::string::npos) << outcome.err;
+    std::map<std::string, int> names;
+    std::map<std::string, int> engines;
+    const Json::Value report = Parse(outcome.out);
     for (const Json::Value& file : report["files"]) {
-        EXPECT_NE(file["engine"].asString(), "fast-fat");
+        ++names[file["path"].asString() + file["name"].asString()];
+        ++engines[file["engine"].asString()];
     }
+    EXPECT_EQ(engines["fast-fat"], 7);
+    EXPECT_EQ(names.count("Lake\\first picture.jpg"), 1u);
+    EXPECT_EQ(names["Lake\\first picture.jpg"], 1);
+    // Living files too: the pass reads what is in use.
+    EXPECT_EQ(names.size(), m_originals.size()) << outcome.out;
+    EXPECT_EQ(RunAsGiven({"scan", Card(), "--whole", "--resume"}).err.find("No earlier scan"),
+              std::string::npos);
+}
+
+TEST_F(DeepCommandTest, AQuickStageThatFailsEndsADeepScanAndIsAWarningInAWholeOne)
+{
+    if (const std::string missing = MissingTool({"mkntfs", "ntfscp"}); !missing.empty()) {
+        GTEST_SKIP() << missing;
+    }
+    const std::string volume = (m_folder / "volume.img").string();
+    const ImageFile image(volume, 16 * 1024 * 1024);
+    MustRun({"mkntfs", "-F", "-Q", "-q", "-c", "4096", volume});
+    for (std::uint64_t i = 0; i < 30; ++i) {
+        WriteFileBytes(m_folder / "file", MakeJpeg(60, 50, i));
+        MustRun({"ntfscp", volume, (m_folder / "file").string(), std::to_string(i) + ".jpg"});
+    }
+    // The table of files, which the quick stage reads in large pieces.
+    const ByteVector boot = image.Read(0, 512);
+    FailingReader reader;
+    const std::uint64_t bad = std::uint64_t{boot[48]} * 4096 + 64 * 1024;
+    reader.FailBytes(bad, bad + 512);
+    const Outcome deep = RunAsGiven({"scan", volume});
+    EXPECT_EQ(deep.status, 3) << deep.err;
+    EXPECT_NE(deep.err.find("--whole"), std::string::npos) << deep.err;
+    EXPECT_EQ(deep.err.find("make an image"), std::string::npos) << "of an image: " << deep.err;
+    const Outcome whole = RunAsGiven({"list", volume, "--whole", "--json", "--types", "all"});
+    EXPECT_EQ(whole.status, 1) << "sectors are missing";
+    EXPECT_NE(whole.err.find("Warning: what the file system knows"), std::string::npos)
+        << whole.err;
+    EXPECT_GT(Found(whole), 0);
 }
 
 TEST_F(DeepCommandTest, AnEarlierScanIsTakenUnlessItIsDeclined)

@@ -94,13 +94,16 @@ TEST_F(DiskCommandTest, TheListIsRightWithAndWithoutPartitionNodes)
     MakeTwoPartitions();
     LoopDevice loop(m_disk);
     const std::vector<Json::Value> rows = Targets(loop.Node());
-    ASSERT_EQ(rows.size(), 3u);
+    ASSERT_EQ(rows.size(), 4u);
     EXPECT_EQ(rows[0]["label"], "FIRST");
     EXPECT_GT(rows[0]["freeBytes"].asUInt64(), 30 * MiB);
     EXPECT_GT(rows[0]["totalBytes"].asUInt64(), rows[0]["freeBytes"].asUInt64());
     EXPECT_EQ(rows[1]["startSector"].asUInt64(), 90000u);
     EXPECT_EQ(rows[1]["fileSystem"], "FAT32");
     EXPECT_EQ(rows[2]["kind"], "gap");
+    EXPECT_EQ(rows[3]["kind"], "disk");
+    EXPECT_EQ(rows[3]["sectorCount"].asUInt64(), 100 * MiB / 512) << "to its last sector";
+    EXPECT_TRUE(rows[3]["freeBytes"].isNull());
     loop.AddPartitionNodes();
     EXPECT_EQ(Targets(loop.Node()), rows);
     const Outcome table = Run({"targets"});
@@ -122,7 +125,7 @@ TEST_F(DiskCommandTest, DisksOfLargeSectorsAreCountedInTheirOwn)
     volume.Delete("lost.jpg");
     image.PutAt(4000 * 4096, ReadFileBytes(volume.ImagePath()));
     const std::vector<Json::Value> rows = Targets(loop.Node());
-    ASSERT_EQ(rows.size(), 2u) << "an area below a cylinder is no gap";
+    ASSERT_EQ(rows.size(), 3u) << "an area below a cylinder is no gap";
     EXPECT_EQ(rows[1]["startSector"].asUInt64(), 4000u);
     EXPECT_EQ(rows[1]["sectorSize"].asUInt(), 4096u);
     EXPECT_EQ(rows[1]["fileSystem"], "FAT32");
@@ -157,7 +160,8 @@ TEST_F(DiskCommandTest, ADeletedFileComesBackFromThePartitionAndFromTheWholeDisk
         << again.err;
     // In a scan of the whole disk both are found by their content, whose end is not always known.
     std::filesystem::remove_all(m_folder / "out");
-    EXPECT_EQ(Run({"recover", loop.Node(), (m_folder / "out").string()}).status, 0);
+    const Outcome whole = Run({"recover", loop.Node(), (m_folder / "out").string()});
+    EXPECT_EQ(whole.status, 0) << whole.err << whole.out;
     const auto files = FilesBelow(m_folder / "out");
     for (const ByteVector& lost : {m_firstLost, m_secondLost}) {
         EXPECT_TRUE(std::any_of(files.begin(), files.end(), [&lost](const auto& file) {

@@ -43,9 +43,9 @@ TEST_F(MadeUpDiskTest, ATargetIsTakenByNumberByNodeAndThroughItsImage)
     const ByteVector before = ReadFileBytes(disk.Path());
 
     const Json::Value document = Parse(RunAsGiven({"targets", "--json"}).out);
-    ASSERT_EQ(document["targets"].size(), 3u);
-    const char* const kinds[] = {"gap", "partition", "gap"};
-    for (Json::ArrayIndex i = 0; i < 3; ++i) {
+    ASSERT_EQ(document["targets"].size(), 4u);
+    const char* const kinds[] = {"gap", "partition", "gap", "disk"};
+    for (Json::ArrayIndex i = 0; i < 4; ++i) {
         const Json::Value& row = document["targets"][i];
         EXPECT_EQ(row["number"].asUInt(), i + 1);
         EXPECT_EQ(row["kind"], kinds[i]);

@@ -180,11 +180,11 @@ TEST_F(ScanSessionTest, WhatGoesWrongWithOneFileDoesNotEndTheOthers)
         m_script.Add(name, 4);
     }
     m_script.Add("orphan.jpg", 4);
-    m_script.records.back().DriveLetter = 7;  // its disk is not open
     m_script.content = Bytes("'data'");
     m_script.folders = "..\\Lake\\";
     std::vector<std::shared_ptr<ScanSession>> sources = {Open()};
-    const std::vector<FoundRow> rows = sources[0]->Search(TypeFilter::All()).rows;
+    std::vector<FoundRow> rows = sources[0]->Search(TypeFilter::All()).rows;
+    rows.back().record.DriveLetter = 7;  // its disk is not open
     m_script.restores = [&sources](const FileRecord& record) {
         sources.clear();  // the face lets go of it: the restoring holds it
         if (record.NameText() == "memory.jpg") {

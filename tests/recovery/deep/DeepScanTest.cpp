@@ -233,7 +233,7 @@ TEST_F(DeepScanTest, ThePassGoesOnBehindUnreadableSectors)
     EXPECT_EQ(heads, (std::vector<std::uint64_t>{5, 127, 133, 4000, 9000, 10000, 15000}));
 }
 
-TEST_F(DeepScanTest, ReadingAheadBringsTheSameBlocksAsReadingPlainly)
+TEST_F(DeepScanTest, ReadingAheadAndPassingOverBringTheSameBlocksAsReadingPlainly)
 {
     FailingReader failing;
     failing.FailSector(7001);
@@ -244,22 +244,31 @@ TEST_F(DeepScanTest, ReadingAheadBringsTheSameBlocksAsReadingPlainly)
     ASSERT_EQ(plain.OpenImage(m_image.Path()), ResultSuccess);
     ASSERT_EQ(source.OpenImage(m_image.Path()), ResultSuccess);
     ASSERT_EQ(ahead.OpenImage(m_image.Path()), ResultSuccess);
-    BlockReader withThread(source, ahead, 512);
-    BlockReader without(plain, closed, 512);
-    std::uint64_t lba = 0;
-    std::uint64_t dice = 5;
-    while (lba < Sectors) {
-        const std::uint64_t count = std::min(BlockSectors, Sectors - lba);
-        std::int32_t gotWith = 0;
-        std::int32_t gotWithout = 0;
-        const auto left = withThread.Read(lba, count, Sectors, &gotWith);
-        const auto right = without.Read(lba, count, Sectors, &gotWithout);
-        ASSERT_EQ(gotWith, gotWithout) << lba;
-        ASSERT_TRUE(std::equal(left.begin(), left.end(), right.begin(), right.end())) << lba;
-        left[1] ^= 1;  // analysers repair records in place
-        right[1] ^= 1;
-        dice = dice * 6364136223846793005 + 1442695040888963407;
-        lba += dice >> 62 == 0 ? count + (dice >> 40) % 500 : count;
+    for (std::uint64_t seed = 1; seed <= 8; ++seed) {
+        const bool passesOver = seed > 2;
+        BlockReader withThread(source, ahead, 512, ReadAhead::Always);
+        BlockReader without(plain, closed, 512);
+        std::uint64_t dice = seed;
+        for (std::uint64_t lba = 0; lba < Sectors;) {
+            const std::uint64_t count = std::min(BlockSectors, Sectors - lba);
+            std::int32_t gotWith = 0;
+            std::int32_t gotWithout = 0;
+            dice = dice * 6364136223846793005 + 1442695040888963407;
+            const auto right = without.Read(lba, count, Sectors, &gotWithout);
+            // Only what can be read is ever passed over.
+            const bool isPassedOver = passesOver && dice >> 61 < 5 &&
+                                      gotWithout == static_cast<std::int32_t>(count) &&
+                                      withThread.PassOver(lba, count);
+            if (!isPassedOver) {
+                const auto left = withThread.Read(lba, count, Sectors, &gotWith);
+                ASSERT_EQ(gotWith, gotWithout) << lba;
+                ASSERT_TRUE(std::equal(left.begin(), left.end(), right.begin(), right.end()))
+                    << lba << " with " << seed;
+                left[1] ^= 1;  // analysers repair records in place
+                right[1] ^= 1;
+            }
+            lba += (dice >> 40) % 4 == 0 ? count + (dice >> 30) % 500 : count;
+        }
     }
 }
 
