@@ -91,121 +91,124 @@ std::int32_t ProcessNumber()
 std::uint32_t UserNumber()
 {
     return ::geteuid();
-    void RaiseOpenFileLimit()
-    {
-        rlimit limit = {};
-        if (::getrlimit(RLIMIT_NOFILE, &limit) == 0) {
-            limit.rlim_cur = limit.rlim_max;
-            (void)::setrlimit(RLIMIT_NOFILE,
-                              &limit);  // with fewer, parts that cannot be opened are told
+}
+
+void RaiseOpenFileLimit()
+{
+    rlimit limit = {};
+    if (::getrlimit(RLIMIT_NOFILE, &limit) == 0) {
+        limit.rlim_cur = limit.rlim_max;
+        (void)::setrlimit(RLIMIT_NOFILE,
+                          &limit);  // with fewer, parts that cannot be opened are told
+    }
+}
+
+bool ProcessIsAlive(std::int32_t number)
+{
+    return ::kill(number, 0) == 0 || errno != ESRCH;
+}
+
+ResultCode KillProcessByName(std::string_view name)
+{
+    std::error_code error;
+    std::filesystem::directory_iterator at("/proc", error);
+    for (; !error && at != std::filesystem::directory_iterator(); at.increment(error)) {
+        const std::optional<std::int32_t> number = NumberOf(at->path().filename().string());
+        if (number && IsOwnProcessOfName(at->path(), name)) {
+            ::kill(*number, SIGKILL);
         }
     }
+    return error ? ErrorFromErrno(error.value(), FileOperation::Query) : ResultSuccess;
+}
 
-    bool ProcessIsAlive(std::int32_t number)
-    {
-        return ::kill(number, 0) == 0 || errno != ESRCH;
-    }
+void IgnoreBrokenPipes()
+{
+    std::signal(SIGPIPE, SIG_IGN);
+}
 
-    ResultCode KillProcessByName(std::string_view name)
-    {
-        std::error_code error;
-        std::filesystem::directory_iterator at("/proc", error);
-        for (; !error && at != std::filesystem::directory_iterator(); at.increment(error)) {
-            const std::optional<std::int32_t> number = NumberOf(at->path().filename().string());
-            if (number && IsOwnProcessOfName(at->path(), name)) {
-                ::kill(*number, SIGKILL);
-            }
+LaunchedProgram::LaunchedProgram(LaunchedProgram&& other) noexcept
+    : m_number(std::exchange(other.m_number, 0)),
+      m_ended(other.m_ended),
+      m_killed(other.m_killed),
+      m_output(std::move(other.m_output))
+{
+}
+
+ResultCode LaunchedProgram::Start(const std::filesystem::path& program,
+                                  const std::vector<std::string>& arguments,
+                                  bool keepsOutput)
+{
+    SpawnPlan plan;
+    FileHandle readEnd;
+    FileHandle writeEnd;
+    plan.UseNothing(STDIN_FILENO);
+    if (keepsOutput) {
+        std::array<int, 2> ends = {};
+        if (::pipe2(ends.data(), O_CLOEXEC) != 0) {
+            return ErrorFromErrno(errno, FileOperation::Open);
         }
-        return error ? ErrorFromErrno(error.value(), FileOperation::Query) : ResultSuccess;
+        readEnd = FileHandle(ends[0]);
+        writeEnd = FileHandle(ends[1]);
+        plan.UsePipe(STDOUT_FILENO, writeEnd.Descriptor());
+        plan.UsePipe(STDERR_FILENO, writeEnd.Descriptor());
+    } else {
+        plan.UseNothing(STDOUT_FILENO);
+        plan.UseNothing(STDERR_FILENO);
     }
-
-    void IgnoreBrokenPipes()
-    {
-        std::signal(SIGPIPE, SIG_IGN);
+    std::string name = program.filename().string();
+    std::vector<std::string> texts = arguments;
+    std::vector<char*> pointers = {name.data()};
+    for (std::string& text : texts) {
+        pointers.push_back(text.data());
     }
-
-    LaunchedProgram::LaunchedProgram(LaunchedProgram && other) noexcept
-        : m_number(std::exchange(other.m_number, 0)),
-          m_ended(other.m_ended),
-          m_killed(other.m_killed),
-          m_output(std::move(other.m_output))
-    {
+    pointers.push_back(nullptr);
+    pid_t number = 0;
+    const int error = ::posix_spawn(&number, program.c_str(), plan.Actions(), plan.Attributes(),
+                                    pointers.data(), environ);
+    if (error != 0) {
+        return ErrorFromErrno(error, FileOperation::Open);
     }
+    m_number = number;
+    m_output = std::move(readEnd);
+    return ResultSuccess;
+}
 
-    ResultCode LaunchedProgram::Start(const std::filesystem::path& program,
-                                      const std::vector<std::string>& arguments, bool keepsOutput)
-    {
-        SpawnPlan plan;
-        FileHandle readEnd;
-        FileHandle writeEnd;
-        plan.UseNothing(STDIN_FILENO);
-        if (keepsOutput) {
-            std::array<int, 2> ends = {};
-            if (::pipe2(ends.data(), O_CLOEXEC) != 0) {
-                return ErrorFromErrno(errno, FileOperation::Open);
-            }
-            readEnd = FileHandle(ends[0]);
-            writeEnd = FileHandle(ends[1]);
-            plan.UsePipe(STDOUT_FILENO, writeEnd.Descriptor());
-            plan.UsePipe(STDERR_FILENO, writeEnd.Descriptor());
+bool LaunchedProgram::HasEnded(int waitMilliseconds)
+{
+    constexpr int StepMilliseconds = 5;
+    for (int waited = 0; !m_ended; waited += StepMilliseconds) {
+        int status = 0;
+        const pid_t ended = ::waitpid(m_number, &status, WNOHANG);
+        // Nobody else waits for it, so that an error too means that it is no more.
+        if (ended == m_number || (ended < 0 && errno != EINTR)) {
+            m_ended = true;
+            m_killed = ended == m_number && WIFSIGNALED(status);
+        } else if (waited >= waitMilliseconds) {
+            break;
         } else {
-            plan.UseNothing(STDOUT_FILENO);
-            plan.UseNothing(STDERR_FILENO);
+            std::this_thread::sleep_for(
+                std::chrono::milliseconds(std::min(StepMilliseconds, waitMilliseconds - waited)));
         }
-        std::string name = program.filename().string();
-        std::vector<std::string> texts = arguments;
-        std::vector<char*> pointers = {name.data()};
-        for (std::string& text : texts) {
-            pointers.push_back(text.data());
-        }
-        pointers.push_back(nullptr);
-        pid_t number = 0;
-        const int error = ::posix_spawn(&number, program.c_str(), plan.Actions(), plan.Attributes(),
-                                        pointers.data(), environ);
-        if (error != 0) {
-            return ErrorFromErrno(error, FileOperation::Open);
-        }
-        m_number = number;
-        m_output = std::move(readEnd);
-        return ResultSuccess;
     }
+    return m_ended;
+}
 
-    bool LaunchedProgram::HasEnded(int waitMilliseconds)
-    {
-        constexpr int StepMilliseconds = 5;
-        for (int waited = 0; !m_ended; waited += StepMilliseconds) {
-            int status = 0;
-            const pid_t ended = ::waitpid(m_number, &status, WNOHANG);
-            // Nobody else waits for it, so that an error too means that it is no more.
-            if (ended == m_number || (ended < 0 && errno != EINTR)) {
-                m_ended = true;
-                m_killed = ended == m_number && WIFSIGNALED(status);
-            } else if (waited >= waitMilliseconds) {
-                break;
-            } else {
-                std::this_thread::sleep_for(std::chrono::milliseconds(
-                    std::min(StepMilliseconds, waitMilliseconds - waited)));
-            }
-        }
-        return m_ended;
+std::optional<std::size_t> LaunchedProgram::AvailableOutput() const
+{
+    pollfd state = {m_output.Descriptor(), POLLIN, 0};
+    int bytes = 0;
+    if (!m_output.IsOpen() || ::poll(&state, 1, 0) < 0 ||
+        ::ioctl(m_output.Descriptor(), FIONREAD, &bytes) != 0) {
+        return std::nullopt;
     }
+    const bool broken = bytes == 0 && (state.revents & (POLLHUP | POLLERR)) != 0;
+    return broken ? std::nullopt : std::optional(static_cast<std::size_t>(bytes));
+}
 
-    std::optional<std::size_t> LaunchedProgram::AvailableOutput() const
-    {
-        pollfd state = {m_output.Descriptor(), POLLIN, 0};
-        int bytes = 0;
-        if (!m_output.IsOpen() || ::poll(&state, 1, 0) < 0 ||
-            ::ioctl(m_output.Descriptor(), FIONREAD, &bytes) != 0) {
-            return std::nullopt;
-        }
-        const bool broken = bytes == 0 && (state.revents & (POLLHUP | POLLERR)) != 0;
-        return broken ? std::nullopt : std::optional(static_cast<std::size_t>(bytes));
-    }
-
-    std::vector<std::uint8_t> LaunchedProgram::ReadOutput(std::size_t mostBytes) const
-    {
-        std::vector<std::uint8_t> bytes(mostBytes);
-        const ssize_t read = ::read(m_output.Descriptor(), bytes.data(), bytes.size());
-        bytes.resize(read > 0 ? static_cast<std::size_t>(read) : 0);
-        return bytes;
-    }
+std::vector<std::uint8_t> LaunchedProgram::ReadOutput(std::size_t mostBytes) const
+{
+    std::vector<std::uint8_t> bytes(mostBytes);
+    const ssize_t read = ::read(m_output.Descriptor(), bytes.data(), bytes.size());
+    bytes.resize(read > 0 ? static_cast<std::size_t>(read) : 0);
+    return bytes;
+}
