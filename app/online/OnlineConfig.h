@@ -17,8 +17,8 @@ public:
     // Made on first use, which fetches the document and takes as long as the network does, at most a few seconds.
     static const OnlineConfig& GetInstance();
 
-    // For a site. override is where the user wants the document to be taken from: it counts only below the site's own folder of such
-    // documents.
+    // For a site. override is where the user wants the document to be taken from: it counts only below the site's own
+    // folder of such documents.
     OnlineConfig(const std::string& site, const std::string& override);
 
     const std::string& GetHomeUrl() const { return m_homeUrl; }

@@ -12,8 +12,8 @@ std::filesystem::path PlayerFolder();
 // More arguments for both from now on: a test has neither screen nor loudspeaker.
 void AddPlayerArguments(std::vector<std::string> arguments);
 
-// Starts the player on a thread of its own, which calls onFailed when the file cannot be played; not when the player was killed, nor
-// when there is none.
+// Starts the player on a thread of its own, which calls onFailed when the file cannot be played; not when the player was
+// killed, nor when there is none.
 void StartVideo(const std::filesystem::path& path, std::function<void()> onFailed);
 // Nothing tells whether it plays.
 void StartAudio(const std::filesystem::path& path);

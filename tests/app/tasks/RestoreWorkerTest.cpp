@@ -16,6 +16,10 @@ protected:
     {
         OpenAll();
         SelectAll();
+        Run();
+    }
+    void Run()
+    {
         RestoreWorker worker(Context(), state);
         worker.faultGuard = faultGuard;
         worker.RunMany();
@@ -61,8 +65,11 @@ TEST_F(RestoreWorkerTest, ARecordWithoutAnEngineFailsWithoutARow)
 {
     script.Add("a.jpg", 4);
     script.Add("b.jpg", 4);
-    script.records[1].DriveLetter = 7;
-    Restore();
+    OpenAll();
+    SelectAll();
+    // Of a target that was taken from the list behind the search.
+    state.selection.rbegin()->second.record.DriveLetter = 7;
+    Run();
     EXPECT_EQ(board.Text("recovered"), "2 of 2, 1, 1");
     EXPECT_EQ(RowTexts(), (Rows{"photo/a.jpg Success"}));
 }
