@@ -100,6 +100,27 @@ void DeepDirectories(benchmark::State& state)
 }
 
 // Every second sector a FILE record of a deleted file, in folders that are such records too.
+// The same with each folder inside the one behind it, whose entry for it comes when all below it has been placed.
+void DeepFoldersBehind(benchmark::State& state)
+{
+    const auto size = static_cast<std::uint64_t>(state.range(0)) * Mebibyte;
+    const BenchImage image(size, [&](ByteVector& block, std::uint64_t position) {
+        for (std::size_t at = 0; at < block.size(); at += SectorBytes) {
+            const auto cluster = static_cast<std::uint32_t>((position + at) / SectorBytes) + 2;
+            std::memset(block.data() + at, 0, SectorBytes);
+            DirectoryEntry(block, at, cluster, 0x10, false);
+            std::memcpy(block.data() + at, ".          ", 11);
+            DirectoryEntry(block, at + 32, cluster + 1, 0x10, false);
+            std::memcpy(block.data() + at + 32, "..         ", 11);
+            DirectoryEntry(block, at + 64, cluster - 1, 0x10, false);
+            for (std::uint32_t i = 3; i < 8; ++i) {
+                DirectoryEntry(block, at + i * 32, cluster * 16 + i, 0x20, false);
+            }
+        }
+    });
+    Run(state, image, ScanDepth::Whole);
+}
+
 void DeepFileRecords(benchmark::State& state)
 {
     const auto size = static_cast<std::uint64_t>(state.range(0)) * Mebibyte;
@@ -195,6 +216,13 @@ BENCHMARK(DeepDirectories)
     ->Args({16, 1})
     ->Args({64, 1})
     ->Args({256, 1})
+    ->UseManualTime()
+    ->Iterations(Repeats)
+    ->Unit(benchmark::kMillisecond);
+BENCHMARK(DeepFoldersBehind)
+    ->Arg(1)
+    ->Arg(4)
+    ->Arg(16)
     ->UseManualTime()
     ->Iterations(Repeats)
     ->Unit(benchmark::kMillisecond);
