@@ -53,6 +53,7 @@ struct CommandOptions
     bool again = false;
     bool fillUnreadable = false;
     bool rescue = false;
+    bool doubles = false;
     std::uint32_t retries = 0;
 };
 

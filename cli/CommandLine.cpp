@@ -143,6 +143,8 @@ void AddScanOptions(CLI::App& app, CommandOptions& options)
     auto* const again =
         app.add_flag("--again-unread", options.againUnread,
                      "of an earlier complete scan read only what could not be read then");
+    app.add_flag("--doubles", options.doubles,
+                 "show also what is the same file once more, found in another way");
     fast->excludes(whole)->excludes(resume)->excludes(again);
     resume->excludes(fresh)->excludes(again);
     fresh->excludes(again);

@@ -37,7 +37,11 @@ void WriteLine(std::ostream& out, const ReportedFile& file)
         << TimeColumn(record.WriteTime) << std::setw(20) << TimeColumn(record.CreationTime)
         << std::setw(20) << TimeColumn(record.AccessTime) << std::setw(5)
         << (record.HeadIntact != 0 ? "ok" : "lost") << file.store << '#' << std::setw(7)
-        << record.RecordNumber << ' ' << Printable(path) << '\n';
+        << record.RecordNumber << ' ' << Printable(path);
+    if (const std::optional<StorePlace>& shown = file.row.doubleOf) {
+        out << "  (double of " << file.doubleStore << '#' << shown->place << ')';
+    }
+    out << '\n';
 }
 
 ExitStatus Run(const CommandOptions& options, CommandStreams& streams, Session& session)

@@ -291,12 +291,21 @@ std::optional<Refusal> ScanRun::Search(const TypeFilter& filter)
         if (outcome.fault != ResultSuccess) {
             return WhyBroken(outcome.fault);
         }
+        if (!m_options.doubles) {
+            m_doubles += std::erase_if(
+                outcome.rows, [](const FoundRow& row) { return row.doubleOf.has_value(); });
+        }
         part.files = outcome.rows.size();
         if (m_rows.empty()) {
             m_rows = std::move(outcome.rows);  // held once: there can be many
         } else {
             m_rows.insert(m_rows.end(), outcome.rows.begin(), outcome.rows.end());
         }
+    }
+    if (m_doubles != 0) {
+        Note(CountText(m_doubles, "file") + " found a second time in another way " +
+             (m_doubles == 1 ? "is" : "are") + " left out; --doubles shows " +
+             (m_doubles == 1 ? "it." : "them."));
     }
     return std::nullopt;
 }
