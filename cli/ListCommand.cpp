@@ -46,12 +46,13 @@ void WriteLine(std::ostream& out, const ReportedFile& file)
 
 ExitStatus Run(const CommandOptions& options, CommandStreams& streams, Session& session)
 {
-    const std::optional<TypeFilter> filter = TypeFilter::Parse(options.types);
-    if (!filter) {
-        return Refuse(WhyNoTypes(options.types), streams);
+    const std::variant<TypeFilter, Refusal> types = FilterOf(options.types);
+    if (const auto* const wrong = std::get_if<Refusal>(&types)) {
+        return Refuse(*wrong, streams);
     }
+    const auto& filter = std::get<TypeFilter>(types);
     ScanRun run(options, streams, session);
-    if (const std::optional<Refusal> refusal = run.OpenAndFind(*filter)) {
+    if (const std::optional<Refusal> refusal = run.OpenAndFind(filter)) {
         return Refuse(*refusal, streams);
     }
     const std::vector<FoundRow>& rows = run.Rows();

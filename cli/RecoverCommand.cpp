@@ -189,10 +189,11 @@ std::optional<Refusal> CheckRoom(const Destination& destination,
 
 ExitStatus Run(const CommandOptions& options, CommandStreams& streams, Session& session)
 {
-    const std::optional<TypeFilter> filter = TypeFilter::Parse(options.types);
-    if (!filter) {
-        return Refuse(WhyNoTypes(options.types), streams);
+    const std::variant<TypeFilter, Refusal> types = FilterOf(options.types);
+    if (const auto* const wrong = std::get_if<Refusal>(&types)) {
+        return Refuse(*wrong, streams);
     }
+    const auto& filter = std::get<TypeFilter>(types);
     Destination destination(options.folder, options.tree ? Layout::ByTree : Layout::ByCategory);
     ScanRun run(options, streams, session);
     std::optional<Refusal> refusal = run.OpenTarget();
@@ -203,7 +204,7 @@ ExitStatus Run(const CommandOptions& options, CommandStreams& streams, Session& 
         refusal = run.Scan();
     }
     if (!refusal) {
-        refusal = run.Search(*filter);
+        refusal = run.Search(filter);
     }
     if (!refusal) {
         refusal = CheckRoom(destination, run, options, streams);
