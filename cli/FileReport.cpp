@@ -99,6 +99,9 @@ void JsonReport::Add(const ReportedFile& file)
     if (file.outcome != nullptr) {
         value["state"] = std::string(StateOf(*file.outcome));
         value["missing"] = Json::UInt64{file.outcome->Missing()};
+        if (file.outcome->claimsTooMuch) {
+            value["claimsTooMuch"] = true;
+        }
     }
     m_out << (m_found == 0 ? "\n" : ",\n") << OneLine(value);
     ++m_found;

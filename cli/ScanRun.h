@@ -95,6 +95,7 @@ private:
     Session& m_session;
     CancelScope m_cancel;
     ProgressLine m_line;
+    Pace m_pace;
     ScanTarget m_target;
     std::vector<ScanPart> m_parts;
     std::vector<std::shared_ptr<ScanSession>> m_sources;  // of the parts that were opened

@@ -285,6 +285,9 @@ std::string WhatWentWrong(const FileOutcome& outcome)
     case FileEnd::Incomplete:
         return "Incomplete: " + missing;
     case FileEnd::Failed:
+        if (outcome.claimsTooMuch) {
+            return "The file claims to be longer than the source goes on." + damage;
+        }
         return ErrorText(outcome.why) + damage;
     case FileEnd::Cancelled:
         return "Cancelled before its end." + damage;
