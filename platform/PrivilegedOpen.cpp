@@ -154,9 +154,22 @@ ResultCode ResultWithoutAnswer(int exitStatus)
                                                                           : ResultGeneralFailure;
 }
 
+// Of the prefix that this program is installed below, else of the usual one: a program in a build tree has none.
+std::filesystem::path InstalledHelper()
+{
+    std::error_code failed;
+    const std::filesystem::path folder =
+        std::filesystem::read_symlink("/proc/self/exe", failed).parent_path();
+    const bool isInstalled = !failed && folder.filename() == ProgramFolder;
+    const std::filesystem::path own = folder.parent_path() / HelperBelowPrefix;
+    return isInstalled && ::access(own.c_str(), X_OK) == 0
+               ? own
+               : std::filesystem::path(UsualPrefix) / HelperBelowPrefix;
+}
+
 }  // namespace
 
-PrivilegedOpener::PrivilegedOpener() : starter("/usr/bin/pkexec"), helper(InstalledHelperPath) {}
+PrivilegedOpener::PrivilegedOpener() : starter("/usr/bin/pkexec"), helper(InstalledHelper()) {}
 
 ResultCode OpenDevicePrivileged(const std::filesystem::path& node,
                                 FileHandle& outHandle,
