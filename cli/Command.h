@@ -1,6 +1,7 @@
 // What every command of lumivault-cli shares: its options, its streams, its exit status, its row in the table.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <filesystem>
 #include <iosfwd>
@@ -53,6 +54,7 @@ struct CommandOptions
     bool again = false;
     bool fillUnreadable = false;
     bool rescue = false;
+    bool doubles = false;
     std::uint32_t retries = 0;
 };
 
@@ -62,6 +64,7 @@ struct CommandStreams
     std::ostream& err;
     bool errIsTerminal = false;
     std::istream* answers = nullptr;  // where a person answers questions; null when there is nobody
+    std::size_t (*columns)() = nullptr;  // of the terminal at err; 0 or null when it does not tell
 };
 
 struct Command

@@ -1,6 +1,7 @@
 #include "cli/CommandLine.h"
 
 #include "cli/Cancel.h"
+#include "cli/TextForms.h"
 #include "cli/Words.h"
 #include "platform/Version.h"
 #include "session/Session.h"
@@ -51,6 +52,71 @@ CLI::App* AddCommand(CLI::App& app, const Command& command, CommandOptions& opti
     return sub;
 }
 
+std::string CommandNames()
+{
+    std::string names;
+    for (const Command* command : Commands) {
+        names += (names.empty() ? "" : ", ") + std::string(command->name);
+    }
+    return names;
+}
+
+// What stands where a command should.
+std::optional<Refusal> WhyNoCommand(const std::vector<std::string>& arguments)
+{
+    const auto word = std::find_if(arguments.begin(), arguments.end(),
+                                   [](const std::string& one) { return !one.starts_with('-'); });
+    const bool known =
+        word == arguments.end() || word != arguments.begin() ||
+        std::any_of(std::begin(Commands), std::end(Commands),
+                    [&word](const Command* command) { return command->name == *word; });
+    if (known) {
+        return std::nullopt;
+    }
+    const std::string name = Printable(*word);
+    std::error_code error;
+    const bool isTarget =
+        !word->empty() && (word->starts_with('#') || std::filesystem::exists(*word, error));
+    return Refusal{ExitStatus::WrongUse,
+                   (name.empty() ? "The command is empty" : "'" + name + "' is no command") +
+                       (isTarget ? "; to see what can be found there: lumivault-cli scan '" + name +
+                                       "'. Commands are "
+                                 : "; commands are ") +
+                       CommandNames() + ". See 'lumivault-cli --help'."};
+}
+
+// "help" and "help scan" are what --help is behind the command, and -v is what many type for the version.
+void TranslateHabits(std::vector<std::string>& arguments)
+{
+    if (arguments.empty()) {
+        return;
+    }
+    if (arguments[0] == "help") {
+        arguments.erase(arguments.begin());
+        arguments.resize(std::min<std::size_t>(arguments.size(), 1));
+        arguments.emplace_back("--help");
+    } else if (arguments[0] == "-v" || arguments[0] == "-V") {
+        arguments[0] = "--version";
+    }
+}
+
+// An empty value is mostly a variable of a script that was not set.
+std::optional<Refusal> WhyEmpty(const CLI::App& chosen)
+{
+    for (const CLI::Option* const option : chosen.get_options()) {
+        const std::vector<std::string>& values = option->results();
+        if (option->get_items_expected_max() != 0 &&
+            std::find(values.begin(), values.end(), std::string()) != values.end()) {
+            return Refusal{ExitStatus::WrongUse,
+                           option->get_name() +
+                               " is empty; give a value, or leave it out. See "
+                               "'lumivault-cli " +
+                               chosen.get_name() + " --help'."};
+        }
+    }
+    return std::nullopt;
+}
+
 ExitStatus Fail(const CLI::App& app, const CLI::ParseError& error, CommandStreams& streams)
 {
     if (error.get_exit_code() == static_cast<int>(CLI::ExitCodes::Success)) {
@@ -70,17 +136,25 @@ RunCommandLine(std::vector<std::string> arguments, CommandStreams& streams, Sess
     CommandOptions options;
     CLI::App app(Description, "lumivault-cli");
     app.footer(Examples);
-    app.set_version_flag("--version", std::string("lumivault-cli ") + LumivaultVersion);
+    app.set_version_flag("--version,-v", std::string("lumivault-cli ") + LumivaultVersion);
     app.require_subcommand(1);
     const Command* chosen = nullptr;
     for (const Command* command : Commands) {
         AddCommand(app, *command, options)->callback([&chosen, command] { chosen = command; });
+    }
+    TranslateHabits(arguments);
+    if (const std::optional<Refusal> refusal = WhyNoCommand(arguments)) {
+        return Refuse(*refusal, streams);
     }
     try {
         std::reverse(arguments.begin(), arguments.end());  // as the parser wants them
         app.parse(std::move(arguments));
     } catch (const CLI::ParseError& error) {
         return Fail(app, error, streams);
+    }
+    if (const std::optional<Refusal> refusal =
+            WhyEmpty(*app.get_subcommand(std::string(chosen->name)))) {
+        return Refuse(*refusal, streams);
     }
     if (!options.dataFolder.empty()) {
         std::error_code ignored;
@@ -143,6 +217,8 @@ void AddScanOptions(CLI::App& app, CommandOptions& options)
     auto* const again =
         app.add_flag("--again-unread", options.againUnread,
                      "of an earlier complete scan read only what could not be read then");
+    app.add_flag("--doubles", options.doubles,
+                 "show also what is the same file once more, found in another way");
     fast->excludes(whole)->excludes(resume)->excludes(again);
     resume->excludes(fresh)->excludes(again);
     fresh->excludes(again);
@@ -150,9 +226,10 @@ void AddScanOptions(CLI::App& app, CommandOptions& options)
 
 void AddTypesOption(CLI::App& app, CommandOptions& options)
 {
-    app.add_option(
-           "--types", options.types,
-           "comma list of extensions and of photo, audio, video, document, archive, others; or all")
+    app.add_option("--types", options.types,
+                   "comma list of extensions and of photo, audio, video, document, archive, "
+                   "others; or all. An "
+                   "extension that is not known goes with a full stop in front")
         ->type_name("LIST")
         ->capture_default_str();
 }

@@ -42,9 +42,18 @@ std::string_view EngineName(std::uint32_t engineKind)
 ReportedFile ReportOf(const FoundRow& row, const ScanRun& run)
 {
     const ScanPart& part = run.PartOf(row);
-    ReportedFile file = {
-        row, part.source->FolderPath(row.record), part.source->StoreName(row.at.store), {}, {}};
+    ReportedFile file = {row,
+                         part.source->FolderPath(row.record),
+                         part.source->StoreName(row.at.store),
+                         {},
+                         {},
+                         nullptr,
+                         0,
+                         {}};
     file.part = part.row ? part.row->number : 0;
+    if (row.doubleOf) {
+        file.doubleStore = part.source->StoreName(row.doubleOf->store);
+    }
     return file;
 }
 
@@ -80,11 +89,19 @@ void JsonReport::Add(const ReportedFile& file)
     value["store"] = TextOrNull(file.store);
     value["record"] = Json::UInt{record.RecordNumber};
     value["place"] = Json::UInt{file.row.at.place};
+    if (const std::optional<StorePlace>& shown = file.row.doubleOf) {
+        value["doubleOf"]["engine"] = std::string(EngineName(shown->store));
+        value["doubleOf"]["store"] = TextOrNull(file.doubleStore);
+        value["doubleOf"]["place"] = Json::UInt{shown->place};
+    }
     value["restoredTo"] = TextOrNull(file.restoredTo.string());
     value["error"] = TextOrNull(file.error);
     if (file.outcome != nullptr) {
         value["state"] = std::string(StateOf(*file.outcome));
         value["missing"] = Json::UInt64{file.outcome->Missing()};
+        if (file.outcome->claimsTooMuch) {
+            value["claimsTooMuch"] = true;
+        }
     }
     m_out << (m_found == 0 ? "\n" : ",\n") << OneLine(value);
     ++m_found;
@@ -147,8 +164,8 @@ void JsonReport::Finish(const ScanRun& run, const RestoreOutcome* outcome)
 {
     const RestoreOutcome counts = outcome != nullptr ? *outcome : RestoreOutcome();
     const ScanOutcome scan = run.Scanned();
-    m_out << "],\n\"found\":" << m_found << ",\"restored\":" << counts.restored
-          << ",\"failed\":" << counts.failed
+    m_out << "],\n\"found\":" << m_found << ",\"doublesLeftOut\":" << run.Doubles()
+          << ",\"restored\":" << counts.restored << ",\"failed\":" << counts.failed
           << ",\"cancelled\":" << (run.Cancelled() ? "true" : "false");
     if (outcome != nullptr) {
         m_out << ",\"incomplete\":" << counts.incomplete << ",\"skipped\":" << counts.wereThere

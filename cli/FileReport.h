@@ -20,6 +20,7 @@ struct ReportedFile
     std::string error;                     // empty when there was none
     const FileOutcome* outcome = nullptr;  // null when it was not to be restored
     std::uint32_t part = 0;                // that it was found in; 0 when the target is one piece
+    std::string doubleStore;  // where the row stands that shows the same file; empty when none does
 };
 
 // Of a file, and of what became of it.

@@ -50,15 +50,20 @@ bool IsAllowed(const ImageProblem& problem,
                streams);
 }
 
-ImageOutcome Copy(ImageTask& image, const CommandOptions& options, CommandStreams& streams)
+ImageOutcome Copy(ImageTask& image,
+                  std::uint32_t sectorSize,
+                  const CommandOptions& options,
+                  CommandStreams& streams)
 {
-    ProgressLine line(streams.err, streams.errIsTerminal && !options.quiet);
-    return image.Run([&line](const Progress& progress) {
+    ProgressLine line(streams, options.quiet);
+    Pace pace;
+    return image.Run([&line, &pace, sectorSize](const Progress& progress) {
         if (CancelScope::Requested()) {
             return Answer::Stop;
         }
         if (line.IsDue()) {
-            line.Show(CopyText(progress));
+            line.Show(
+                ProgressText(FiguresOf("Copying", progress, sectorSize, pace), line.Columns()));
         }
         return Answer::GoOn;
     });
@@ -148,7 +153,8 @@ ExitStatus Run(const CommandOptions& options, CommandStreams& streams, Session& 
             return Refuse(WhyNot(*problem, image, options.target), streams);
         }
     }
-    const ImageOutcome outcome = Copy(image, options, streams);
+    const ImageOutcome outcome =
+        Copy(image, std::get<ScanTarget>(source).sectorSize, options, streams);
     const std::uint64_t written = outcome.WrittenBytes();
     if (outcome.oldBytes > written && written != 0 && !options.quiet) {
         streams.err << "Note: the file was longer before; what stood in it behind byte " << written

@@ -37,17 +37,22 @@ void WriteLine(std::ostream& out, const ReportedFile& file)
         << TimeColumn(record.WriteTime) << std::setw(20) << TimeColumn(record.CreationTime)
         << std::setw(20) << TimeColumn(record.AccessTime) << std::setw(5)
         << (record.HeadIntact != 0 ? "ok" : "lost") << file.store << '#' << std::setw(7)
-        << record.RecordNumber << ' ' << Printable(path) << '\n';
+        << record.RecordNumber << ' ' << Printable(path);
+    if (const std::optional<StorePlace>& shown = file.row.doubleOf) {
+        out << "  (double of " << file.doubleStore << '#' << shown->place << ')';
+    }
+    out << '\n';
 }
 
 ExitStatus Run(const CommandOptions& options, CommandStreams& streams, Session& session)
 {
-    const std::optional<TypeFilter> filter = TypeFilter::Parse(options.types);
-    if (!filter) {
-        return Refuse(WhyNoTypes(options.types), streams);
+    const std::variant<TypeFilter, Refusal> types = FilterOf(options.types);
+    if (const auto* const wrong = std::get_if<Refusal>(&types)) {
+        return Refuse(*wrong, streams);
     }
+    const auto& filter = std::get<TypeFilter>(types);
     ScanRun run(options, streams, session);
-    if (const std::optional<Refusal> refusal = run.OpenAndFind(*filter)) {
+    if (const std::optional<Refusal> refusal = run.OpenAndFind(filter)) {
         return Refuse(*refusal, streams);
     }
     const std::vector<FoundRow>& rows = run.Rows();

@@ -16,7 +16,8 @@ int main(int count, char** arguments)
         OpenStandardStreams();
         RaiseOpenFileLimit();
         std::ios::sync_with_stdio(false);
-        CommandStreams streams{std::cout, std::cerr, StandardErrorIsTerminal(), nullptr};
+        CommandStreams streams{std::cout, std::cerr, StandardErrorIsTerminal(), nullptr,
+                               &StandardErrorColumns};
         if (streams.errIsTerminal && StandardInputIsTerminal()) {
             streams.answers = &std::cin;
         }

@@ -8,6 +8,7 @@
 
 #include <CLI/CLI.hpp>
 
+#include <algorithm>
 #include <ostream>
 
 namespace {
@@ -38,7 +39,14 @@ RestoreOptions OptionsOf(const CommandOptions& options)
     return out;
 }
 
-constexpr std::size_t ShownNameBytes = 40;  // a line that wraps could not be rewritten
+constexpr std::size_t ShownNameBytes = 40;
+constexpr std::uint64_t MostBytes = UINT64_MAX / 4;  // counted: a sum of wild sizes does not wrap
+
+void AddBytes(std::uint64_t& sum, const FoundRow& row)
+{
+    const std::uint64_t size = row.record.FileSize;
+    sum = std::min(sum + std::min(size, MostBytes), MostBytes);
+}
 
 // One run of the command behind the search.
 class Restorer
@@ -50,11 +58,15 @@ public:
         if (options.json) {
             m_report.emplace(streams.out, options.target);
         }
+        for (const FoundRow& row : run.Rows()) {
+            AddBytes(m_totalBytes, row);
+        }
     }
 
     ExitStatus Run(Destination& destination);
 
 private:
+    ProgressFigures FiguresOf(const RestoreProgress& progress);
     Answer OnProgress(const RestoreProgress& progress);
     void OnFile(const FoundRow& row, const FileOutcome& outcome);
     ExitStatus Finish(const RestoreOutcome& outcome, const std::filesystem::path& folder);
@@ -64,7 +76,34 @@ private:
     CommandStreams& m_streams;
     ScanRun& m_run;
     std::optional<JsonReport> m_report;
+    Pace m_pace;
+    std::uint64_t m_totalBytes = 0;
+    std::uint64_t m_doneBytes = 0;
 };
+
+// Over all files, by their sizes; those of damaged records may be anything.
+ProgressFigures Restorer::FiguresOf(const RestoreProgress& progress)
+{
+    const auto whole = static_cast<double>(m_totalBytes);
+    const auto size = static_cast<double>(m_run.Rows()[progress.number - 1].record.FileSize);
+    const double done =
+        std::min(whole, static_cast<double>(m_doneBytes) + size * progress.percent / 100);
+    ProgressFigures figures;
+    figures.task = "Restoring";
+    figures.percent = whole > 0 ? static_cast<std::int32_t>(done * 100 / whole) : 100;
+    figures.doneBytes = static_cast<std::uint64_t>(done);
+    figures.totalBytes = m_totalBytes;
+    m_pace.Take(figures.doneBytes);
+    figures.bytesPerSecond = m_pace.BytesPerSecond();
+    figures.elapsedSeconds = m_pace.ElapsedSeconds();
+    if (figures.bytesPerSecond != 0) {
+        const double left = (whole - done) / static_cast<double>(figures.bytesPerSecond);
+        figures.leftSeconds = static_cast<std::int32_t>(std::min(left, 1e9));
+    }
+    figures.count = std::to_string(progress.number) + " of " + CountText(progress.total, "file");
+    figures.place = Printable(CutName(progress.path.filename().string(), ShownNameBytes));
+    return figures;
+}
 
 Answer Restorer::OnProgress(const RestoreProgress& progress)
 {
@@ -72,10 +111,7 @@ Answer Restorer::OnProgress(const RestoreProgress& progress)
         return Answer::Stop;
     }
     if (!progress.path.empty() && m_run.Line().IsDue()) {
-        m_run.Line().Show("Restoring " + std::to_string(progress.number) + " of " +
-                          std::to_string(progress.total) + ", " + std::to_string(progress.percent) +
-                          "% of " +
-                          Printable(CutName(progress.path.filename().string(), ShownNameBytes)));
+        m_run.Line().Show(ProgressText(FiguresOf(progress), m_run.Line().Columns()));
     }
     return Answer::GoOn;
 }
@@ -83,6 +119,7 @@ Answer Restorer::OnProgress(const RestoreProgress& progress)
 // What was found is listed whole, also where it was not restored.
 void Restorer::OnFile(const FoundRow& row, const FileOutcome& outcome)
 {
+    AddBytes(m_doneBytes, row);
     if (m_report) {
         m_report->Add(ReportOf(row, m_run, outcome));
     }
@@ -189,10 +226,11 @@ std::optional<Refusal> CheckRoom(const Destination& destination,
 
 ExitStatus Run(const CommandOptions& options, CommandStreams& streams, Session& session)
 {
-    const std::optional<TypeFilter> filter = TypeFilter::Parse(options.types);
-    if (!filter) {
-        return Refuse(WhyNoTypes(options.types), streams);
+    const std::variant<TypeFilter, Refusal> types = FilterOf(options.types);
+    if (const auto* const wrong = std::get_if<Refusal>(&types)) {
+        return Refuse(*wrong, streams);
     }
+    const auto& filter = std::get<TypeFilter>(types);
     Destination destination(options.folder, options.tree ? Layout::ByTree : Layout::ByCategory);
     ScanRun run(options, streams, session);
     std::optional<Refusal> refusal = run.OpenTarget();
@@ -203,7 +241,7 @@ ExitStatus Run(const CommandOptions& options, CommandStreams& streams, Session& 
         refusal = run.Scan();
     }
     if (!refusal) {
-        refusal = run.Search(*filter);
+        refusal = run.Search(filter);
     }
     if (!refusal) {
         refusal = CheckRoom(destination, run, options, streams);

@@ -4,7 +4,6 @@
 #include "cli/ProgressLine.h"
 #include "cli/TextForms.h"
 #include "cli/Words.h"
-#include "platform/Terminal.h"
 
 #include <ostream>
 
@@ -120,7 +119,7 @@ std::string RescueText(const RescueProgress& progress, std::size_t columns)
         text += ", last good read " +
                 DurationText(static_cast<std::int32_t>(progress.secondsSinceGood)) + " ago";
     }
-    constexpr std::size_t Frame = 4;  // " [", "]" and the column that the cursor takes
+    constexpr std::size_t Frame = 3;  // " [", "]"
     if (columns >= text.size() + Frame + SmallestStrip) {
         text += " [" + progress.strip(std::min(columns - text.size() - Frame, LargestStrip)) + "]";
     }
@@ -145,13 +144,13 @@ ExitStatus RunRescue(const ScanTarget& source,
     }
     RescueOutcome outcome;
     {
-        ProgressLine line(streams.err, streams.errIsTerminal && !options.quiet);
+        ProgressLine line(streams, options.quiet);
         outcome = task.Run(options.retries, [&line](const RescueProgress& progress) {
             if (CancelScope::Requested()) {
                 return Answer::Stop;
             }
             if (line.IsDue()) {
-                line.Show(RescueText(progress, StandardErrorColumns()));
+                line.Show(RescueText(progress, line.Columns()));
             }
             return Answer::GoOn;
         });

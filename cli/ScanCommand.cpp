@@ -30,9 +30,9 @@ void WriteRow(std::ostream& out,
               std::string_view extension,
               const Tally& tally)
 {
-    out << std::left << std::setw(10) << family << std::setw(12) << Printable(extension)
-        << std::right << std::setw(9) << tally.files << std::setw(12) << SizeText(tally.bytes)
-        << std::setw(11) << tally.headsLost << '\n';
+    out << std::left << std::setw(10) << family << Cell(extension, 12) << std::right << std::setw(9)
+        << tally.files << std::setw(12) << SizeText(tally.bytes) << std::setw(11) << tally.headsLost
+        << '\n';
 }
 
 void WriteTable(const std::vector<FoundRow>& rows, std::ostream& out)
@@ -42,7 +42,10 @@ void WriteTable(const std::vector<FoundRow>& rows, std::ostream& out)
     for (const FoundRow& found : rows) {
         const FileRecord& record = found.record;
         const std::string extension = LowerExtensionOf(record.NameText());
-        Tally& row = families[CategoryFolderName(record.NameText())][extension];
+        // To the catalogue a file without an extension is a photo, and is restored and searched as one. That is no help to
+        // somebody who counts photos.
+        Tally& row = families[extension.empty() ? "others" : CategoryFolderName(record.NameText())]
+                             [extension];
         for (Tally* tally : {&row, &all}) {
             ++tally->files;
             tally->bytes += record.FileSize;
@@ -52,8 +55,9 @@ void WriteTable(const std::vector<FoundRow>& rows, std::ostream& out)
     out << "Family    Extension       Files        Size  Head lost\n";
     for (const std::string_view family : Families) {
         for (const auto& [extension, tally] : families[family]) {
-            const std::string_view shown = extension;
-            WriteRow(out, family, shown.empty() ? "(none)" : shown, tally);
+            WriteRow(out, family,
+                     extension.empty() ? std::string_view("(none)") : std::string_view(extension),
+                     tally);
         }
     }
     WriteRow(out, "all", "", all);
@@ -65,8 +69,8 @@ void WriteParts(const ScanRun& run, std::ostream& out)
     for (const ScanPart& part : run.Parts()) {
         const TargetRow& row = *part.row;
         out << std::left << std::setw(7) << "#" + std::to_string(unsigned{row.number})
-            << std::setw(11) << KindName(row.kind) << std::setw(12) << Printable(row.fileSystem)
-            << std::right << std::setw(11) << SizeText(row.sectorCount * row.disk.sectorSize);
+            << std::setw(11) << KindName(row.kind) << Cell(row.fileSystem, 12) << std::right
+            << std::setw(11) << SizeText(row.sectorCount * row.disk.sectorSize);
         if (part.state == PartState::Scanned) {
             out << std::setw(9) << part.files << '\n';
         } else {

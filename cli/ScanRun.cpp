@@ -27,10 +27,7 @@ bool IsExpected(const Refusal& refusal, const ScanPart& part, const CommandOptio
 }  // namespace
 
 ScanRun::ScanRun(const CommandOptions& options, CommandStreams& streams, Session& session)
-    : m_options(options),
-      m_streams(streams),
-      m_session(session),
-      m_line(streams.err, streams.errIsTerminal && !options.quiet)
+    : m_options(options), m_streams(streams), m_session(session), m_line(streams, options.quiet)
 {
 }
 
@@ -209,10 +206,17 @@ Answer ScanRun::OnProgress(const Progress& progress, const ScanPart& part)
             static_cast<double>(before) + static_cast<double>(part.target.sectorCount) * share;
         shown.percent = static_cast<std::int32_t>(done * 100 / static_cast<double>(all));
         shown.secondsLeft = -1;  // that of the part says nothing of the whole
-        name = ", part " + std::to_string(unsigned{part.row->number}) + " of " +
+        name = "part " + std::to_string(unsigned{part.row->number}) + " of " +
                std::to_string(m_parts.size());
     }
-    m_line.Show(ScanText(shown) + name);
+    ProgressFigures figures = FiguresOf("Scanning", shown, part.target.sectorSize, m_pace);
+    figures.count = std::to_string(shown.found) + " found";
+    figures.place = name;
+    constexpr std::int32_t PercentThatTell = 10;
+    if (part.row && figures.percent >= PercentThatTell) {
+        figures.leftSeconds = figures.elapsedSeconds * (100 - figures.percent) / figures.percent;
+    }
+    m_line.Show(ProgressText(figures, m_line.Columns()));
     return Answer::GoOn;
 }
 
@@ -291,12 +295,21 @@ std::optional<Refusal> ScanRun::Search(const TypeFilter& filter)
         if (outcome.fault != ResultSuccess) {
             return WhyBroken(outcome.fault);
         }
+        if (!m_options.doubles) {
+            m_doubles += std::erase_if(
+                outcome.rows, [](const FoundRow& row) { return row.doubleOf.has_value(); });
+        }
         part.files = outcome.rows.size();
         if (m_rows.empty()) {
             m_rows = std::move(outcome.rows);  // held once: there can be many
         } else {
             m_rows.insert(m_rows.end(), outcome.rows.begin(), outcome.rows.end());
         }
+    }
+    if (m_doubles != 0) {
+        Note(CountText(m_doubles, "file") + " found a second time in another way " +
+             (m_doubles == 1 ? "is" : "are") + " left out; --doubles shows " +
+             (m_doubles == 1 ? "it." : "them."));
     }
     return std::nullopt;
 }

@@ -66,6 +66,8 @@ public:
     // The part that a row was found in.
     const ScanPart& PartOf(const FoundRow& row) const;
     const std::vector<FoundRow>& Rows() const { return m_rows; }
+    // That were found and left out, as other rows show the same files.
+    std::uint64_t Doubles() const { return m_doubles; }
     ProgressLine& Line() { return m_line; }
 
     // Writes a sentence to standard error: what was lost is told whatever the options say.
@@ -93,10 +95,12 @@ private:
     Session& m_session;
     CancelScope m_cancel;
     ProgressLine m_line;
+    Pace m_pace;
     ScanTarget m_target;
     std::vector<ScanPart> m_parts;
     std::vector<std::shared_ptr<ScanSession>> m_sources;  // of the parts that were opened
     std::vector<FoundRow> m_rows;
+    std::uint64_t m_doubles = 0;
     bool m_cancelled = false;
     bool m_interrupted = false;
 };

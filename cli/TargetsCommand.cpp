@@ -87,9 +87,8 @@ void WriteRow(const TargetRow& row, std::ostream& out)
     out << std::right << std::setw(5) << "#" + std::to_string(unsigned{row.number}) << "  "
         << std::left << std::setw(9) << KindName(row.kind) << ' ' << std::setw(16)
         << (row.imagePath.empty() ? Printable(row.node.string()) : std::string()) << ' '
-        << std::setw(12) << Printable(row.fileSystem) << std::right << std::setw(10)
-        << SizeText(row.totalBytes) << std::setw(10) << FreeText(row) << "  "
-        << Printable(row.label);
+        << Cell(row.fileSystem, 12) << std::right << std::setw(10) << SizeText(row.totalBytes)
+        << std::setw(10) << FreeText(row) << "  " << Printable(row.label);
     if (!row.mountPoint.empty()) {
         out << "  at " << Printable(row.mountPoint);
     }

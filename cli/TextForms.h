@@ -14,5 +14,11 @@ std::string DurationText(std::int32_t seconds);
 // A name or path as a terminal may see it: control characters, which could be commands to it, become "?", marks that turn the
 // direction of writing or cannot be seen "\u202E", and bytes that are no UTF-8 the replacement character.
 std::string Printable(std::string_view text);
+// Columns that a text takes on a terminal.
+std::size_t ColumnsOf(std::string_view text);
+// The text, or its beginning and "..." where it takes more.
+std::string CutToColumns(std::string_view text, std::size_t columns);
+// A column of a table: printable, cut where it is too long, and filled up with spaces, of which there is at least one.
+std::string Cell(std::string_view text, std::size_t columns);
 // "file", "files".
 std::string CountText(std::uint64_t count, std::string_view noun);

@@ -176,11 +176,22 @@ Refusal WhyNoRecordsIn(const std::filesystem::path& folder)
                     "folder on another disk with --data-dir DIR.");
 }
 
-Refusal WhyNoTypes(const std::string& list)
+std::variant<TypeFilter, Refusal> FilterOf(const std::string& list)
 {
-    return WrongUse("'" + list +
-                    "' is no list of types; give extensions and families with commas between "
-                    "them, such as --types photo,pdf, or --types all.");
+    std::string wrong;
+    if (std::optional<TypeFilter> filter = TypeFilter::Parse(list, &wrong)) {
+        return std::move(*filter);
+    }
+    const std::string shown = Printable(wrong);
+    if (shown.empty() || shown.find_first_of("./\\|*?") != std::string::npos) {
+        return WrongUse("'" + Printable(list) +
+                        "' is no list of types; give extensions and families with commas between "
+                        "them, such as --types photo,pdf, or --types all.");
+    }
+    return WrongUse(
+        "'" + shown + "' is no type. Types are " + TypeFilter::KnownTypes() +
+        ". An extension that is none of these goes with a full stop in front: --types ." + shown +
+        ".");
 }
 
 Refusal WhyBroken(ResultCode fault)
@@ -274,6 +285,9 @@ std::string WhatWentWrong(const FileOutcome& outcome)
     case FileEnd::Incomplete:
         return "Incomplete: " + missing;
     case FileEnd::Failed:
+        if (outcome.claimsTooMuch) {
+            return "The file claims to be longer than the source goes on." + damage;
+        }
         return ErrorText(outcome.why) + damage;
     case FileEnd::Cancelled:
         return "Cancelled before its end." + damage;

@@ -9,8 +9,10 @@
 #include "session/ScanTarget.h"
 #include "session/TargetContent.h"
 #include "session/TargetList.h"
+#include "session/TypeFilter.h"
 
 #include <string>
+#include <variant>
 
 Refusal WhyNot(const TargetRefusal& refusal);
 Refusal WhyNot(const LockOutcome& lock);
@@ -20,8 +22,8 @@ Refusal WhyNot(const ImageProblem& problem, const ImageTask& image, const std::s
 Refusal WhyNot(const DestinationRoom& room, const std::filesystem::path& folder);
 // Scan records would be written onto the source.
 Refusal WhyNoRecordsIn(const std::filesystem::path& folder);
-// A list of types that is none.
-Refusal WhyNoTypes(const std::string& list);
+// The filter of a list of types, or why it is none.
+std::variant<TypeFilter, Refusal> FilterOf(const std::string& list);
 // What ended a whole task: no memory, or worse.
 Refusal WhyBroken(ResultCode fault);
 

@@ -1,7 +1,6 @@
-# Where the parts go that have to find each other once installed.
+# Where the parts go that have to find each other once installed: below the prefix, which may be given at the installation.
 include(GNUInstallDirs)
 set(LUMIVAULT_HELPER_NAME lumivault-open-device)
-set(LUMIVAULT_HELPER_FOLDER ${CMAKE_INSTALL_FULL_LIBEXECDIR}/lumivault)
-set(LUMIVAULT_HELPER_PATH ${LUMIVAULT_HELPER_FOLDER}/${LUMIVAULT_HELPER_NAME})
-set(LUMIVAULT_PLAYER_FOLDER ${CMAKE_INSTALL_FULL_LIBDIR}/lumivault)
-set(LUMIVAULT_DOCUMENTATION_FOLDER ${CMAKE_INSTALL_FULL_DATADIR}/doc/lumivault)
+set(LUMIVAULT_HELPER_FOLDER libexec/lumivault)
+set(LUMIVAULT_PLAYER_FOLDER libexec/lumivault)
+set(LUMIVAULT_DOCUMENTATION_FOLDER share/doc/lumivault)

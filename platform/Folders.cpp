@@ -1,5 +1,7 @@
 #include "platform/Folders.h"
 
+#include "platform/InstallPaths.h"
+
 #include <algorithm>
 #include <cerrno>
 #include <cstdio>
@@ -217,4 +219,13 @@ std::filesystem::path ProgramFolder()
 {
     std::error_code ignored;
     return std::filesystem::read_symlink("/proc/self/exe", ignored).parent_path();
+}
+
+std::filesystem::path InstalledPath(std::string_view belowPrefix)
+{
+    const std::filesystem::path folder = ProgramFolder();
+    const std::filesystem::path own = folder.parent_path() / belowPrefix;
+    return folder.filename() == ProgramsBelowPrefix && PathExists(own)
+               ? own
+               : std::filesystem::path(UsualPrefix) / belowPrefix;
 }

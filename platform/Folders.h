@@ -5,6 +5,7 @@
 
 #include <filesystem>
 #include <string>
+#include <string_view>
 #include <vector>
 
 // Makes a folder with all its parents, mode 0777 less the umask. ResultFileExists (80) when something
@@ -51,3 +52,6 @@ void SetApplicationDataFolder(const std::filesystem::path& path);
 std::filesystem::path ConfigurationFolder();
 // The folder that the running program stands in; empty when the system does not tell.
 std::filesystem::path ProgramFolder();
+// What is installed below that part of a prefix: of the one that this program is installed below, else of the usual one. A
+// program in a build tree has what the build has put there.
+std::filesystem::path InstalledPath(std::string_view belowPrefix);

@@ -1,5 +1,6 @@
 #include "platform/PrivilegedOpen.h"
 
+#include "platform/Folders.h"
 #include "platform/InstallPaths.h"
 
 #include <array>
@@ -156,7 +157,10 @@ ResultCode ResultWithoutAnswer(int exitStatus)
 
 }  // namespace
 
-PrivilegedOpener::PrivilegedOpener() : starter("/usr/bin/pkexec"), helper(InstalledHelperPath) {}
+PrivilegedOpener::PrivilegedOpener()
+    : starter("/usr/bin/pkexec"), helper(InstalledPath(HelperBelowPrefix))
+{
+}
 
 ResultCode OpenDevicePrivileged(const std::filesystem::path& node,
                                 FileHandle& outHandle,

@@ -90,6 +90,12 @@ constexpr TextRow Texts[] = {
     {995, "The operation was stopped."},
     {1117, "The device reported an error."},
     {1167, "The device is no longer connected."},
+    // The engines' own.
+    {-1, "What the file system knew of the file has been overwritten."},
+    {-100, "The file's entry no longer tells where its data lie."},
+    {-101, "The file's entry no longer tells where its data lie."},
+    {ResultCancelled, "The operation was stopped."},
+    {ResultStoppedAtOnce, "The operation was stopped."},
 };
 
 }  // namespace

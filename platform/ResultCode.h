@@ -53,5 +53,5 @@ enum class FileOperation
 // The result code of an errno value. EINTR is retried by the callers and is not expected here.
 ResultCode ErrorFromErrno(int errorNumber, FileOperation operation);
 
-// The sentence for a positive result code, in English; "Error 1234." for one without a text of its own.
+// The sentence for a result code, in English; "Error 1234." for one without a text of its own.
 std::string ErrorText(ResultCode code);

@@ -2,6 +2,7 @@
 // each hands over a reader of "the next bytes of this record", and how its callbacks are called.
 #pragma once
 
+#include "recovery/DataPlaces.h"
 #include "recovery/FileRecoveryParse.h"
 
 #include <cstdint>
@@ -36,6 +37,11 @@ public:
     // 100 percent with its error.
     [[nodiscard]] virtual ResultCode
     Next(std::span<std::uint8_t> buffer, std::size_t* outBytes, bool* outIsWhole) = 0;
+    // In place of Begin and Next: where the first wanted bytes would come from. False where that cannot be told.
+    [[nodiscard]] virtual bool FindPlaces(std::uint64_t /*wanted*/, BytePlaces& /*outPlaces*/)
+    {
+        return false;
+    }
 };
 
 // Writes the record to path, FileSize bytes. What was written stays, also after an error or a cancel. An error that ends

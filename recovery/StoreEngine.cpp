@@ -221,6 +221,13 @@ std::int32_t CStoreEngine::SearchRows(std::string_view extensionPattern, FoundRo
     return result;
 }
 
+std::optional<BytePlaces> CStoreEngine::PlacesOf(const FileRecord& record, std::uint64_t bytes)
+{
+    BytePlaces places;
+    return bytes == 0 || MakeReader(record)->FindPlaces(bytes, places) ? std::optional(places)
+                                                                       : std::nullopt;
+}
+
 ResultCode CStoreEngine::ReadRecordData(const FileRecord* record,
                                         std::filesystem::path& tempPathInOut,
                                         std::uint8_t* buffer,

@@ -63,6 +63,8 @@ public:
     // The same as the two searches, and what stood there before is left alone.
     std::int32_t AppendRecords(std::string_view extensionPattern, FileRecordList& outRecords);
     std::int32_t AppendRows(std::string_view extensionPattern, FoundRowList& outRows);
+    // Where restoring takes a file's first bytes from; none where that cannot be told.
+    std::optional<BytePlaces> PlacesOf(const FileRecord& record, std::uint64_t bytes);
     ResultCode ReadRecordData(const FileRecord* record,
                               std::filesystem::path& tempPathInOut,
                               std::uint8_t* buffer,

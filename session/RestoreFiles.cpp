@@ -37,6 +37,22 @@ std::uint64_t SizeOfFile(const std::filesystem::path& path)
     return error ? 0 : size;
 }
 
+// The first byte behind what can be read.
+std::uint64_t EndOf(const ScanTarget& target)
+{
+    return target.IsImage() ? SizeOfFile(target.imagePath)
+                            : target.StartByte() + target.ByteCount();
+}
+
+// Of files known by their content alone, which lie in one piece.
+bool ClaimsTooMuch(const ScanTarget& target, const FileRecord& record)
+{
+    const std::uint64_t end = EndOf(target);
+    const std::uint64_t first = record.EntrySector * target.sectorSize;
+    return record.EngineKind == EngineKindCarved && end != 0 && first < end &&
+           record.FileSize > end - first;
+}
+
 class Restoring
 {
 public:
@@ -149,6 +165,8 @@ FileOutcome Restoring::TakeFile(ScanSession* source, const FoundRow& row)
     });
     outcome.why = fault != ResultSuccess ? fault : outcome.why;
     outcome.end = EndOf(outcome.why, outcome);
+    outcome.claimsTooMuch =
+        outcome.Missing() != 0 && source != nullptr && ClaimsTooMuch(source->Target(), row.record);
     return outcome;
 }
 

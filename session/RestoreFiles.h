@@ -37,6 +37,8 @@ struct FileOutcome
     std::uint64_t size = 0;  // that the record tells
     std::uint64_t came = 0;  // bytes of it that were read
     bool faulted = false;    // the guard has ended its restoring
+    // Its own head claims a length that goes beyond the end of the source.
+    bool claimsTooMuch = false;
 
     std::uint64_t Missing() const { return size - came; }
     // What stands there is cut, or has holes.

@@ -1,10 +1,12 @@
 #include "session/ScanSession.h"
 
 #include "platform/Folders.h"
+#include "recovery/Heartbeat.h"
 #include "recovery/ResumableScan.h"
 #include "recovery/RowSearch.h"
 #include "recovery/ScanLogEntry.h"
 #include "recovery/engines/EngineMaker.h"
+#include "session/DoubleRows.h"
 #include "session/Guard.h"
 #include "session/TargetResolver.h"
 
@@ -295,6 +297,12 @@ SearchOutcome ScanSession::SearchWhere(std::string_view pattern,
         // Those of an earlier scan carry what the target was known by then.
         for (FoundRow& row : outcome.rows) {
             row.record.DriveLetter = m_parts->target.letter;
+        }
+        if (auto* const places = dynamic_cast<ITellsDataPlaces*>(m_parts->engine.get())) {
+            Heartbeat heartbeat;
+            MarkDoubles(outcome.rows, *places, [&call, &heartbeat] {
+                return !call.stopped && (!heartbeat.IsDue() || call.GoesOn(100));
+            });
         }
     });
     if (progress) {

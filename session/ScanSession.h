@@ -57,7 +57,7 @@ struct SearchOutcome
 {
     ResultCode fault = ResultSuccess;
     bool stopped = false;
-    std::vector<FoundRow> rows;  // sorted
+    std::vector<FoundRow> rows;  // sorted; those that another one shows too say so in doubleOf
 };
 
 struct PreviewOutcome

@@ -127,8 +127,7 @@ void PlayerThread(const std::filesystem::path& path, const std::function<void()>
 
 std::filesystem::path PlayerFolder()
 {
-    const std::filesystem::path built = ProgramFolder().parent_path() / "lib" / "lumivault";
-    return PathExists(built / VideoPlayer) ? built : std::filesystem::path(InstalledPlayerFolder);
+    return InstalledPath(PlayersBelowPrefix);
 }
 
 void AddPlayerArguments(std::vector<std::string> arguments)

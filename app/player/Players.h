@@ -7,7 +7,7 @@
 #include <filesystem>
 #include <functional>
 
-// Where the players stand: their own folder beside the program when run from where it was built, else where they are installed.
+// Where the players stand.
 std::filesystem::path PlayerFolder();
 // More arguments for both from now on: a test has neither screen nor loudspeaker.
 void AddPlayerArguments(std::vector<std::string> arguments);

@@ -36,20 +36,14 @@ void OpenPage(const std::string& address)
     }
 }
 
-std::filesystem::path DocumentationFolder()
-{
-    const std::filesystem::path installed = InstalledDocumentationFolder;
-    const std::filesystem::path built = ProgramFolder().parent_path() / "share" / "doc";
-    return PathExists(built) ? built : installed;
-}
-
 void OpenInstalledGuide(QWidget* parent)
 {
-    const std::filesystem::path guide = DocumentationFolder() / "user-guide.html";
+    const std::filesystem::path folder = InstalledPath(DocumentationBelowPrefix);
+    const std::filesystem::path guide = folder / "user-guide.html";
     if (PathExists(guide)) {
         QDesktopServices::openUrl(QUrl::fromLocalFile(QString::fromStdString(guide.string())));
     } else {
-        Tell(parent, FormatText(Text("DSK0301"), (DocumentationFolder() / "README.md").string()));
+        Tell(parent, FormatText(Text("DSK0301"), (folder / "README.md").string()));
     }
 }
 

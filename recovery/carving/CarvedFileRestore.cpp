@@ -64,6 +64,13 @@ public:
         return ResultSuccess;
     }
 
+    bool FindPlaces(std::uint64_t wanted, BytePlaces& outPlaces) override
+    {
+        return m_sectorSize != 0 &&
+               AddPlace(outPlaces, m_lba, wanted / m_sectorSize + (wanted % m_sectorSize != 0),
+                        static_cast<std::uint32_t>(m_sectorSize));
+    }
+
 private:
     SectorSource& m_source;
     std::uint64_t m_sectorSize;

@@ -6,6 +6,7 @@
 #include "recovery/metadata/FatClusters.h"
 #include "recovery/ntfs/FastNtfsRecovery.h"
 
+#include <algorithm>
 #include <utility>
 
 namespace {
@@ -220,6 +221,9 @@ std::optional<std::uint64_t> CProfessionalRecovery::FindFirstDataSector(const Fi
                    ? quick->FirstDataSector(record, static_cast<std::uint32_t>(m_sectorSize))
                    : std::nullopt;
     }
+    if (record.EngineKind == EngineKindCarved) {
+        return record.EntrySector;
+    }
     const std::uint64_t dataSector = record.PartitionStart + record.DataStart;
     const std::uint32_t sectorsPerCluster =
         record.ClusterBytes / static_cast<std::uint32_t>(m_sectorSize);
@@ -234,6 +238,36 @@ std::optional<std::uint64_t> CProfessionalRecovery::FirstDataSector(const FileRe
     }
     return m_firstSectors.Of(
         record, [this](const FileRecord& asked) { return FindFirstDataSector(asked); });
+}
+
+bool CProfessionalRecovery::CanBeRead(const BytePlaces& places)
+{
+    const ScanSource& source = *m_scanSource;
+    if (m_unread.Sectors() != source.UnreadSectors()) {
+        m_unread = source.Unread();
+    }
+    const auto touches = [](const SectorRanges& ranges, std::uint64_t first, std::uint64_t end) {
+        const auto range = ranges.NextFrom(first);
+        return range && range->first < end;
+    };
+    return std::all_of(places.begin(), places.end(), [&](const BytePlace& place) {
+        const std::uint64_t end = place.position + place.length;
+        const std::uint64_t first = place.position / source.SectorSize();
+        const std::uint64_t behind = (end - 1) / source.SectorSize() + 1;
+        return end <= source.TotalSectors() * source.SectorSize() &&
+               !touches(m_unread, first, behind) &&
+               (source.Missing() == nullptr || !touches(*source.Missing(), first, behind));
+    });
+}
+
+// Of what cannot be read the engines bring different parts, so that the places say nothing then.
+std::optional<BytePlaces> CProfessionalRecovery::PlacesOf(const FileRecord& record,
+                                                          std::uint64_t bytes)
+{
+    auto* const engine = dynamic_cast<CStoreEngine*>(EngineOf(record));
+    std::optional<BytePlaces> places =
+        engine != nullptr ? engine->PlacesOf(record, bytes) : std::nullopt;
+    return places && CanBeRead(*places) ? places : std::nullopt;
 }
 
 // What each engine finds comes behind what those before it have found; append asks one, and answers 1 when it could.

@@ -3,6 +3,7 @@
 #pragma once
 
 #include "recovery/CheckpointFile.h"
+#include "recovery/DataPlaces.h"
 #include "recovery/EngineBase.h"
 #include "recovery/ResumableScan.h"
 #include "recovery/RowSearch.h"
@@ -32,7 +33,10 @@ enum class PassOver
 };
 
 // Opened once, scanned once, then queried. Only one in a process may scan at a time: the carver's state is shared.
-class CProfessionalRecovery : public CEngineBase, public IResumableScan, public IRowSearch
+class CProfessionalRecovery : public CEngineBase,
+                              public IResumableScan,
+                              public IRowSearch,
+                              public ITellsDataPlaces
 {
 public:
     CProfessionalRecovery(std::shared_ptr<ScanLogDirectory> log,
@@ -80,6 +84,8 @@ public:
     std::int32_t SearchRecords(std::string_view extensionPattern,
                                FileRecordList& outRecords) override;
     std::int32_t SearchRows(std::string_view extensionPattern, FoundRowList& outRows) override;
+    std::optional<std::uint64_t> FirstDataSector(const FileRecord& record) override;
+    std::optional<BytePlaces> PlacesOf(const FileRecord& record, std::uint64_t bytes) override;
     ResultCode ReadRecordData(const FileRecord* record,
                               std::filesystem::path& tempPathInOut,
                               std::uint8_t* buffer,
@@ -107,7 +113,7 @@ private:
     // Those whose answers are gathered, in their order; the quick one may be null.
     std::array<IFileRecoveryParse*, 4> Engines();
     IFileRecoveryParse* EngineOf(const FileRecord& record);
-    std::optional<std::uint64_t> FirstDataSector(const FileRecord& record);
+    bool CanBeRead(const BytePlaces& places);
     std::optional<std::uint64_t> FindFirstDataSector(const FileRecord& record);
     template <typename Item, typename AppendOf>
     std::int32_t GatherSearch(const AppendOf& append, std::vector<Item>& outItems);
@@ -164,6 +170,7 @@ private:
     ScanLogEntry m_resumeEntry;
     std::filesystem::path m_logFolder;
     FirstSectorCache m_firstSectors;
+    SectorRanges m_unread;  // as the source told last
 
     std::unique_ptr<Checkpoint> m_checkpoint;  // that this scan goes on from
     std::filesystem::path m_dropped;           // of an earlier scan; removed when this one is saved

@@ -38,14 +38,34 @@ ResultCode ClusterReader::Begin(std::uint64_t /*wanted*/, std::size_t* outBuffer
     return ResultSuccess;
 }
 
+std::uint64_t ClusterReader::SectorOfPiece() const
+{
+    return SectorOfFatCluster({m_dataSector, 0, static_cast<std::uint32_t>(m_sectorsPerCluster)},
+                              m_cluster);
+}
+
+bool ClusterReader::FindPlaces(std::uint64_t wanted, BytePlaces& outPlaces)
+{
+    std::size_t pieceBytes = 0;
+    if (Begin(wanted, &pieceBytes) != ResultSuccess || pieceBytes == 0) {
+        return false;
+    }
+    for (std::uint64_t found = 0; found < wanted; found += pieceBytes) {
+        if (!AddPlace(outPlaces, SectorOfPiece(), static_cast<std::uint64_t>(m_sectorsPerCluster),
+                      static_cast<std::uint32_t>(m_sectorSize))) {
+            return false;
+        }
+        m_cluster = m_nextCluster(m_cluster);
+    }
+    return true;
+}
+
 ResultCode
 ClusterReader::Next(std::span<std::uint8_t> buffer, std::size_t* outBytes, bool* /*outIsWhole*/)
 {
-    const std::uint64_t lba = SectorOfFatCluster(
-        {m_dataSector, 0, static_cast<std::uint32_t>(m_sectorsPerCluster)}, m_cluster);
     std::int32_t sectorsRead = 0;
-    const ResultCode result =
-        ReadForCopy(m_source, buffer.data(), m_sectorsPerCluster, lba, m_sectorSize, &sectorsRead);
+    const ResultCode result = ReadForCopy(m_source, buffer.data(), m_sectorsPerCluster,
+                                          SectorOfPiece(), m_sectorSize, &sectorsRead);
     if (sectorsRead == 0 || result != ResultSuccess) {
         return sectorsRead == 0 ? ResultReadFault : result;
     }

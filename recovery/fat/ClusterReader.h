@@ -28,8 +28,11 @@ public:
     ResultCode Begin(std::uint64_t wanted, std::size_t* outBufferBytes) override;
     ResultCode
     Next(std::span<std::uint8_t> buffer, std::size_t* outBytes, bool* outIsWhole) override;
+    bool FindPlaces(std::uint64_t wanted, BytePlaces& outPlaces) override;
 
 private:
+    std::uint64_t SectorOfPiece() const;
+
     SectorSource& m_source;
     std::int32_t m_sectorSize;
     std::int32_t m_clusterBytes;

@@ -88,3 +88,21 @@ ResultCode RunReader::Next(std::span<std::uint8_t> buffer, std::size_t* outBytes
     *outBytes = static_cast<std::size_t>(sectors * m_bytesPerSector);
     return ResultSuccess;
 }
+
+bool RunReader::FindPlaces(std::uint64_t wanted, BytePlaces& outPlaces)
+{
+    std::size_t bufferBytes = 0;
+    if (Begin(wanted, &bufferBytes) != ResultSuccess || !m_resident.empty()) {
+        return false;
+    }
+    std::uint64_t found = 0;
+    while (found < wanted && m_nextRun < m_runs.size()) {
+        BeginRun();
+        if (m_runBytes % m_bytesPerSector != 0 ||
+            !AddPlace(outPlaces, m_sector, m_runBytes / m_bytesPerSector, m_bytesPerSector)) {
+            return false;
+        }
+        found += m_runBytes;
+    }
+    return found >= wanted;
+}

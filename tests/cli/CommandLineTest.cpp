@@ -117,9 +117,12 @@ TEST_F(CommandLineTest, AScanShowsFamiliesAndOnATerminalHowFarItIs)
                          "all                           5      2.0 KB          1\n");
     EXPECT_EQ(plain.err, "");
     EXPECT_EQ(RunAsGiven({"scan", m_card}, true).err,
-              "\r\x1b[KScanning: 36%, 1:05 left, 5 of 10 sectors, 7 found\r\x1b[K");
+              "\r\x1b[KScanning  36% [##########..........] 2.5 KB of 5.0 KB, 1:05 left, "
+              "7 found\r\x1b[K");
     m_script.calls = {{50, 9, 30}};
-    EXPECT_EQ(RunAsGiven({"scan", m_card}, true).err, "\r\x1b[KScanning: 4%, 5 found\r\x1b[K")
+    EXPECT_EQ(RunAsGiven({"scan", m_card}, true).err,
+              "\r\x1b[KScanning   4% [#.....................................] 0:00 elapsed, 5 "
+              "found\r\x1b[K")
         << "the quick part's estimate is of that part alone";
     EXPECT_EQ(RunAsGiven({"scan", m_card, "--quiet"}, true).err, "");
 }

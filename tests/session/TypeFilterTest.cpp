@@ -19,8 +19,12 @@ TEST(TypeFilter, TakesExtensionsExactlyAndFamiliesByTheCatalogue)
         {"photo", 4},
         {"jpg", 2},
         {"JPG,.bmp,*.txt", 4},
-        {"jp", 0},  // no substring rule for names given
-        {"document", 1},
+        {".jp", 0},  // no substring rule for names given
+        {" jpg , png ", 3},
+        {"photos", 4},
+        {"Pictures,docs", 5},
+        {"jpeg", 2},  // the same type
+        {".xyz", 1} {"document", 1},
         {"others", 1},  // f.xyz; a name without extension is no file of any type
         {"others,jpg", 3},
         {"photo,others,document", 6},
@@ -34,9 +38,15 @@ TEST(TypeFilter, TakesExtensionsExactlyAndFamiliesByTheCatalogue)
                   count)
             << types;
     }
-    for (const char* types : {"", "jpg,,png", "a/b", "tar.gz", "*", "a|b"}) {
+    for (const char* types :
+         {"", "jpg,,png", "a/b", "tar.gz", "*", "a|b", "jp", "jpg,xyz", ".photo|"}) {
         EXPECT_FALSE(TypeFilter::Parse(types)) << types;
     }
+    std::string wrong;
+    EXPECT_FALSE(TypeFilter::Parse("jpg, foo ,png", &wrong));
+    EXPECT_EQ(wrong, "foo");
+    EXPECT_NE(TypeFilter::KnownTypes().find("archive (zip, rar, "), std::string::npos)
+        << TypeFilter::KnownTypes();
 }
 
 }  // namespace
