@@ -205,6 +205,35 @@ TEST_F(FaultsTest, APreviewInAWindowOfItsOwnGoesByEscape)
     EXPECT_TRUE(m_window->HandleMessage(WM_SHOW_PREVIEW, 0, 0)) << "nothing to show";
 }
 
+// As if somebody had written whatever he liked into the file of the language.
+TEST_F(FaultsTest, TextsOfGarbageLeaveAWindowThatWorks)
+{
+    const std::string garbage[] = {
+        "%s%s%n%d%", "\xFF\xFE\x80",         "{f 99999}{i ../x.png}{c #}{/f",
+        "<a",        std::string(1000, 'W'), ""};
+    OpenWithImages(1);
+    std::size_t next = 0;
+    for (const char* section : {"Messages", "MainWnd", "Desktop", "ScanWnd", "SearchProcessWnd",
+                                "RecoverProcessWnd", "PreviewProcessWnd", "MessageBox"}) {
+        LanguageSection& texts = LanguageManager::GetInstance().GetSection(section);
+        for (const auto& [key, text] : texts.Entries()) {
+            texts.Set(key, garbage[next++ % std::size(garbage)]);
+        }
+    }
+    m_script.scans = ResultNotConnected;
+    m_window->HandleMessage(WM_LANGUAGE_CHANGED, 0, 0);
+    Click("BtnScan");
+    ASSERT_TRUE(WaitFor([this] { return Page() == 3 && !CPopUpWnd::IsAnyModal(); }));
+    EXPECT_EQ(m_asked.size(), 1u);
+    EXPECT_EQ(Files().GetCount(), 2);
+    m_window->HandleMessage(WM_LANGUAGE_CHANGED, 0, 0);
+    EXPECT_FALSE(m_window->grab().isNull());
+    for (const int page : {2, 1, 0}) {
+        Click("BtnPrev");
+        EXPECT_LE(Page(), page);
+    }
+}
+
 // Each file has its row and its words, and the window stays until the user has read them.
 TEST_F(FaultsTest, ADestinationThatTakesNothingIsARowForEachFile)
 {
