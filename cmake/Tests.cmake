@@ -2,6 +2,14 @@
 # those that use what the machine has only once, such as its list of disks: no other test runs beside them. MAIN is the file of a main of their own.
 include(GoogleTest)
 
+# What the sanitizers are not to report: frames of libraries that are not built with them.
+set(sanitizer_environment "")
+if(CMAKE_CXX_FLAGS MATCHES "-fsanitize=thread")
+    set(sanitizer_environment ENVIRONMENT "TSAN_OPTIONS=suppressions=${PROJECT_SOURCE_DIR}/tools/tsan-qt.supp")
+elseif(CMAKE_CXX_FLAGS MATCHES "-fsanitize=address")
+    set(sanitizer_environment ENVIRONMENT "LSAN_OPTIONS=suppressions=${PROJECT_SOURCE_DIR}/tools/lsan.supp")
+endif()
+
 function(room_test)
     cmake_parse_arguments(TEST "SERIAL" "NAME;MAIN" "SOURCES;USES" ${ARGN})
     set(serial FALSE)
@@ -13,5 +21,6 @@ function(room_test)
     if(NOT TEST_MAIN)
         target_link_libraries(${TEST_NAME} PRIVATE GTest::gtest_main)
     endif()
-    gtest_discover_tests(${TEST_NAME} DISCOVERY_TIMEOUT 60 PROPERTIES TIMEOUT 300 RUN_SERIAL ${serial})
+    gtest_discover_tests(${TEST_NAME} DISCOVERY_TIMEOUT 60 PROPERTIES TIMEOUT 300 RUN_SERIAL ${serial}
+        ${sanitizer_environment})
 endfunction()

@@ -17,7 +17,7 @@ constexpr char DocumentFolder[] = "/swconfig";
 constexpr char DocumentName[] = "/lv4win.json";
 constexpr char HelpPage[] = "/user-guide.html";
 constexpr char ProductPage[] = "/lumivault.html";
-constexpr std::size_t MostDocumentBytes = 1024 * 1024;
+constexpr std::size_t MostDocumentBytes = std::size_t{1024} * 1024;
 constexpr int MostOverrideBytes = 4096;
 
 // What is no text counts as missing.

@@ -1,28 +1,23 @@
-// The program with windows: brings up one window for each user, runs it, and clears away what a run leaves behind.
-#include "app/player/Players.h"
+// The program with windows: one for each user.
 #include "app/popups/MessageBox.h"
 #include "app/process/HelpPages.h"
+#include "app/process/ProgramRun.h"
 #include "app/process/SingleInstance.h"
-#include "app/wizard/MainWnd.h"
 #include "platform/FaultGuard.h"
 #include "platform/Folders.h"
 #include "platform/HttpGet.h"
-#include "platform/TerminationSignals.h"
+#include "platform/Process.h"
 #include "platform/Version.h"
 #include "session/Session.h"
 #include "texts/LanguageManager.h"
 
 #include <QApplication>
-#include <QPointer>
-#include <QScreen>
-#include <QSocketNotifier>
 
 #include <cstdio>
 #include <string_view>
 
 namespace {
 
-constexpr char WindowTitle[] = "Orvanta Lumivault";
 constexpr char DesktopFileName[] = "lumivault";
 constexpr char HelpText[] =
     "Usage: lumivault [OPTION]\n"
@@ -58,27 +53,6 @@ void PreferX()
     }
 }
 
-void ShowCentered(QWidget& window)
-{
-    if (const QScreen* const screen = window.screen()) {
-        window.move(screen->availableGeometry().center() - window.rect().center());
-    }
-    window.show();
-}
-
-bool ShowAgain(QWidget& window)
-{
-    if (!window.isVisible() && !window.isMinimized()) {
-        return false;
-    }
-    if (window.isMinimized()) {
-        window.showNormal();
-    }
-    window.raise();
-    window.activateWindow();
-    return true;
-}
-
 MainServices Services()
 {
     MainServices services;
@@ -86,36 +60,6 @@ MainServices Services()
         OpenHelpPage(QApplication::activeWindow(), item);
     };
     return services;
-}
-
-void RunWindow(SingleInstance& instance, Session& session)
-{
-    // Deletes itself when it is closed.
-    const QPointer<CMainWnd> alive(new CMainWnd(session, Services()));
-    alive->setWindowTitle(WindowTitle);
-    if (!alive->Create(nullptr)) {
-        delete alive.data();
-        return;
-    }
-    ShowCentered(*alive);
-    instance.OnShowRequest([alive] { return alive != nullptr && ShowAgain(*alive); });
-    const TerminationSignals signalsToEnd;
-    QSocketNotifier notifier(signalsToEnd.Descriptor(), QSocketNotifier::Read);
-    QObject::connect(&notifier, &QSocketNotifier::activated, &notifier, [&notifier] {
-        notifier.setEnabled(false);
-        QCoreApplication::exit();  // without a question, also while one is asked
-    });
-    QApplication::exec();
-    instance.OnShowRequest(nullptr);
-    delete alive.data();
-}
-
-// Players that were left running, and the clip that the last of them played.
-void ClearAway(Session& session)
-{
-    KillPlayers();
-    WaitForPlayerThreads();
-    (void)RemoveFile(session.History().RecordsFolder() / "tmp.avi");  // in general there is none
 }
 
 }  // namespace
@@ -130,7 +74,7 @@ int main(int argumentCount, char** arguments)
     PrepareHttp();
     PreferX();
     QApplication application(argumentCount, arguments);
-    QApplication::setApplicationDisplayName(WindowTitle);
+    QApplication::setApplicationDisplayName(ProgramTitle);
     QApplication::setDesktopFileName(DesktopFileName);
     QApplication::setQuitOnLastWindowClosed(false);
     SingleInstance instance;
@@ -145,7 +89,6 @@ int main(int argumentCount, char** arguments)
         return 0;
     }
     Session session;
-    RunWindow(instance, session);
-    ClearAway(session);
+    RunProgram(instance, session, Services());
     return 0;
 }

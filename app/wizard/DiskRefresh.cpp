@@ -44,8 +44,7 @@ void DiskRefresh::OnListed(const TargetList& list)
 {
     m_waitDelay.stop();
     m_owner.onWaiting(false);
-    // A list that is not complete says nothing about what has come or gone.
-    if (list.end == ListEnd::Complete) {
+    if (list.end != ListEnd::Stopped) {
         m_pending.push_back({m_requests.front(), list, m_owner.selectsArrived()});
     }
     m_requests.pop_front();

@@ -41,9 +41,9 @@ public:
     // Told to the owner. All have to be set before the first request.
     struct Owner
     {
-        std::function<void(const Listed& listed)> apply;
-        std::function<bool()> mayApply;        // false while targets must not go away
-        std::function<bool()> selectsArrived;  // asked when a list is complete
+        std::function<void(const Listed& listed)> apply;  // also a list that could not be made
+        std::function<bool()> mayApply;                   // false while targets must not go away
+        std::function<bool()> selectsArrived;             // asked when a list is complete
         // A list takes long enough for the user to be told; false when it is there.
         std::function<void(bool isWaiting)> onWaiting;
     };

@@ -1,5 +1,6 @@
 #include "app/wizard/MainParts.h"
 
+#include "app/popups/MessageBox.h"
 #include "app/wizard/MainTexts.h"
 
 MainParts::MainParts(MainContext& mainContext)
@@ -42,6 +43,12 @@ DiskRefresh::Owner MainParts::MakeRefreshOwner()
 
 void MainParts::Apply(const DiskRefresh::Listed& listed)
 {
+    // It says nothing about what has come or gone.
+    if (listed.list.end != ListEnd::Complete) {
+        TellNotListed();
+        return;
+    }
+    m_knowsNotListed = false;
     switch (listed.kind) {
     case RefreshKind::Start:
         disks.AddArrived(listed.list.rows, false);
@@ -57,6 +64,18 @@ void MainParts::Apply(const DiskRefresh::Listed& listed)
         disks.RemoveMissing(listed.list.rows);
         break;
     }
+}
+
+// Once: device events may make many lists, each with the same fault.
+void MainParts::TellNotListed()
+{
+    if (m_knowsNotListed) {
+        return;
+    }
+    m_knowsNotListed = true;
+    const FlowGuard guard(context);
+    CMessageBox::Show(&context.window, CMessageBox::Warning, {}, ToQt(DesktopText("DSK0115")), 450,
+                      150);
 }
 
 void MainParts::EnterMode(WizardMode mode)

@@ -41,4 +41,7 @@ struct MainParts
 private:
     DiskRefresh::Owner MakeRefreshOwner();
     void Apply(const DiskRefresh::Listed& listed);
+    void TellNotListed();
+
+    bool m_knowsNotListed = false;  // the user, since the last list that could be made
 };

@@ -3,12 +3,38 @@
 #include "app/popups/MessageBox.h"
 #include "app/popups/ScanProcessWnd.h"
 #include "app/popups/SearchProcessWnd.h"
+#include "app/tasks/ScanRemarks.h"
 #include "app/wizard/MainTexts.h"
+#include "texts/LanguageManager.h"
+
+#include <QStringList>
+
+#include <utility>
 
 namespace {
 
 // Every scan looks for all that is there; how deep it goes is told beside it.
 constexpr int DeepEngineMode = 1;
+
+// Two lines of text a remark, and the frame around them.
+constexpr int RemarkWidth = 450;
+constexpr int RemarkHeight = 40;
+constexpr int RemarkFrame = 90;
+
+void TellRemarks(QWidget& parent, const std::vector<ScanOutcome>& outcomes)
+{
+    const std::vector<std::string> remarks =
+        ScanRemarks(outcomes, LanguageManager::GetInstance().GetSection("Desktop"));
+    if (remarks.empty()) {
+        return;
+    }
+    QStringList lines;
+    for (const std::string& remark : remarks) {
+        lines.append(ToQt(remark));
+    }
+    CMessageBox::Show(&parent, CMessageBox::Warning, {}, lines.join(QLatin1Char('\n')), RemarkWidth,
+                      RemarkFrame + RemarkHeight * static_cast<int>(lines.size()));
+}
 
 }  // namespace
 
@@ -44,12 +70,14 @@ void ScanFlow::Start(bool targetChosen)
         m_isScanning = true;
         code = process->DoModal();
     }
+    const std::vector<ScanOutcome> outcomes = std::move(process->outcomes);
     process->Release();
     if (code == CloseFailed) {
         CMessageBox::Show(&m_context.window, CMessageBox::Warning, {}, ToQt(MessageText("MSG0504")),
                           300, 130);
     }
     m_isScanning = false;
+    TellRemarks(m_context.window, outcomes);
 }
 
 void ScanFlow::OnScanDone()

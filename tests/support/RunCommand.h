@@ -29,6 +29,7 @@ public:
     ChildProcess& operator=(const ChildProcess&) = delete;
     ~ChildProcess();
 
+    int Number() const { return m_process; }
     void Signal(int number) const;
     CommandResult Wait();
 

@@ -45,6 +45,7 @@ constexpr SectionKeys Expected[] = {
     {"MenuWnd", "item_language item_help item_faq item_support item_about item_exit"},
     {"Desktop",
      "DSK0100 DSK0101 DSK0102 DSK0103 DSK0104 DSK0105:d DSK0106 DSK0107 DSK0108 DSK0109 "
+     "DSK0110 DSK0111 DSK0112:d DSK0113 DSK0114:d DSK0115 "
      "DSK0200 DSK0201 DSK0202 DSK0203 DSK0204 DSK0205 DSK0206 DSK0301:s DSK0302:s DSK0303"},
 };
 
@@ -67,9 +68,10 @@ constexpr BoxText Boxes[] = {
     {"MSG0709", 115}, {"MSG0805", 210}, {"MSG0903", 150}, {"MSG1103", 150}, {"MSG1205", 150},
     {"MSG1206", 150}, {"MSG1207", 105},
 };
-constexpr BoxText DesktopBoxes[] = {{"DSK0104", 210}, {"DSK0106", 210}, {"DSK0107", 100},
-                                    {"DSK0109", 66},  {"DSK0301", 150}, {"DSK0302", 150},
-                                    {"DSK0303", 90}};
+constexpr BoxText DesktopBoxes[] = {
+    {"DSK0104", 210}, {"DSK0106", 210}, {"DSK0107", 100}, {"DSK0109", 66},  {"DSK0110", 104},
+    {"DSK0111", 104}, {"DSK0112", 104}, {"DSK0113", 104}, {"DSK0114", 104}, {"DSK0115", 150},
+    {"DSK0301", 150}, {"DSK0302", 150}, {"DSK0303", 90}};
 
 std::filesystem::path LanguagesFolder()
 {

@@ -1,0 +1,11 @@
+// A run of the program with windows, from the showing of the first one to what is cleared away behind the last.
+#pragma once
+
+#include "app/process/SingleInstance.h"
+#include "app/wizard/MainWnd.h"
+
+inline constexpr char ProgramTitle[] = "Orvanta Lumivault";
+
+// Returns when the user has closed the window, or a signal has asked the program to end: whatever runs then is ended without
+// a question.
+void RunProgram(SingleInstance& instance, Session& session, MainServices services);
