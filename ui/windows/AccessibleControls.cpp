@@ -8,15 +8,17 @@
 
 namespace {
 
-// One of several of which one is chosen.
-class AccessibleGroupOption : public QAccessibleWidget
+// One of several of which one is chosen, or one that is chosen by itself. Assistive software asks for it while the
+// markup is still being read, so that what it is must be told when asked and not when it is made.
+class AccessibleOption : public QAccessibleWidget
 {
 public:
-    explicit AccessibleGroupOption(COptionUI& option)
-        : QAccessibleWidget(&option, QAccessible::RadioButton), m_option(option)
-    {
-    }
+    explicit AccessibleOption(COptionUI& option) : QAccessibleWidget(&option), m_option(option) {}
 
+    QAccessible::Role role() const override
+    {
+        return IsOfGroup() ? QAccessible::RadioButton : QAccessible::CheckBox;
+    }
     QAccessible::State state() const override
     {
         QAccessible::State state = QAccessibleWidget::state();
@@ -26,18 +28,21 @@ public:
     }
     QStringList actionNames() const override
     {
-        return QStringList(pressAction()) + QAccessibleWidget::actionNames();
+        return QStringList(OwnAction()) + QAccessibleWidget::actionNames();
     }
     void doAction(const QString& name) override
     {
-        if (name == pressAction()) {
-            m_option.Selected(true);
+        if (name == OwnAction()) {
+            m_option.Selected(IsOfGroup() || !m_option.IsSelected());
         } else {
             QAccessibleWidget::doAction(name);
         }
     }
 
 private:
+    bool IsOfGroup() const { return !m_option.GetGroup().isEmpty(); }
+    QString OwnAction() const { return IsOfGroup() ? pressAction() : toggleAction(); }
+
     COptionUI& m_option;
 };
 
@@ -48,9 +53,8 @@ QAccessibleInterface* MakeInterface(const QString&, QObject* object)
                                      window->IsDialog() ? QAccessible::Dialog : QAccessible::Window,
                                      window->windowTitle());
     }
-    auto* option = dynamic_cast<COptionUI*>(object);
-    if (option != nullptr && !option->GetGroup().isEmpty()) {
-        return new AccessibleGroupOption(*option);
+    if (auto* option = dynamic_cast<COptionUI*>(object)) {
+        return new AccessibleOption(*option);
     }
     return nullptr;
 }
