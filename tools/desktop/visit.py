@@ -40,7 +40,7 @@ class Visit:
 
     def shot(self, name):
         self._shot_count += 1
-        picture_of(self.shots / f"{self._shot_count:02}-{name}.png")
+        picture_of(self.shots / f"{self._shot_count:02}-{name.replace(' ', '-')}.png")
 
     def press(self, key, **more):
         """Clicks a button of the main window by the key of its text."""

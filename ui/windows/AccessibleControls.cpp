@@ -5,6 +5,9 @@
 
 #include <QAccessible>
 #include <QAccessibleWidget>
+#include <QAction>
+#include <QApplication>
+#include <QMenu>
 
 namespace {
 
@@ -46,12 +49,57 @@ private:
     COptionUI& m_option;
 };
 
+// A menu has no place in the tree of controls by itself: while it is open it hangs from the window that it was opened in.
+class AccessibleWindow : public QAccessibleWidget
+{
+public:
+    explicit AccessibleWindow(WindowImplBase& window)
+        : QAccessibleWidget(&window,
+                            window.IsDialog() ? QAccessible::Dialog : QAccessible::Window,
+                            window.windowTitle())
+    {
+    }
+
+    int childCount() const override
+    {
+        return QAccessibleWidget::childCount() + (OpenMenu() != nullptr ? 1 : 0);
+    }
+    QAccessibleInterface* child(int index) const override
+    {
+        QMenu* const menu = index == QAccessibleWidget::childCount() ? OpenMenu() : nullptr;
+        return menu != nullptr ? QAccessible::queryAccessibleInterface(menu)
+                               : QAccessibleWidget::child(index);
+    }
+    int indexOfChild(const QAccessibleInterface* child) const override
+    {
+        QMenu* const menu = OpenMenu();
+        return menu != nullptr && child != nullptr && child->object() == menu
+                   ? QAccessibleWidget::childCount()
+                   : QAccessibleWidget::indexOfChild(child);
+    }
+
+private:
+    QMenu* OpenMenu() const
+    {
+        if (!widget()->isActiveWindow()) {
+            return nullptr;
+        }
+        for (QWidget* top : QApplication::topLevelWidgets()) {
+            auto* const menu = qobject_cast<QMenu*>(top);
+            // A submenu hangs from its item.
+            if (menu != nullptr && menu->isVisible() &&
+                menu->menuAction()->associatedObjects().isEmpty()) {
+                return menu;
+            }
+        }
+        return nullptr;
+    }
+};
+
 QAccessibleInterface* MakeInterface(const QString&, QObject* object)
 {
     if (auto* window = dynamic_cast<WindowImplBase*>(object)) {
-        return new QAccessibleWidget(window,
-                                     window->IsDialog() ? QAccessible::Dialog : QAccessible::Window,
-                                     window->windowTitle());
+        return new AccessibleWindow(*window);
     }
     if (auto* option = dynamic_cast<COptionUI*>(object)) {
         return new AccessibleOption(*option);
