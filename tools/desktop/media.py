@@ -28,11 +28,11 @@ def make_files(folder):
     return {name: (folder / name).read_bytes() for name in RECIPES}
 
 
-def make_card(image, folder, label, megabytes):
+def make_card(image, folder, label, megabytes, cluster_sectors=1):
     """A FAT32 volume to which the files of the folder were copied and then deleted."""
     with open(image, "wb") as card:
         card.truncate(megabytes << 20)
-    run("mkfs.fat", "-F", "32", "-s", "1", "-n", label, image)
+    run("mkfs.fat", "-F", "32", "-s", cluster_sectors, "-n", label, image)
     for name in RECIPES:
         run("mcopy", "-i", image, folder / name, f"::/{name}")
     for name in RECIPES:

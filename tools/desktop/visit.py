@@ -7,7 +7,7 @@ from screen import NotSeen, colours_of, picture_of
 from wording import Wording, size_text
 
 MAIN = "Orvanta Lumivault"
-IMAGE_MEGABYTES = 512
+IMAGE_MEGABYTES = 2048  # with holes: scanned long enough to be seen
 STICK_MEGABYTES = 49
 STICK_SIZE = r"4[789]\.\d\d MB"  # what its file system gives to files
 STICK_LABEL = "TRYSTICK"
@@ -31,7 +31,7 @@ class Visit:
         self._shot_count = 0
         self.files = media.make_files(self.folder / "originals")
         self.image = self.folder / "card.img"
-        media.make_card(self.image, self.folder / "originals", "HOLIDAY", IMAGE_MEGABYTES)
+        media.make_card(self.image, self.folder / "originals", "HOLIDAY", IMAGE_MEGABYTES, cluster_sectors=8)
         self.process = stage.start([program], cwd=self.folder)
 
     def leave(self):
@@ -127,8 +127,9 @@ def image_opened(visit):
 def image_scanned(visit):
     screen, words = visit.screen, visit.words
     visit.press("BtnScan")
-    screen.wait("label", words.text("ScanWnd", "title"))
     screen.wait("progress bar", "Progress")
+    screen.wait("label", words.text("ScanWnd", "title"))
+    screen.wait("push button", words.text("ScanWnd", "cancelbtn"), states=["focused"])
     visit.shot("scanning")
     visit.wait_for_results("Photos (3)")
     for node in ("JPG (2)", "PNG (1)", "Audio (1)", "MP3 (1)", "Videos (1)", "AVI (1)"):
@@ -263,7 +264,8 @@ def language_changed(visit):
     choose_language(visit, "Deutsch")
     german = Wording(visit.program.parent / "Languages", "German")
     screen.wait("push button", german.button("BtnPrev"))
-    screen.wait("radio button", german.button("TabFileType"))
+    for tab in (german.message("MSG0503"), german.button("TabFileType"), german.button("TabRecover")):
+        screen.wait("radio button", tab)
     visit.shot("german")
     visit.words = german
     choose_language(visit, "English")
