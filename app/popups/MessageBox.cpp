@@ -33,6 +33,7 @@ class MessageBoxWnd : public CPopUpWnd
 public:
     MessageBoxWnd(const KindLook& look, QString title, QString message)
         : CPopUpWnd(QString::fromLatin1(look.skinFile)),
+          m_isRisky(&look == &LookOf(CMessageBox::Confirm)),
           m_title(title.isNull() ? Message(look.titleKey) : std::move(title)),
           m_message(std::move(message))
     {
@@ -49,6 +50,10 @@ public:
     }
 
 protected:
+    QStringList Answers() const override
+    {
+        return m_isRisky ? QStringList(QStringLiteral("cancelbtn")) : CPopUpWnd::Answers();
+    }
     void OnWindowInit() override
     {
         ApplyLanguage("MessageBox");
@@ -58,6 +63,7 @@ protected:
     }
 
 private:
+    bool m_isRisky;
     QString m_title;
     QString m_message;
 };

@@ -2,11 +2,13 @@
 
 #include "app/popups/ModalStack.h"
 #include "texts/LanguageManager.h"
+#include "ui/controls/ButtonUI.h"
 
 #include <QEventLoop>
 #include <QGuiApplication>
 #include <QKeyEvent>
 #include <QScreen>
+#include <QStringList>
 
 #include <utility>
 
@@ -84,8 +86,26 @@ void CPopUpWnd::ShowLater()
 void CPopUpWnd::ShowCentered()
 {
     Center();
+    FocusAnswer();
     show();
     activateWindow();
+}
+
+QStringList CPopUpWnd::Answers() const
+{
+    return {QStringLiteral("FinishBtn"), QStringLiteral("okbtn"), QStringLiteral("cancelbtn"),
+            QStringLiteral("CancelBtn")};
+}
+
+void CPopUpWnd::FocusAnswer() const
+{
+    for (const QString& name : Answers()) {
+        auto* const button = FindControlAs<CButtonUI>(name);
+        if (button != nullptr && !button->isHidden() && button->isEnabled()) {
+            button->setFocus();
+            return;
+        }
+    }
 }
 
 void CPopUpWnd::Center()

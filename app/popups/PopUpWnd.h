@@ -61,6 +61,10 @@ protected:
     virtual void OnClosed() {}
     virtual bool StaysHidden() const { return false; }
     void ShowCentered();
+    // The buttons that may have the focus at first, the best one first.
+    virtual QStringList Answers() const;
+    // Where the user's next key goes: not to the cross of the title, which comes first in the window.
+    void FocusAnswer() const;
 
     void Center();
     // Of the sections "Messages" and "Desktop".

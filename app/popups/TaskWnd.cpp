@@ -147,6 +147,9 @@ void CTaskWnd::Flush()
             control->SetVisible(isVisible);
         }
     }
+    if (!changes.visibilities.empty()) {
+        FocusAnswer();  // the button that had the focus may be gone
+    }
     if (!changes.rows.empty()) {
         OnRows(changes.rows);
     }

@@ -91,7 +91,12 @@ void ResultPage::OnCheckAll()
     const bool isMarked = !m_files.IsHeadMarked();
     m_files.MarkHead(isMarked);
     if (m_shown != nullptr) {
-        m_shown->GetCheckBox().Selected(isMarked);
+        CTreeNodeButtonUI& box = m_shown->GetCheckBox();
+        // One that is on for a part of its files would see no change.
+        if (box.IsPartial()) {
+            box.SetState(!isMarked, false);
+        }
+        box.Selected(isMarked);
     }
 }
 

@@ -106,6 +106,7 @@ void WizardPages::Enter(WizardPage page)
 
 void WizardPages::RewriteTexts()
 {
+    WriteDiskTab();
     switch (Current()) {
     case WizardPage::Mode:
         break;
@@ -163,10 +164,15 @@ void WizardPages::EnterDisks()
     SetLook("#FF0089BE", "banner_bg.png", "scan_files.png");
 }
 
+void WizardPages::WriteDiskTab()
+{
+    SetText("TabScan", ToQt(MessageText(mode == WizardMode::Recover ? "MSG0503" : "MSG0211")));
+}
+
 void WizardPages::WriteDiskTexts()
 {
     const bool recovers = mode == WizardMode::Recover;
-    SetText("TabScan", ToQt(MessageText(recovers ? "MSG0503" : "MSG0211")));
+    WriteDiskTab();
     SetText("Txt1", ToQt(MessageText(recovers ? "MSG0501" : "MSG0212")));
     SetText("Txt2", ToQt(MessageText(recovers ? "MSG0502" : "MSG0213")));
 }

@@ -1,8 +1,11 @@
 #include "tests/ui/TestWindow.h"
 #include "ui/controls/ButtonUI.h"
 #include "ui/list/ListUI.h"
+#include "ui/windows/AccessibleControls.h"
 
 #include <QAccessible>
+#include <QMenu>
+#include <QTest>
 
 #include <ostream>
 
@@ -53,6 +56,37 @@ TEST_F(UiTest, EveryControlHasARoleAndAPlainName)
     EXPECT_EQ(window->role(), QAccessible::Dialog);
     EXPECT_EQ(NameOf(window), "Every element");
     EXPECT_TRUE(Of(m_window.FindControl("PreviewEdit"))->state().readOnly);
+}
+
+// Assistive software that runs already asks while the markup is being read, and keeps the answer.
+TEST(AccessibilityTest, AnOptionThatWasAskedBeforeItHadItsGroupIsOneOfIt)
+{
+    InstallAccessibleControls();
+    COptionUI option(std::make_shared<Skin>(SkinPackage::FromFolder({})));
+    QAccessibleInterface* interface = QAccessible::queryAccessibleInterface(&option);
+    EXPECT_EQ(interface->role(), QAccessible::CheckBox);
+    interface->actionInterface()->doAction(QAccessibleActionInterface::toggleAction());
+    EXPECT_TRUE(interface->state().checked);
+    option.SetAttribute("group", "pages");
+    EXPECT_EQ(interface->role(), QAccessible::RadioButton);
+}
+
+TEST_F(UiTest, TheOpenMenuHangsFromTheWindow)
+{
+    m_window.show();
+    m_window.activateWindow();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(&m_window));
+    QAccessibleInterface* window = QAccessible::queryAccessibleInterface(&m_window);
+    const int controls = window->childCount();
+    QMenu menu;
+    menu.addAction("About");
+    menu.popup(QPoint(10, 10));
+    ASSERT_EQ(window->childCount(), controls + 1);
+    QAccessibleInterface* shown = window->child(controls);
+    EXPECT_EQ(shown->role(), QAccessible::PopupMenu);
+    EXPECT_EQ(window->indexOfChild(shown), controls);
+    menu.hide();
+    EXPECT_EQ(window->childCount(), controls);
 }
 
 TEST_F(UiTest, StatesAreToldAndActionsWork)

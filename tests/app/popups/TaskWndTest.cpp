@@ -182,6 +182,8 @@ TEST_F(TaskWndTest, TheQuestionIsAWindowInFrontAndHoldsTheWorker)
              wasAsked = true;
              WindowImplBase* const question = FindWindow("message");
              EXPECT_EQ(TextOf(*question, "title"), "Question");
+             EXPECT_EQ(question->focusWidget()->objectName(), "okbtn");
+             EXPECT_EQ(window->focusWidget()->objectName(), "cancelbtn");
              let.set_value();
              Pump(100);
              EXPECT_EQ(window->Board().Text("percent"), "") << "it stands still";

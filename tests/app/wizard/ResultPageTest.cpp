@@ -114,6 +114,11 @@ TEST_F(ResultPageTest, TheHeadTicksAllRowsOfTheTypeAndSortsByTheOthers)
     EXPECT_EQ(Text("CheckAll"), "{i checked.png 1 0}");
     click("CheckAll");
     EXPECT_EQ(Marks(Jpg()), "unchecked--");
+    Tick(1);
+    click("CheckAll");
+    EXPECT_EQ(Marks(Jpg()), "checkedxo") << "also when some were ticked";
+    EXPECT_EQ(m_window->State().selection.size(), 3u);
+    click("CheckAll");
 
     const std::vector<std::pair<const char*, const char*>> clicks = {
         {"FileName", "a.jpg b.JPEG c.jpg "},
@@ -140,6 +145,7 @@ TEST_F(ResultPageTest, AnotherLanguageIsSeenAtOnce)
     EXPECT_EQ(Text("NodePhoto"), "Fotos (4)");
     EXPECT_NE(Text("Txt2").find("7{/c}"), std::string::npos);
     EXPECT_EQ(Text("Txt1"), LanguageManager::GetInstance().GetSection("Messages").Get("MSG0801"));
+    EXPECT_EQ(Text("TabScan"), "Laufwerk");
     EXPECT_EQ(Text("SelectedFileInfo").find("Selected"), std::string::npos);
     EXPECT_FALSE(Get("Label1").IsVisible() && Get("BtnScan").IsVisible());
     Shoot("page3-german");
