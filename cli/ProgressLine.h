@@ -66,8 +66,8 @@ struct ProgressFigures
     std::string place;  // "part 2 of 3"
 };
 
-// "Scanning  42% [######........] 1.2 GB of 3.0 GB, 85.0 MB/s, 0:12 elapsed, 3:10 left, 17 found, part 2 of 3": as much of it as has
-// room, the most wanted first.
+// "Scanning  42% [######........] 1.2 GB of 3.0 GB, 85.0 MB/s, 0:12 elapsed, 3:10 left, 17 found, part 2 of 3": as much of it
+// as has room, the most wanted first.
 std::string ProgressText(const ProgressFigures& figures, std::size_t columns);
 // Of a task that reads sectors of that size.
 ProgressFigures

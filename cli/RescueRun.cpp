@@ -119,7 +119,7 @@ std::string RescueText(const RescueProgress& progress, std::size_t columns)
         text += ", last good read " +
                 DurationText(static_cast<std::int32_t>(progress.secondsSinceGood)) + " ago";
     }
-    constexpr std::size_t Frame = 3;  // " [", "]"
+    constexpr std::size_t Frame = 4;  // " [", "]" and the column that the cursor takes
     if (columns >= text.size() + Frame + SmallestStrip) {
         text += " [" + progress.strip(std::min(columns - text.size() - Frame, LargestStrip)) + "]";
     }
@@ -150,7 +150,7 @@ ExitStatus RunRescue(const ScanTarget& source,
                 return Answer::Stop;
             }
             if (line.IsDue()) {
-                line.Show(RescueText(progress, line.Columns()));
+                line.Show(RescueText(progress, line.Columns() + 1));
             }
             return Answer::GoOn;
         });

@@ -32,8 +32,9 @@ public:
     ITellsDataPlaces(const ITellsDataPlaces&) = delete;
     ITellsDataPlaces& operator=(const ITellsDataPlaces&) = delete;
 
-    // The absolute sector of a record's first data, kept where telling it takes a read; none when it cannot be told.
-    virtual std::optional<std::uint64_t> FirstDataSector(const FileRecord& record) = 0;
+    // Where a record's data begin, in bytes of the whole drive or file; kept where telling it takes a read. None when it
+    // cannot be told.
+    virtual std::optional<std::uint64_t> FirstDataByte(const FileRecord& record) = 0;
     // Where restoring takes the first bytes from. None for data that lie in their record, and when not all of them can be
     // read.
     virtual std::optional<BytePlaces> PlacesOf(const FileRecord& record, std::uint64_t bytes) = 0;

@@ -74,7 +74,11 @@ bool AreOfOneKind(const FoundRow& left, const FoundRow& right)
 {
     const std::string one = LowerExtensionOf(left.record.NameText());
     const std::string other = LowerExtensionOf(right.record.NameText());
-    return one == other || (KindOf(one) != FileTypeId::None && KindOf(one) == KindOf(other));
+    if (one == other) {
+        return true;
+    }
+    const FileTypeId kind = KindOf(one);
+    return kind != FileTypeId::None && kind == KindOf(other);
 }
 
 class DoubleFinder
@@ -92,8 +96,9 @@ private:
     // The rows stay where they are: there can be many.
     struct Begin
     {
-        std::uint64_t sector = 0;
-        std::size_t row = 0;
+        std::uint64_t byte = 0;
+        std::uint32_t row = 0;
+        Rank rank = Rank::Quick;
     };
 
     bool MakeIndex();
@@ -122,17 +127,16 @@ bool DoubleFinder::MakeIndex()
             continue;
         }
         // What is empty has no data: the entry stands for it.
-        const std::optional<std::uint64_t> sector =
-            record.FileSize != 0 ? m_engine.FirstDataSector(record)
-                                 : std::optional(std::uint64_t{record.EntrySector});
-        if (sector) {
-            m_index.push_back({*sector, i});
+        const std::optional<std::uint64_t> byte = record.FileSize != 0
+                                                      ? m_engine.FirstDataByte(record)
+                                                      : std::uint64_t{record.EntrySector};
+        if (byte) {
+            m_index.push_back({*byte, static_cast<std::uint32_t>(i), RankOf(m_rows[i])});
         }
     }
-    std::sort(m_index.begin(), m_index.end(), [this](const Begin& left, const Begin& right) {
-        const Rank one = RankOf(m_rows[left.row]);
-        const Rank other = RankOf(m_rows[right.row]);
-        return std::tie(left.sector, one, left.row) < std::tie(right.sector, other, right.row);
+    std::sort(m_index.begin(), m_index.end(), [](const Begin& left, const Begin& right) {
+        return std::tie(left.byte, left.rank, left.row) <
+               std::tie(right.byte, right.rank, right.row);
     });
     return true;
 }
@@ -148,7 +152,7 @@ void DoubleFinder::Run()
     const std::span<const Begin> index(m_index);
     for (std::size_t first = 0; first < index.size();) {
         std::size_t end = first + 1;
-        while (end < index.size() && index[end].sector == index[first].sector) {
+        while (end < index.size() && index[end].byte == index[first].byte) {
             ++end;
         }
         MarkWithin(index.subspan(first, end - first));

@@ -221,9 +221,6 @@ std::optional<std::uint64_t> CProfessionalRecovery::FindFirstDataSector(const Fi
                    ? quick->FirstDataSector(record, static_cast<std::uint32_t>(m_sectorSize))
                    : std::nullopt;
     }
-    if (record.EngineKind == EngineKindCarved) {
-        return record.EntrySector;
-    }
     const std::uint64_t dataSector = record.PartitionStart + record.DataStart;
     const std::uint32_t sectorsPerCluster =
         record.ClusterBytes / static_cast<std::uint32_t>(m_sectorSize);
@@ -238,6 +235,21 @@ std::optional<std::uint64_t> CProfessionalRecovery::FirstDataSector(const FileRe
     }
     return m_firstSectors.Of(
         record, [this](const FileRecord& asked) { return FindFirstDataSector(asked); });
+}
+
+// The quick engines count in sectors of their volume, which may be others than the source's: of FAT they tell it themselves.
+std::optional<std::uint64_t> CProfessionalRecovery::FirstDataByte(const FileRecord& record)
+{
+    if (record.EngineKind == EngineKindProfessionalNtfs ||
+        record.EngineKind == EngineKindFastNtfs) {
+        const std::optional<std::uint64_t> sector = FirstDataSector(record);
+        return sector ? std::optional(*sector * static_cast<std::uint64_t>(m_sectorSize))
+                      : std::nullopt;
+    }
+    auto* const engine = dynamic_cast<CStoreEngine*>(EngineOf(record));
+    const std::optional<BytePlaces> places =
+        engine != nullptr ? engine->PlacesOf(record, 1) : std::nullopt;
+    return places && !places->empty() ? std::optional(places->front().position) : std::nullopt;
 }
 
 bool CProfessionalRecovery::CanBeRead(const BytePlaces& places)

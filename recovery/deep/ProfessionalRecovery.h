@@ -84,7 +84,7 @@ public:
     std::int32_t SearchRecords(std::string_view extensionPattern,
                                FileRecordList& outRecords) override;
     std::int32_t SearchRows(std::string_view extensionPattern, FoundRowList& outRows) override;
-    std::optional<std::uint64_t> FirstDataSector(const FileRecord& record) override;
+    std::optional<std::uint64_t> FirstDataByte(const FileRecord& record) override;
     std::optional<BytePlaces> PlacesOf(const FileRecord& record, std::uint64_t bytes) override;
     ResultCode ReadRecordData(const FileRecord* record,
                               std::filesystem::path& tempPathInOut,
@@ -114,6 +114,7 @@ private:
     std::array<IFileRecoveryParse*, 4> Engines();
     IFileRecoveryParse* EngineOf(const FileRecord& record);
     bool CanBeRead(const BytePlaces& places);
+    std::optional<std::uint64_t> FirstDataSector(const FileRecord& record);
     std::optional<std::uint64_t> FindFirstDataSector(const FileRecord& record);
     template <typename Item, typename AppendOf>
     std::int32_t GatherSearch(const AppendOf& append, std::vector<Item>& outItems);

@@ -55,7 +55,9 @@ bool ClusterReader::FindPlaces(std::uint64_t wanted, BytePlaces& outPlaces)
                       static_cast<std::uint32_t>(m_sectorSize))) {
             return false;
         }
-        m_cluster = m_nextCluster(m_cluster);
+        if (wanted - found > pieceBytes) {
+            m_cluster = m_nextCluster(m_cluster);
+        }
     }
     return true;
 }

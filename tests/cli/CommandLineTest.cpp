@@ -1,5 +1,7 @@
 // What the command line takes, says and gives back, with engines that do as a test tells them.
+#include "cli/ProgressLine.h"
 #include "cli/RescueRun.h"
+#include "cli/TextForms.h"
 #include "platform/FileHandle.h"
 #include "platform/Folders.h"
 #include "tests/cli/CliFixture.h"
@@ -50,6 +52,10 @@ TEST_F(CommandLineTest, EveryRefusalHasItsStatusAndSaysWhatToDo)
         {{"recover", m_card}, 2, "FOLDER is required"},
         {{"scan", m_card, "--fats"}, 2, "--help"},
         {{"scan", m_card, "--new", "--resume"}, 2, "--help"},
+        {{""}, 2, "The command is empty; commands are targets, scan"},
+        {{m_card}, 2, "is no command; to see what can be found there: lumivault-cli scan '"},
+        {{"recover", m_card, ""}, 2, "FOLDER is empty"},
+        {{"list", m_card, "--types", "jpg, foo"}, 2, "'foo' is no type. Types are photo (bmp, gif"},
         {{"list", m_card, "--types", "jpg,,png"}, 2, "'jpg,,png' is no list of types"},
         {{"recover", m_card, Out(), "--types", "a/b"}, 2, "--types photo,pdf"},
         {{"forget"}, 2, "tell which scan"},
@@ -91,6 +97,53 @@ TEST_F(CommandLineTest, EveryRefusalHasItsStatusAndSaysWhatToDo)
     EXPECT_FALSE(PathExists(Out())) << "a target that cannot be scanned makes no folder";
 }
 
+TEST_F(CommandLineTest, HelpAndTheVersionAreGivenAsPeopleAskForThem)
+{
+    for (const auto& [arguments, says] : std::map<std::vector<std::string>, std::string>{
+             {{"help"}, "Exit status: 0 done"},
+             {{"help", "recover"}, "lumivault-cli recover card.img ./recovered"}}) {
+        const Outcome outcome = RunAsGiven(arguments);
+        EXPECT_EQ(outcome.status, 0) << arguments[0];
+        EXPECT_NE(outcome.out.find(says), std::string::npos) << outcome.out;
+    }
+    EXPECT_TRUE(RunAsGiven({"-v"}).out.starts_with("lumivault-cli 0."));
+}
+
+TEST_F(CommandLineTest, NoLineOfProgressIsWiderThanTheWindow)
+{
+    ProgressFigures figures;
+    figures.task = "Restoring";
+    figures.percent = 42;
+    figures.doneBytes = 1288490188;
+    figures.totalBytes = 3221225472;
+    figures.bytesPerSecond = 89128960;
+    figures.elapsedSeconds = 12;
+    figures.leftSeconds = 190;
+    figures.count = "17 of 285 files";
+    figures.place = "\u65E5\u672C\u8A9E.jpg";  // of two columns a sign
+    for (std::size_t columns = 1; columns < 200; ++columns) {
+        EXPECT_LE(ColumnsOf(CutToColumns(ProgressText(figures, columns), columns)), columns);
+    }
+    EXPECT_TRUE(ProgressText(figures, 39).ends_with(".] 3:10 left"));
+    EXPECT_TRUE(
+        ProgressText(figures, 79).ends_with(".] 1.2 GB of 3.0 GB, 3:10 left, 17 of 285 files"));
+    EXPECT_TRUE(
+        ProgressText(figures, 150)
+            .ends_with(".] 1.2 GB of 3.0 GB, 85.0 MB/s, 0:12 elapsed, 3:10 left, 17 of 285 files, "
+                       "\u65E5\u672C\u8A9E.jpg"));
+}
+
+TEST_F(CommandLineTest, ATableKeepsItsColumnsWhateverTheNames)
+{
+    m_script.Add("a." + std::string(240, 'x'), 5);
+    m_script.Add("none", 5);
+    const Outcome outcome = RunAsGiven({"scan", m_card});
+    for (const char* line : {"others    (none)              1         5 B          0\n",
+                             "others    xxxxxxxx...         1         5 B          0\n"}) {
+        EXPECT_NE(outcome.out.find(line), std::string::npos) << outcome.out;
+    }
+}
+
 TEST_F(CommandLineTest, TwoScansDoNotShareADataFolder)
 {
     EXPECT_EQ(RunAsGiven({"scan", m_card}).status, 0);
@@ -117,11 +170,11 @@ TEST_F(CommandLineTest, AScanShowsFamiliesAndOnATerminalHowFarItIs)
                          "all                           5      2.0 KB          1\n");
     EXPECT_EQ(plain.err, "");
     EXPECT_EQ(RunAsGiven({"scan", m_card}, true).err,
-              "\r\x1b[KScanning  36% [##########..........] 2.5 KB of 5.0 KB, 1:05 left, "
+              "\r\x1b[KScanning  36% [####........] 2.5 KB of 5.0 KB, 0:00 elapsed, 1:05 left, "
               "7 found\r\x1b[K");
     m_script.calls = {{50, 9, 30}};
     EXPECT_EQ(RunAsGiven({"scan", m_card}, true).err,
-              "\r\x1b[KScanning   4% [#.....................................] 0:00 elapsed, 5 "
+              "\r\x1b[KScanning   4% [#.......................................] 0:00 elapsed, 5 "
               "found\r\x1b[K")
         << "the quick part's estimate is of that part alone";
     EXPECT_EQ(RunAsGiven({"scan", m_card, "--quiet"}, true).err, "");

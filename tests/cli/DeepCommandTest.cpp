@@ -6,6 +6,7 @@
 #include <chrono>
 #include <csignal>
 #include <thread>
+#include <tuple>
 
 namespace {
 
@@ -18,7 +19,8 @@ protected:
 
 TEST_F(DeepCommandTest, DeepIsTheDefaultAndEveryFileSaysWhichDepthFoundIt)
 {
-    const Json::Value report = Parse(RunAsGiven({"list", Card(), "--json", "--types", "all"}).out);
+    const Json::Value report =
+        Parse(RunAsGiven({"list", Card(), "--json", "--types", "all", "--doubles"}).out);
     std::map<std::string, int> engines;
     for (const Json::Value& file : report["files"]) {
         ++engines[file["engine"].asString()];
@@ -80,6 +82,87 @@ TEST_F(DeepCommandTest, AQuickStageThatFailsEndsADeepScanAndIsAWarningInAWholeOn
     EXPECT_NE(whole.err.find("Warning: what the file system knows"), std::string::npos)
         << whole.err;
     EXPECT_GT(Found(whole), 0);
+}
+
+// What is left out has to be, byte for byte, in what is shown.
+class DoublesTest : public CliFixture
+{
+protected:
+    static ByteVector BytesOf(const Json::Value& file)
+    {
+        return file["restoredTo"].isNull() ? ByteVector()
+                                           : ReadFileBytes(file["restoredTo"].asString());
+    }
+
+    // How many rows are marked; each is held against the one that it names.
+    int CheckedDoubles(const std::string& card, const std::string& folder)
+    {
+        const Json::Value report = Parse(
+            RunAsGiven({"recover", card, folder, "--types", "all", "--json", "--doubles"}).out);
+        std::map<std::string, ByteVector> shown;
+        for (const Json::Value& file : report["files"]) {
+            if (!file.isMember("doubleOf")) {
+                shown[file["engine"].asString() + file["place"].asString()] = BytesOf(file);
+            }
+        }
+        int doubles = 0;
+        for (const Json::Value& file : report["files"]) {
+            if (!file.isMember("doubleOf")) {
+                continue;
+            }
+            ++doubles;
+            const Json::Value& named = file["doubleOf"];
+            const ByteVector& expected =
+                shown.at(named["engine"].asString() + named["place"].asString());
+            ByteVector bytes = BytesOf(file);
+            if (file["engine"] == "carved") {
+                bytes.resize(std::min(bytes.size(), expected.size()));  // it may be longer
+            }
+            EXPECT_TRUE(bytes == expected) << card << ' ' << file["name"].asString();
+        }
+        const Json::Value rest = Parse(RunAsGiven({"list", card, "--types", "all", "--json"}).out);
+        EXPECT_EQ(rest["doublesLeftOut"].asInt(), doubles);
+        EXPECT_EQ(rest["found"].asInt() + doubles, report["found"].asInt());
+        return doubles;
+    }
+
+    static ByteVector Document(std::size_t bytes, std::uint64_t seed)
+    {
+        ByteVector document = RandomBytes(bytes, seed);
+        const ByteVector head = Bytes("D0 CF 11 E0 A1 B1 1A E1");
+        std::copy(head.begin(), head.end(), document.begin());
+        return document;
+    }
+};
+
+TEST_F(DoublesTest, OnlyRowsWithTheBytesOfTheNamedOneAreLeftOut)
+{
+    if (const std::string missing = FatCard::MissingTools(); !missing.empty()) {
+        GTEST_SKIP() << missing;
+    }
+    int number = 0;
+    for (const auto& [fatBits, megabytes, sectorsPerCluster] :
+         {std::tuple(12, 4, 4u), std::tuple(16, 32, 4u), std::tuple(32, 64, 1u)}) {
+        FatOptions options;
+        options.fatBits = fatBits;
+        options.volumeBytes = static_cast<std::uint64_t>(megabytes) << 20;
+        options.sectorsPerCluster = sectorsPerCluster;
+        const std::string name = "card" + std::to_string(++number);
+        const FatCard card(m_folder / (name + ".img"), options);
+        card.MakeFolder("Gone");
+        card.Put("Gone/picture.jpg", MakeJpeg(300, 200, 1));
+        card.Put("Gone/empty.jpg", {});
+        card.Put("Gone/same content.jpg", MakeJpeg(300, 200, 1));
+        card.Put("hole.bin", RandomBytes(9000, 2));
+        card.Put("living.jpg", MakeJpeg(100, 80, 3));
+        card.Delete("hole.bin");
+        card.Put("in pieces.doc", Document(30000, 4));  // the first of them in the hole
+        card.Put("whole.doc", Document(20000, 5));
+        card.Delete("in pieces.doc");
+        card.Delete("whole.doc");
+        card.DeleteTree("Gone");
+        EXPECT_GE(CheckedDoubles(card.ImagePath().string(), (m_folder / name).string()), 1) << name;
+    }
 }
 
 TEST_F(DeepCommandTest, AnEarlierScanIsTakenUnlessItIsDeclined)

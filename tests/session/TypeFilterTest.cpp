@@ -24,7 +24,8 @@ TEST(TypeFilter, TakesExtensionsExactlyAndFamiliesByTheCatalogue)
         {"photos", 4},
         {"Pictures,docs", 5},
         {"jpeg", 2},  // the same type
-        {".xyz", 1} {"document", 1},
+        {".xyz", 1},
+        {"document", 1},
         {"others", 1},  // f.xyz; a name without extension is no file of any type
         {"others,jpg", 3},
         {"photo,others,document", 6},
