@@ -3,7 +3,7 @@ import re
 import subprocess
 
 import media
-from screen import NotSeen, colours_of, picture_of
+from screen import NotSeen, Wanted, colours_of, picture_of
 from wording import Wording, size_text
 
 MAIN = "Orvanta Lumivault"
@@ -56,8 +56,21 @@ class Visit:
         self.screen.wait_gone("text", field.name)
 
     def wait_for_results(self, first_node):
+        """Until the first picture is shown too: while it is fetched, the program takes no clicks."""
         self.screen.wait("table cell", first_node, seconds=SCAN_SECONDS)
         self.screen.wait_gone("dialog")
+        return self.wait_for_picture("a picture of the first row in the preview", lambda picture: True)
+
+    def wait_for_picture(self, what, is_it):
+        pane = self.screen.wait("text", "Preview")
+        shown = self.folder / "pane.png"
+
+        def is_shown(_):
+            picture_of(shown, pane)
+            return colours_of(shown) > PICTURE_COLOURS and is_it(shown.read_bytes())
+
+        self.screen.wait_until(what, is_shown)
+        return shown.read_bytes()
 
     def expect_selected(self, names):
         total = sum(len(self.files[name]) for name in names)
@@ -127,10 +140,13 @@ def image_opened(visit):
 def image_scanned(visit):
     screen, words = visit.screen, visit.words
     visit.press("BtnScan")
-    screen.wait("progress bar", "Progress")
-    screen.wait("label", words.text("ScanWnd", "title"))
-    screen.wait("push button", words.text("ScanWnd", "cancelbtn"), states=["focused"])
-    visit.shot("scanning")
+    cancel = Wanted("push button", words.text("ScanWnd", "cancelbtn"), states=["focused"])
+    done = Wanted("table cell", "Photos (3)")
+    seen = screen.wait_until(
+        f"{cancel}, or {done}", lambda seen: [item for item in seen if cancel.fits(item) or done.fits(item)], SCAN_SECONDS
+    )
+    if cancel.fits(seen[0]):
+        visit.shot("scanning")
     visit.wait_for_results("Photos (3)")
     for node in ("JPG (2)", "PNG (1)", "Audio (1)", "MP3 (1)", "Videos (1)", "AVI (1)"):
         screen.wait("table cell", node)
@@ -139,26 +155,15 @@ def image_scanned(visit):
     visit.expect_selected([])
     screen.wait("push button", words.button("BtnRecover"), without=["enabled"])
     visit.shot("results")
+    return None if cancel.fits(seen[0]) else "the window of the scan was gone too soon to be seen"
 
 
 def picture_previewed(visit):
     screen = visit.screen
-    pane = screen.wait("text", "Preview")
-    seen_before = visit.folder / "pane-before.png"
-    seen_now = visit.folder / "pane-now.png"
-
-    def has_picture(_):
-        picture_of(seen_now, pane)
-        return colours_of(seen_now) > PICTURE_COLOURS
-
-    screen.wait_until("a picture of the first row in the preview", has_picture)
-    seen_now.rename(seen_before)
+    first = visit.wait_for_picture("a picture of the first row in the preview", lambda picture: True)
     screen.click("table cell", "Old town gate.jpg", widths=NAME_WIDTHS)
     screen.wait("table cell", "Old town gate.jpg", states=["selected"])
-    screen.wait_until(
-        "another picture in the preview",
-        lambda seen: has_picture(seen) and seen_now.read_bytes() != seen_before.read_bytes(),
-    )
+    visit.wait_for_picture("another picture in the preview", lambda picture: picture != first)
     visit.shot("preview")
 
 
