@@ -2,12 +2,10 @@
 # those that use what the machine has only once, such as its list of disks: no other test runs beside them. MAIN is the file of a main of their own.
 include(GoogleTest)
 
-# What the sanitizers are not to report: frames of libraries that are not built with them.
+# What the thread sanitizer is not to report: frames of libraries that are not built with it.
 set(sanitizer_environment "")
 if(CMAKE_CXX_FLAGS MATCHES "-fsanitize=thread")
     set(sanitizer_environment ENVIRONMENT "TSAN_OPTIONS=suppressions=${PROJECT_SOURCE_DIR}/tools/tsan-qt.supp")
-elseif(CMAKE_CXX_FLAGS MATCHES "-fsanitize=address")
-    set(sanitizer_environment ENVIRONMENT "LSAN_OPTIONS=suppressions=${PROJECT_SOURCE_DIR}/tools/lsan.supp")
 endif()
 
 function(room_test)
