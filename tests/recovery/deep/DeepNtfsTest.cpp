@@ -36,13 +36,15 @@ protected:
         (void)MustRun({"umount", mount.string()});
     }
 
-    static void MakeVolume(const std::filesystem::path& volume, std::uint64_t sizeBytes)
+    static void MakeVolume(const std::filesystem::path& volume,
+                           std::uint64_t sizeBytes,
+                           const std::string& sectorBytes = "512")
     {
         if (!std::filesystem::exists(volume)) {
             ImageFile(volume, sizeBytes);
         }
-        (void)MustRun({"mkntfs", "-F", "-Q", "-q", "-s", "512", "-p", "0", "-H", "255", "-S", "63",
-                       volume.string()});
+        (void)MustRun({"mkntfs", "-F", "-Q", "-q", "-s", sectorBytes, "-p", "0", "-H", "255", "-S",
+                       "63", volume.string()});
     }
     void Add(const std::filesystem::path& mount, const std::string& name, const ByteVector& bytes)
     {
@@ -69,6 +71,28 @@ protected:
     std::filesystem::path m_path = m_folder / "volume.img";
     std::map<std::string, ByteVector> m_originals;
 };
+
+TEST_F(DeepNtfsTest, ACarvedFileIsADoubleWhateverTheSectorsOfTheVolume)
+{
+    for (const char* sectorBytes : {"512", "4096"}) {
+        const std::filesystem::path image = m_folder / (std::string(sectorBytes) + ".img");
+        const std::filesystem::path mount = m_folder / "mount";
+        MakeVolume(image, 40 * Mebibyte, sectorBytes);
+        (void)MustRun({"ntfs-3g", image.string(), mount.string()});
+        WriteFileBytes(mount / "picture.jpg", MakeJpeg(640, 480, 1));
+        std::filesystem::remove(mount / "picture.jpg");
+        (void)MustRun({"umount", mount.string()});
+        DeepRun run(image, ScanDepth::Whole);
+        ASSERT_EQ(run.Scan(), ResultSuccess);
+        std::vector<std::string> names;
+        for (const FileRecord& record : run.Search()) {
+            if (record.NameText().ends_with(".jpg")) {
+                names.emplace_back(record.NameText());
+            }
+        }
+        EXPECT_EQ(names, std::vector<std::string>{"picture.jpg"}) << sectorBytes;
+    }
+}
 
 TEST_F(DeepNtfsTest, LiveAndDeletedFilesStandInTheirFolders)
 {
