@@ -228,7 +228,8 @@ void CProfessionalFatRecovery::SetFolder(std::uint32_t cluster, const FolderNode
 {
     m_folders.insert_or_assign(cluster, node);
     // Where the way up from here leads somewhere else now, that from every folder below does too.
-    const FolderPlace next = {node.Record.RecordNumber, VolumeTag(node.Volume)};
+    // By value: a reference to a field of a packed record may be misaligned.
+    const FolderPlace next = {std::uint32_t{node.Record.RecordNumber}, VolumeTag(node.Volume)};
     for (auto at = m_settled.lower_bound({cluster, 0});
          at != m_settled.end() && at->first.first == cluster; ++at) {
         if (at->second != next) {
@@ -282,7 +283,7 @@ void CProfessionalFatRecovery::ClimbFrom(const Parse& parse)
         FolderPlace next = {m_rootCluster, here.second};
         if (folder != m_folders.end()) {
             volume = folder->second.Volume;
-            next = {folder->second.Record.RecordNumber, VolumeTag(volume)};
+            next = {std::uint32_t{folder->second.Record.RecordNumber}, VolumeTag(volume)};
             lba = folder->second.Record.EntrySector;
         } else if (m_probe.FindParentCluster(volume, here.first, &next.first) == ResultSuccess) {
             lba = ClusterSector(volume, parse.given);

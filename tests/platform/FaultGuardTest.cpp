@@ -6,10 +6,9 @@
 
 #include <gtest/gtest.h>
 
-#include <atomic>
+#include <algorithm>
 #include <csignal>
 #include <functional>
-#include <regex>
 #include <stdexcept>
 #include <sys/wait.h>
 #include <thread>
@@ -30,6 +29,17 @@ int RunOver(int depth)  // NOLINT(misc-no-recursion)
     return depth < 0 ? 0 : RunOver(depth + 1) + room[0];
 }
 
+// A sanitizer would end these before the hardware does.
+[[gnu::no_sanitize("undefined")]] void WriteToNowhere()
+{
+    *nowhere = 1;
+}
+
+[[gnu::no_sanitize("undefined")]] void DivideByZero()
+{
+    sink = seven / zero;
+}
+
 struct FaultCase
 {
     const char* name;
@@ -37,9 +47,9 @@ struct FaultCase
 };
 
 const FaultCase Faults[] = {
-    {"a write to nowhere", [] { *nowhere = 1; }},
+    {"a write to nowhere", &WriteToNowhere},
     {"a bus error", [] { std::raise(SIGBUS); }},
-    {"a division by zero", [] { sink = seven / zero; }},
+    {"a division by zero", &DivideByZero},
     {"a stack that runs over", [] { sink = RunOver(0); }},
 };
 
@@ -104,8 +114,11 @@ TEST(FaultGuardTest, AnUnguardedFaultLeavesADumpThatTellsWhere)
     const TempFolder other;
     const Crash crash = CrashIn(here.Path(), other.Path(), Faults[0].work);
     EXPECT_EQ(crash.signalNumber, SIGSEGV);
-    EXPECT_TRUE(std::regex_match(crash.dumpName,
-                                 std::regex(R"(20\d\d-\d\d-\d\d-\d\d-\d\d-\d\d-\d{2,3}\.dmp)")))
+    // "2026-05-07-08-09-10-123.dmp"
+    std::string shape = crash.dumpName;
+    std::replace_if(
+        shape.begin(), shape.end(), [](char one) { return one >= '0' && one <= '9'; }, '#');
+    EXPECT_TRUE(shape == "####-##-##-##-##-##-##.dmp" || shape == "####-##-##-##-##-##-###.dmp")
         << crash.dumpName;
     for (const char* part :
          {"signal 11\n", "address 0000000000000000\n", "\nbuild ", "platform_tests(", "[stack]"}) {
