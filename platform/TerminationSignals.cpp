@@ -13,14 +13,13 @@ constexpr std::array Signals = {SIGINT, SIGTERM, SIGHUP};
 // Read by a signal handler, so neither of them moves while the handler is in place.
 std::array<int, 2> pipeEnds = {-1, -1};
 
-extern "C" void OnTerminationSignal(int /*number*/)
+// A further one ends the process at once: a worker may hang in a read that never comes back.
+extern "C" void OnTerminationSignal(int number)
 {
+    std::signal(number, SIG_DFL);
     const int errorBefore = errno;
     const char mark = 1;
-    // A pipe that is full says it already.
-    if (::write(pipeEnds[1], &mark, 1) < 0) {
-        errno = errorBefore;
-    }
+    (void)!::write(pipeEnds[1], &mark, 1);  // a pipe that is full says it already
     errno = errorBefore;
 }
 

@@ -1,7 +1,8 @@
 // The signals that ask a program with windows to end: INT, TERM and HUP become something that its message loop can wait for.
 #pragma once
 
-// One for a process. From its making on the signals do not end the process; they do again after its end.
+// One for a process. From its making on the first of each signal does not end the process, the
+// next one does; so does any after its end.
 class TerminationSignals
 {
 public:

@@ -195,36 +195,36 @@ BlockReader::ReadPlain(std::uint64_t lba, std::uint64_t sectorCount, std::int32_
     *outGot = 0;
     const Clock::time_point began = Clock::now();
     ReadIntoBlock(lba, sectorCount, outGot);
-    if (m_passedOver && *outGot < static_cast<std::int32_t>(m_blockSectors)) {
+    if (m_leftOut && *outGot < static_cast<std::int32_t>(m_blockSectors)) {
         CatchUp();
         ReadIntoBlock(lba, sectorCount, outGot);
     }
     m_pace.Add(Clock::now() - began, 1);
-    m_passedOver.reset();
+    m_leftOut.reset();
     return std::span(m_block).first(sectorCount * static_cast<std::size_t>(m_sectorSize));
 }
 
-bool BlockReader::PassOver(std::uint64_t lba, std::uint64_t sectorCount)
+bool BlockReader::LeaveOut(std::uint64_t lba, std::uint64_t sectorCount)
 {
     if (!IsWholeBlock(sectorCount)) {
         return false;
     }
-    m_passedOver = lba;
+    m_leftOut = lba;
     m_nextLba = lba + sectorCount;
     m_run = 0;
     return true;
 }
 
-// Brings the block that was passed over into the buffer.
+// Brings the block that was left out into the buffer.
 void BlockReader::CatchUp()
 {
-    if (m_passedOver) {
+    if (m_leftOut) {
         std::int32_t ignored = 0;
         m_lastServed = {};
         (void)m_source.ReadSectors(m_block.data(), static_cast<std::int32_t>(m_blockSectors),
-                                   *m_passedOver, m_sectorSize,
+                                   *m_leftOut, m_sectorSize,
                                    &ignored);  // it could be read before
-        m_passedOver.reset();
+        m_leftOut.reset();
     }
 }
 
@@ -261,7 +261,7 @@ std::span<std::uint8_t> BlockReader::Read(std::uint64_t lba,
     }
     const std::size_t offset = (lba - m_current.lba) * static_cast<std::size_t>(m_sectorSize);
     m_lastServed = std::span(m_current.bytes).subspan(offset, BlockBytes);
-    m_passedOver.reset();
+    m_leftOut.reset();
     *outGot = static_cast<std::int32_t>(sectorCount);
     return m_lastServed;
 }

@@ -67,7 +67,7 @@ public:
 
     // The same to what comes later as reading it, but nothing is read: its bytes are known to mean nothing. False, and it
     // has to be read, for what is no whole block.
-    bool PassOver(std::uint64_t lba, std::uint64_t sectorCount);
+    bool LeaveOut(std::uint64_t lba, std::uint64_t sectorCount);
 
     // What the buffer holds: a block that can only be read in part keeps the rest of it.
     std::span<const std::uint8_t> Held();
@@ -123,10 +123,10 @@ private:
     std::uint64_t m_blockSectors;
     std::vector<std::uint8_t>
         m_block;  // what a plain read goes into; keeps what it does not replace
-    std::span<std::uint8_t> m_lastServed;       // of a piece, when that is newer than block
-    std::optional<std::uint64_t> m_passedOver;  // the block in front was, and is not in the buffer
-    std::uint64_t m_nextLba = 0;                // behind the block served last
-    std::uint32_t m_run = 0;                    // neighbouring whole blocks so far
+    std::span<std::uint8_t> m_lastServed;    // of a piece, when that is newer than block
+    std::optional<std::uint64_t> m_leftOut;  // the block in front was, and is not in the buffer
+    std::uint64_t m_nextLba = 0;             // behind the block served last
+    std::uint32_t m_run = 0;                 // neighbouring whole blocks so far
     std::uint64_t m_badUntil = 0;  // a piece in front of this failed: block by block up to here
     Piece m_current;
 

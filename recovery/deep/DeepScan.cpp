@@ -346,7 +346,7 @@ ResultCode CProfessionalRecovery::RunBlock(Pass& pass, BlockReader& reader, std:
         return ResultNotConnected;
     }
     if (CarveContext::Instance().freeStretch.CountFrom(lba) >= static_cast<std::uint64_t>(chunk) &&
-        reader.PassOver(lba, static_cast<std::uint64_t>(chunk))) {
+        reader.LeaveOut(lba, static_cast<std::uint64_t>(chunk))) {
         CarveContext::Instance().PassOverSectors();
         pass.skip = 0;
     } else if (!ClassAt(pass, reader, lba, chunk, isCut) && chunk + pass.skip == 0) {

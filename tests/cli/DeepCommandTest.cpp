@@ -208,22 +208,4 @@ TEST_F(DeepCommandTest, ForgettingRemovesTheRecords)
     EXPECT_EQ(RunAsGiven({"forget", "--all"}).status, 0);
 }
 
-TEST_F(DeepCommandTest, AKilledScanLeavesALogThatTheNextStartReads)
-{
-    // Large enough that a scan is under way when the signal comes, at another moment each time.
-    const ImageFile disk(m_folder / "disk.img", 600 * 1024 * 1024);
-    disk.Put(1000, MakeJpeg(64, 48, 1));
-    for (const int milliseconds : {2, 5, 10, 20, 40, 80}) {
-        ChildProcess scan({LUMIVAULT_CLI, "scan", disk.Path().string(), "--new", "--data-dir",
-                           (m_folder / "data").string()});
-        std::this_thread::sleep_for(std::chrono::milliseconds(milliseconds));
-        scan.Signal(SIGKILL);
-        (void)scan.Wait();
-        EXPECT_EQ(RunAsGiven({"scans"}).status, 0);
-    }
-    const Outcome after = RunAsGiven({"list", disk.Path().string(), "--json"});
-    EXPECT_EQ(after.status, 0) << after.err;
-    EXPECT_EQ(Found(after), 1);
-}
-
 }  // namespace

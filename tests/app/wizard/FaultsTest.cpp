@@ -234,40 +234,4 @@ TEST_F(FaultsTest, TextsOfGarbageLeaveAWindowThatWorks)
     }
 }
 
-// Each file has its row and its words, and the window stays until the user has read them.
-TEST_F(FaultsTest, ADestinationThatTakesNothingIsARowForEachFile)
-{
-    OpenWithImages(1);
-    Click("BtnScan");
-    ASSERT_TRUE(WaitFor([this] { return Page() == 3 && !CPopUpWnd::IsAnyModal(); }));
-    for (const int row : {0, 1}) {
-        Tick(row);
-    }
-    ASSERT_EQ(m_window->State().selection.size(), 2u);
-    for (const ResultCode fault : {ResultDiskFull, ResultAccessDenied, ResultSuccess}) {
-        m_script.restores = [fault](const FileRecord&) { return fault; };
-        m_dialogs.folder = m_folder / ("out" + std::to_string(fault));
-        if (fault == ResultSuccess) {
-            WriteFileBytes(*m_dialogs.folder, {});  // a file stands in its place
-        }
-        std::vector<std::string> statuses;
-        OnPopup<CRecoverProcessWnd>([&](CRecoverProcessWnd& popup) {
-            auto* const finish = popup.FindControl(QStringLiteral("FinishBtn"));
-            EXPECT_TRUE(WaitFor([finish] { return finish->IsVisible(); }));
-            const auto* const list = popup.FindControlAs<CListUI>(QStringLiteral("DetailList"));
-            for (int i = 0; i < list->GetCount(); ++i) {
-                statuses.push_back(
-                    PlainText(list->GetItemAt(i)->GetColumnText(1), true).toStdString());
-            }
-            popup.SendNotify(*finish, NotifyClick);
-        });
-        Click("BtnRecover");
-        ASSERT_EQ(statuses.size(), 2u) << fault;
-        for (const std::string& status : statuses) {
-            EXPECT_NE(status, "Success");
-            EXPECT_TRUE(fault == ResultSuccess || status == ErrorText(fault)) << status;
-        }
-    }
-}
-
 }  // namespace

@@ -233,7 +233,29 @@ TEST_F(DeepScanTest, ThePassGoesOnBehindUnreadableSectors)
     EXPECT_EQ(heads, (std::vector<std::uint64_t>{5, 127, 133, 4000, 9000, 10000, 15000}));
 }
 
-TEST_F(DeepScanTest, ReadingAheadAndPassingOverBringTheSameBlocksAsReadingPlainly)
+TEST(ReadPaceTest, OnlyASourceThatIsSlowAllTheTimeIsSlow)
+{
+    struct PaceCase
+    {
+        int usual, now, every;  // microseconds; one read in so many takes longer
+        bool isSlow, isFast;
+    };
+    for (const PaceCase& row : {PaceCase{15, 15, 1, false, true},
+                                {15, 1000000, 100, false, false},
+                                {15, 300, 3, true, false},
+                                {40, 40, 1, false, false},
+                                {400, 400, 1, true, false}}) {
+        ReadPace pace;
+        EXPECT_FALSE(pace.IsSlow() || pace.IsFast()) << "nothing is known yet";
+        for (int read = 0; read < 301; ++read) {
+            pace.Add(std::chrono::microseconds(read % row.every == 0 ? row.now : row.usual), 1);
+        }
+        EXPECT_EQ(pace.IsSlow(), row.isSlow) << row.usual << " " << row.now;
+        EXPECT_EQ(pace.IsFast(), row.isFast) << row.usual << " " << row.now;
+    }
+}
+
+TEST_F(DeepScanTest, ReadingAheadAndLeavingOutBringTheSameBlocksAsReadingPlainly)
 {
     FailingReader failing;
     failing.FailSector(7001);
@@ -258,7 +280,7 @@ TEST_F(DeepScanTest, ReadingAheadAndPassingOverBringTheSameBlocksAsReadingPlainl
             // Only what can be read is ever passed over.
             const bool isPassedOver = passesOver && dice >> 61 < 5 &&
                                       gotWithout == static_cast<std::int32_t>(count) &&
-                                      withThread.PassOver(lba, count);
+                                      withThread.LeaveOut(lba, count);
             if (!isPassedOver) {
                 const auto left = withThread.Read(lba, count, Sectors, &gotWith);
                 ASSERT_EQ(gotWith, gotWithout) << lba;
