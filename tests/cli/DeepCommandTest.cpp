@@ -3,9 +3,7 @@
 #include "tests/support/FailingReader.h"
 #include "tests/support/RunCommand.h"
 
-#include <chrono>
 #include <csignal>
-#include <thread>
 #include <tuple>
 
 namespace {
