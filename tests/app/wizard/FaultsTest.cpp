@@ -1,7 +1,6 @@
 // What goes wrong around the main window, and what the user is told of it; what is no fault beside it: the menu and the preview
 // in a window of its own.
 #include "app/popups/Messages.h"
-#include "app/popups/RecoverProcessWnd.h"
 #include "app/preview/PreviewWnd.h"
 #include "app/process/HelpPages.h"
 #include "platform/ResultCode.h"
@@ -12,7 +11,6 @@
 #include "texts/LanguageManager.h"
 #include "ui/controls/RichEditUI.h"
 #include "ui/custom/MenuUI.h"
-#include "ui/markup/TextMarkup.h"
 
 #include <QApplication>
 #include <QTest>
