@@ -2,10 +2,12 @@
 // three sizes, so that a cost that grows faster than the disk shows. And the quick FAT scan of a card full of deletions.
 #include "bench/BenchSupport.h"
 #include "recovery/ScanLogDirectory.h"
+#include "recovery/deep/ProfessionalRecovery.h"
 #include "recovery/engines/RecoveryEngineFactory.h"
 #include "tests/support/Bytes.h"
 #include "tests/support/Pictures.h"
 
+#include <chrono>
 #include <cstring>
 #include <stdexcept>
 
@@ -40,22 +42,59 @@ void Run(benchmark::State& state, const BenchImage& image, ScanDepth depth)
     state.counters["MiB"] = static_cast<double>(image.SizeBytes()) / Mebibyte;
 }
 
-// With files, each is measured up to the next one's head, so that everything is read twice.
-void DeepNoise(benchmark::State& state)
+// Noise, with a picture in every 256th block.
+BenchImage NoiseImage(bool withFiles)
 {
-    const bool withFiles = state.range(0) != 0;
     const std::uint64_t size =
         MebibytesFromEnvironment("LUMIVAULT_BENCH_DISK_MIB", 1024) * Mebibyte;
     const ByteVector noise = RandomBytes(4 * Mebibyte, 1);
     const ByteVector picture = MakeJpeg(640, 480, 1);
-    const BenchImage image(size, [&](ByteVector& block, std::uint64_t position) {
+    return BenchImage(size, [&](ByteVector& block, std::uint64_t position) {
         std::memcpy(block.data(), noise.data() + position % noise.size(), block.size());
         Put(block, 8, position);
         if (withFiles && position / block.size() % 256 == 7) {
             std::memcpy(block.data() + 1024, picture.data(), picture.size());
         }
     });
-    Run(state, image, ScanDepth::Deep);
+}
+
+void DeepNoise(benchmark::State& state)
+{
+    Run(state, NoiseImage(state.range(0) != 0), ScanDepth::Deep);
+}
+
+double SecondsWithCheckpoints(const BenchImage& image, std::uint64_t interval)
+{
+    const DataFolder data;
+    const auto engine = RecoveryEngineFactory(OpenLog())
+                            .MakeEngineForImage(image.Path(), 1001, ScanDepth::Deep);
+    auto& deep = dynamic_cast<CProfessionalRecovery&>(*engine);
+    deep.SetCheckpointInterval(interval);
+    const auto begin = std::chrono::steady_clock::now();
+    if (deep.Scan(nullptr) != ResultSuccess) {
+        throw std::runtime_error("cannot scan the image of a benchmark");
+    }
+    return std::chrono::duration<double>(std::chrono::steady_clock::now() - begin).count();
+}
+
+// What one checkpoint takes, and how many percent of a scan's time that makes when there is one every five seconds.
+void Checkpoints(benchmark::State& state)
+{
+    constexpr std::uint64_t Interval = 10;  // milliseconds
+    constexpr double UsualInterval = 5;     // seconds
+    const BenchImage image = NoiseImage(true);
+    double without = 0;
+    double with = 0;
+    for (auto _ : state) {
+        without += SecondsWithCheckpoints(image, UINT64_MAX);
+        const double seconds = SecondsWithCheckpoints(image, Interval);
+        with += seconds;
+        state.SetIterationTime(seconds);
+    }
+    // Between two of them the pass runs for the interval, so that it is the undisturbed scan that counts them.
+    const double each = std::max(0.0, with - without) / (without * 1000 / Interval);
+    state.counters["ms_each"] = each * 1000;
+    state.counters["percent"] = each / UsualInterval * 100;
 }
 
 void DirectoryEntry(
@@ -99,7 +138,6 @@ void DeepDirectories(benchmark::State& state)
     Run(state, image, ScanDepth::Deep);
 }
 
-// Every second sector a FILE record of a deleted file, in folders that are such records too.
 // The same with each folder inside the one behind it, whose entry for it comes when all below it has been placed.
 void DeepFoldersBehind(benchmark::State& state)
 {
@@ -121,6 +159,7 @@ void DeepFoldersBehind(benchmark::State& state)
     Run(state, image, ScanDepth::Whole);
 }
 
+// Every second sector a FILE record of a deleted file, in folders that are such records too.
 void DeepFileRecords(benchmark::State& state)
 {
     const auto size = static_cast<std::uint64_t>(state.range(0)) * Mebibyte;
@@ -209,6 +248,7 @@ void DeepFatCard(benchmark::State& state)
 
 BENCHMARK(DeepNoise)->Arg(0)->Arg(1)->UseManualTime()->Iterations(Repeats)->Unit(
     benchmark::kMillisecond);
+BENCHMARK(Checkpoints)->UseManualTime()->Iterations(5)->Unit(benchmark::kMillisecond);
 BENCHMARK(DeepDirectories)
     ->Args({16, 0})
     ->Args({64, 0})

@@ -76,10 +76,14 @@ bool IsRemovableDevice(const fs::path& folder, const std::string& name)
            (name.starts_with("mmcblk") && FirstLineOf(folder / "device/type") == "SD");
 }
 
-std::vector<KernelPartition> ReadKernelPartitions(const fs::path& folder)
+// Their folders lie among the disk's own files, and begin with its name.
+std::vector<KernelPartition> ReadKernelPartitions(const fs::path& folder, const std::string& disk)
 {
     std::vector<KernelPartition> partitions;
     for (const std::string& name : NamesIn(folder)) {
+        if (!name.starts_with(disk)) {
+            continue;
+        }
         const std::optional<std::uint64_t> number = NumberIn(folder / name / "partition");
         if (number) {
             partitions.push_back(
@@ -119,7 +123,7 @@ BlockDevice ReadBlockDevice(const fs::path& folder, const std::string& name)
     }
     device.backingFile = FirstLineOf(folder / "loop/backing_file");
     device.slaves = NamesIn(folder / "slaves");
-    device.partitions = ReadKernelPartitions(folder);
+    device.partitions = ReadKernelPartitions(folder, name);
     return device;
 }
 

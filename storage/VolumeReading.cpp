@@ -173,13 +173,16 @@ void DiskReading::ProbeInto(VolumeRecord& volume, const FileHandle& handle) cons
 
 void DiskReading::LookAt(const FileHandle& handle)
 {
-    // A file in place of a device tells its size only so; and what was written through another node is not seen here as
-    // long as the system keeps what it has read before.
+    // A file in place of a device tells its size only so.
     if (handle.Size(&m_sizeBytes) != ResultSuccess) {
         m_sizeBytes = m_disk.sizeBytes;
     }
     m_sectorSize = std::max(m_sectorSize, handle.DeviceSectorSize());
-    handle.DropCache();
+    // What was written through another node of a device is not seen here as long as the system keeps what it has read
+    // before. An image has one way in, and what is kept of it spares the scan a second reading.
+    if (handle.IsBlockDevice()) {
+        handle.DropCache();
+    }
 }
 
 void DiskReading::Take(const ProbedTable& table)
