@@ -66,8 +66,8 @@ void DeepNoise(benchmark::State& state)
 double SecondsWithCheckpoints(const BenchImage& image, std::uint64_t interval)
 {
     const DataFolder data;
-    const auto engine = RecoveryEngineFactory(OpenLog())
-                            .MakeEngineForImage(image.Path(), 1001, ScanDepth::Deep);
+    const auto engine =
+        RecoveryEngineFactory(OpenLog()).MakeEngineForImage(image.Path(), 1001, ScanDepth::Deep);
     auto& deep = dynamic_cast<CProfessionalRecovery&>(*engine);
     deep.SetCheckpointInterval(interval);
     const auto begin = std::chrono::steady_clock::now();
