@@ -114,7 +114,7 @@ ResultCode OpenPreviewFile(const std::filesystem::path& root,
                            OutputFile& outFile)
 {
     (void)MakePrivateFolderWithParents(root);  // the opening below tells what went wrong
-    outPath = root / (IsClip(LowerExtensionOf(name)) ? "tmp.avi" : "tmp.jpg");
+    outPath = root / (IsClip(LowerExtensionOf(name)) ? PreviewClipName : PreviewPictureName);
     (void)RemoveFile(outPath);
     return outFile.Open(outPath);
 }

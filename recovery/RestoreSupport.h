@@ -46,8 +46,9 @@ std::uint32_t CountSeparators(const std::filesystem::path& path);
 
 // Whether a preview of this name goes to a temporary file: pictures, sounds and clips do.
 bool PreviewNeedsFile(std::string_view name);
-// Makes the temporary file of a preview in a folder, "tmp.avi" for sounds and clips, else "tmp.jpg", removing the one
-// before, and stores its path. Only for names that PreviewNeedsFile.
+inline constexpr std::string_view PreviewClipName = "tmp.avi";
+inline constexpr std::string_view PreviewPictureName = "tmp.jpg";
+// Makes the temporary file of a preview in a folder, of one of these names, removing the one before, and stores its path. Only for names that PreviewNeedsFile.
 [[nodiscard]] ResultCode OpenPreviewFile(const std::filesystem::path& root,
                                          std::string_view name,
                                          std::filesystem::path& outPath,

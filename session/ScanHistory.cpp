@@ -2,6 +2,7 @@
 
 #include "platform/FileHandle.h"
 #include "platform/Folders.h"
+#include "recovery/RestoreSupport.h"
 #include "recovery/ScanLogDirectory.h"
 #include "recovery/UnreadFile.h"
 #include "session/Guard.h"
@@ -105,6 +106,12 @@ std::filesystem::path ScanHistory::RecordsFolder() const
 {
     const std::lock_guard<std::mutex> guard(m_mutex);
     return RecordsFolderLocked();
+}
+
+std::filesystem::path ScanHistory::ClipFile() const
+{
+    const std::lock_guard<std::mutex> guard(m_mutex);
+    return m_log->Root() / PreviewClipName;
 }
 
 std::filesystem::path ScanHistory::RecordsFolderLocked() const

@@ -97,6 +97,8 @@ public:
     ForgetOutcome ForgetAll();
     // Where scan records lie, whether it is there or not.
     std::filesystem::path RecordsFolder() const;
+    // What a preview of a sound or clip leaves for the player, if one was made.
+    std::filesystem::path ClipFile() const;
     // Writing scan records would write onto the target.
     bool LiesOn(const ScanTarget& target) const;
 

@@ -61,7 +61,7 @@ void ClearAway(Session& session)
 {
     KillPlayers();
     WaitForPlayerThreads();
-    (void)RemoveFile(session.History().RecordsFolder() / "tmp.avi");  // in general there is none
+    (void)RemoveFile(session.History().ClipFile());  // in general there is none
 }
 
 }  // namespace

@@ -10,7 +10,7 @@ RECIPES = {
     "Old town gate.jpg": ["convert", "-size", "640x480", "-seed", "8", "plasma:green-yellow", "-quality", "80"],
     "Garden plan.png": ["convert", "-size", "320x240", "-seed", "9", "plasma:navy-white"],
     "Morning bell.mp3": ["ffmpeg", "-f", "lavfi", "-i", "sine=440:duration=3", "-b:a", "64k"],
-    "Boat trip.avi": ["ffmpeg", "-f", "lavfi", "-i", "testsrc=size=160x120:rate=10:duration=2", "-c:v", "mjpeg"],
+    "Boat trip.avi": ["ffmpeg", "-f", "lavfi", "-i", "testsrc=size=160x120:rate=2:duration=60", "-c:v", "mpeg4"],
 }
 
 

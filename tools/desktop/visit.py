@@ -8,10 +8,11 @@ from wording import Wording, size_text
 
 MAIN = "Orvanta Lumivault"
 IMAGE_MEGABYTES = 2048  # with holes: scanned long enough to be seen
+LONG_IMAGE_MEGABYTES = 12288  # and long enough to be stopped in the middle
 STICK_MEGABYTES = 49
 STICK_SIZE = r"4[789]\.\d\d MB"  # what its file system gives to files
 STICK_LABEL = "TRYSTICK"
-SCAN_SECONDS = 60
+SCAN_SECONDS = 120
 DEVICE_SECONDS = 30
 END_SECONDS = 15
 PICTURE_COLOURS = 300  # more than any text in any colour has
@@ -72,6 +73,11 @@ class Visit:
         self.screen.wait_until(what, is_shown)
         return shown.read_bytes()
 
+    def wait_for_player(self, what, holds):
+        """One that plays a file of this home, by the name that the program starts it under."""
+        home = str(self.stage.home)
+        self.screen.wait_until(what, lambda _: holds([line for line in processes() if line.startswith("Player") and home in line]))
+
     def expect_selected(self, names):
         total = sum(len(self.files[name]) for name in names)
         text = self.words.message("MSG0804", size_text(total), len(names)) if names else self.words.message("MSG0803")
@@ -102,6 +108,16 @@ class Visit:
 def text_of(node):
     count = node.get_text_iface().get_character_count()
     return node.get_text_iface().get_text(0, count)
+
+
+def windows_of(kind):
+    """The windows that a program of that class shows."""
+    found = subprocess.run(["xdotool", "search", "--onlyvisible", "--class", kind], capture_output=True, text=True, check=False)
+    return found.stdout.split()
+
+
+def processes():
+    return subprocess.run(["ps", "-eww", "-o", "args="], capture_output=True, text=True, check=True).stdout.splitlines()
 
 
 def check(holds, sentence):
@@ -167,6 +183,20 @@ def picture_previewed(visit):
     visit.shot("preview")
 
 
+def clip_played(visit):
+    """The player comes with the clip that is chosen, and goes with the next choice."""
+    screen = visit.screen
+    screen.click("table cell", "AVI (1)")
+    screen.click("table cell", "Boat trip.avi", widths=NAME_WIDTHS)
+    visit.wait_for_player("the player", lambda running: running)
+    screen.wait_until("the window of the player", lambda _: windows_of("mpv"))
+    visit.shot("clip")
+    screen.click("table cell", "JPG (2)")
+    screen.click("table cell", "Harbour at dusk.jpg", widths=NAME_WIDTHS)
+    visit.wait_for_player("the end of the player", lambda running: not running)
+    visit.wait_for_picture("a picture again in the preview", lambda picture: True)
+
+
 def ticked(visit):
     """A row, the header, the tree by the mouse, and the tree by the space key."""
     screen = visit.screen
@@ -198,6 +228,35 @@ def ticked(visit):
 
 def image_restored(visit):
     visit.restore_to(visit.folder / "from image", list(visit.files))
+
+
+def scan_stopped(visit):
+    """A scan is stopped in the middle after a question that was first answered with no; the next one goes on with it."""
+    screen, words = visit.screen, visit.words
+    visit.press("BtnPrev")
+    long_image = visit.folder / "long.img"
+    media.make_card(long_image, visit.folder / "originals", "LONG", LONG_IMAGE_MEGABYTES, cluster_sectors=32)
+    screen.wait("label", words.message("MSG0501"))
+    visit.press("BtnLoadImage")
+    visit.answer_dialog(long_image)
+    screen.click("table cell", long_image.name)
+    visit.press("BtnScan")
+    for answer in ("cancelbtn", "okbtn"):
+        screen.click("push button", words.text("ScanWnd", "cancelbtn"), states=["focused"], seconds=SCAN_SECONDS)
+        screen.wait("label", words.message("MSG0709"))
+        visit.shot(f"stop-question-{answer}")
+        screen.click("push button", words.text("MessageBox", answer), window=words.message("MSG0404"))
+    visit.wait_for_results("Photos (3)")
+    visit.shot("stopped-results")
+    visit.press("BtnPrev")
+    screen.wait("label", words.message("MSG0501"))
+    screen.click("table cell", long_image.name)
+    visit.press("BtnScan")
+    screen.wait("label", words.message("MSG1206"), seconds=SCAN_SECONDS)
+    visit.shot("resume-question")
+    screen.click("push button", words.text("MessageBox", "okbtn"))
+    visit.wait_for_results("Photos (3)")
+    screen.wait("label", words.message("MSG0802", len(visit.files)))
 
 
 def stick_scanned(visit):
@@ -261,6 +320,22 @@ def image_made(visit):
     visit.press("BtnScan")
     visit.wait_for_results("Photos (3)")
     visit.shot("made-image-results")
+    return None
+
+
+def stick_pulled(visit):
+    """Its row goes by itself, those of the images stay."""
+    screen, words = visit.screen, visit.words
+    if visit.stick.device is None:
+        return f"skipped: {visit.stick.why_not}"
+    for page in ("MSG0601", "MSG0501"):
+        visit.press("BtnPrev")
+        screen.wait("label", words.message(page))
+    screen.wait("table cell", re.compile(STICK_LABEL))
+    visit.stick.detach()
+    screen.wait_gone("table cell", re.compile(STICK_LABEL), seconds=DEVICE_SECONDS)
+    screen.wait("table cell", "made.img")
+    visit.shot("stick-pulled")
     return None
 
 
@@ -330,10 +405,13 @@ Visit.STEPS = [
     image_opened,
     image_scanned,
     picture_previewed,
+    clip_played,
     ticked,
     image_restored,
+    scan_stopped,
     stick_scanned,
     image_made,
+    stick_pulled,
     language_changed,
     second_start,
     about_box,

@@ -88,7 +88,7 @@ protected:
 
 TEST_P(ProgramRunTest, ASignalEndsItWithoutAQuestionAndClearsAway)
 {
-    const std::filesystem::path clip = m_session.History().RecordsFolder() / "tmp.avi";
+    const std::filesystem::path clip = m_session.History().RecordsFolder() / "ScanLog/tmp.avi";
     std::filesystem::create_directories(clip.parent_path());
     WriteFileBytes(clip, Bytes("'RIFF'"));
     SingleInstance instance(QStringLiteral("lumivault-run-%1").arg(ProcessNumber()));
