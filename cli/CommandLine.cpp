@@ -1,6 +1,8 @@
 #include "cli/CommandLine.h"
 
 #include "cli/Cancel.h"
+#include "cli/Completion.h"
+#include "cli/Manual.h"
 #include "cli/TextForms.h"
 #include "cli/Words.h"
 #include "platform/Version.h"
@@ -100,6 +102,23 @@ void TranslateHabits(std::vector<std::string>& arguments)
     }
 }
 
+// What the installation and the completions of shells ask for. Neither is a command for people, and no help shows it.
+bool WritesAboutItself(const CLI::App& app,
+                       const std::vector<std::string>& arguments,
+                       CommandStreams& streams,
+                       Session& session)
+{
+    const std::string word = arguments.empty() ? std::string() : arguments.front();
+    if (word == "write-manual") {
+        WriteManual(app, streams.out);
+    } else if (word == "complete") {
+        WriteCompletions(app, {arguments.begin() + 1, arguments.end()}, session, streams.out);
+    } else {
+        return false;
+    }
+    return true;
+}
+
 // An empty value is mostly a variable of a script that was not set.
 std::optional<Refusal> WhyEmpty(const CLI::App& chosen)
 {
@@ -141,6 +160,9 @@ RunCommandLine(std::vector<std::string> arguments, CommandStreams& streams, Sess
     const Command* chosen = nullptr;
     for (const Command* command : Commands) {
         AddCommand(app, *command, options)->callback([&chosen, command] { chosen = command; });
+    }
+    if (WritesAboutItself(app, arguments, streams, session)) {
+        return ExitStatus::Done;
     }
     TranslateHabits(arguments);
     if (const std::optional<Refusal> refusal = WhyNoCommand(arguments)) {

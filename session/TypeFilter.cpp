@@ -60,6 +60,18 @@ bool IsKnownExtension(const std::string& extension)
     return LookupTypeByExtension(extension) != FileTypeId::None || !SameTypesAs(extension).empty();
 }
 
+// Of "*.bmp|*.gif|".
+std::vector<std::string> ExtensionsOf(std::string_view family)
+{
+    std::vector<std::string> extensions;
+    for (std::size_t at = 0; at < family.size();) {
+        const std::size_t end = std::min(family.find('|', at), family.size());
+        extensions.emplace_back(family.substr(at + 2, end - at - 2));
+        at = end + 1;
+    }
+    return extensions;
+}
+
 std::string Trimmed(std::string_view text)
 {
     constexpr std::string_view Blank = " \t";
@@ -84,16 +96,27 @@ std::string TypeFilter::KnownTypes()
     std::string text;
     for (const FamilyWord& row : Families) {
         text += std::string(row.word) + " (";
-        for (const char c : *row.family) {  // "*.bmp|*.gif|"
-            if (c == '|') {
-                text += ", ";
-            } else if (c != '*' && c != '.') {
-                text += c;
-            }
+        for (const std::string& extension : ExtensionsOf(*row.family)) {
+            text += extension + ", ";
         }
         text.replace(text.size() - 2, 2, "), ");
     }
     return text + "others, all";
+}
+
+std::vector<std::string> TypeFilter::Words()
+{
+    std::vector<std::string> words;
+    for (const FamilyWord& row : Families) {
+        words.emplace_back(row.word);
+    }
+    words.insert(words.end(), {"others", "all"});
+    for (const FamilyWord& row : Families) {
+        for (std::string& extension : ExtensionsOf(*row.family)) {
+            words.push_back(std::move(extension));
+        }
+    }
+    return words;
 }
 
 void TypeFilter::AddExtension(const std::string& extension)

@@ -21,6 +21,8 @@ public:
     static TypeFilter All();
     // "photo (bmp, gif, ...), audio (...), ...": the words that a list may have.
     static std::string KnownTypes();
+    // The same one by one: the families first.
+    static std::vector<std::string> Words();
 
     // What to search for: finds at least what Accepts takes.
     const std::string& SearchPattern() const { return m_pattern; }

@@ -112,6 +112,37 @@ TEST_F(CommandLineTest, HelpAndTheVersionAreGivenAsPeopleAskForThem)
     EXPECT_EQ(RunAsGiven({"-v"}).out, RunAsGiven({"--version"}).out);
 }
 
+TEST_F(CommandLineTest, AShellLearnsWhatMayStandNext)
+{
+    Session session;
+    const auto linesFor = [&session](std::vector<std::string> words) {
+        words.insert(words.begin(), "complete");
+        std::ostringstream out;
+        CommandStreams streams{out, out, false, nullptr};
+        EXPECT_EQ(RunCommandLine(std::move(words), streams, session), ExitStatus::Done);
+        return "\n" + out.str();
+    };
+    const struct
+    {
+        std::vector<std::string> words;
+        std::string offered;
+        std::string left;
+    } cases[] = {{{""}, "\nforget\t", "write-manual"},
+                 {{"li"}, "\nlist\t", "scan"},
+                 {{"scan", "--wh"}, "\n--whole\t", "--fast"},
+                 {{"scan", ""}, "\nFILES\n", "--fast"},
+                 {{"scan", "--data-dir", ""}, "\nFOLDERS\n", "FILES"},
+                 {{"recover", "card.img", ""}, "\nFOLDERS\n", "FILES"},
+                 {{"recover", "card.img", "to", "--types", "photo,mk"}, "\nphoto,mkv\n", "jpg"},
+                 {{"image", "--retries", "3", "#1", ""}, "\nFILES\n", "\n#"},
+                 {{"nonsense", ""}, "\n", "scan"}};
+    for (const auto& one : cases) {
+        const std::string lines = linesFor(one.words);
+        EXPECT_NE(lines.find(one.offered), std::string::npos) << one.offered << " not in" << lines;
+        EXPECT_EQ(lines.find(one.left), std::string::npos) << one.left << " in" << lines;
+    }
+}
+
 TEST_F(CommandLineTest, NoLineOfProgressIsWiderThanTheWindow)
 {
     ProgressFigures figures;
