@@ -48,7 +48,8 @@ std::uint32_t CountSeparators(const std::filesystem::path& path);
 bool PreviewNeedsFile(std::string_view name);
 inline constexpr std::string_view PreviewClipName = "tmp.avi";
 inline constexpr std::string_view PreviewPictureName = "tmp.jpg";
-// Makes the temporary file of a preview in a folder, of one of these names, removing the one before, and stores its path. Only for names that PreviewNeedsFile.
+// Makes the temporary file of a preview in a folder, of one of these names, removing the one before, and stores its path.
+// Only for names that PreviewNeedsFile.
 [[nodiscard]] ResultCode OpenPreviewFile(const std::filesystem::path& root,
                                          std::string_view name,
                                          std::filesystem::path& outPath,
