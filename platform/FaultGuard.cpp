@@ -13,7 +13,7 @@
 namespace {
 
 constexpr std::array Faults = {SIGSEGV, SIGBUS, SIGFPE, SIGILL, SIGABRT};
-constexpr std::size_t SignalStackBytes = 128 * 1024;  // a dump's frames need some
+constexpr std::size_t SignalStackBytes = std::size_t{128} * 1024;  // a dump's frames need some
 
 // Where the thread's guarded work goes on after a fault; null outside of one.
 thread_local sigjmp_buf* guardOfThread = nullptr;

@@ -31,7 +31,7 @@ ResolvedTarget Session::Resolve(const std::string& text)
     return ResolveTarget(text, m_lister);
 }
 
-OpenOutcome Session::Open(const ScanTarget& target, ScanDepth depth)
+OpenOutcome Session::Open(const ScanTarget& target, ScanDepth depth) const
 {
     return Opener(target, depth)();
 }

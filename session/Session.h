@@ -26,7 +26,7 @@ public:
 
     TargetList ListTargets(const ProgressFunction& progress = {});
     ResolvedTarget Resolve(const std::string& text);
-    OpenOutcome Open(const ScanTarget& target, ScanDepth depth);
+    OpenOutcome Open(const ScanTarget& target, ScanDepth depth) const;
     // The same for later, also on a thread that outlives this: an opening can hang, and is left alone then.
     std::function<OpenOutcome()> Opener(const ScanTarget& target, ScanDepth depth) const;
     ScanHistory& History() { return *m_history; }
