@@ -1,5 +1,10 @@
 #include "platform/Text.h"
 
+#include <algorithm>
+#include <cwctype>
+
+#include <locale.h>
+
 namespace {
 
 constexpr char32_t Replacement = 0xFFFD;
@@ -73,6 +78,18 @@ char32_t NextUtf8(std::string_view text, std::size_t* at)
     }
     *at += more;
     return point;
+}
+
+// By the way of the capital letter, which two small ones can share: both forms of sigma become one. A unit of a pair stays.
+char16_t FoldUnit(char16_t unit)
+{
+    // Comes with the C library. Without it only A to Z would be folded.
+    static const locale_t unicode = newlocale(LC_CTYPE_MASK, "C.UTF-8", nullptr);
+    if (unit < 0x80 || unicode == nullptr) {
+        return static_cast<char16_t>(unit < 0x80 ? LowerAscii(static_cast<char>(unit)) : unit);
+    }
+    const std::wint_t folded = towlower_l(towupper_l(unit, unicode), unicode);
+    return folded <= 0xFFFF ? static_cast<char16_t>(folded) : unit;
 }
 
 // The longest prefix of at most maxBytes that does not split a code point.
@@ -150,6 +167,19 @@ std::string LowerAscii(std::string_view text)
         letter = LowerAscii(letter);
     }
     return out;
+}
+
+std::string FoldCase(std::string_view text)
+{
+    const bool isAscii = std::all_of(text.begin(), text.end(), [](char letter) {
+        return static_cast<unsigned char>(letter) < 0x80;
+    });
+    if (isAscii) {
+        return LowerAscii(text);
+    }
+    std::u16string units = Utf8ToUtf16(text);
+    std::transform(units.begin(), units.end(), units.begin(), FoldUnit);
+    return Utf16ToUtf8(units);
 }
 
 bool EqualIgnoringAsciiCase(std::string_view left, std::string_view right)

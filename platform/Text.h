@@ -19,6 +19,9 @@ std::string CodePage437ToUtf8(std::string_view bytes);
 std::string LowerAscii(std::string_view text);
 char LowerAscii(char letter);
 bool EqualIgnoringAsciiCase(std::string_view left, std::string_view right);
+// The same for all scripts that have small and capital letters, of characters that are one UTF-16 unit. Two texts that differ by
+// them alone become one.
+std::string FoldCase(std::string_view text);
 
 // The text cut to at most maxBytes, at a code point.
 std::string CutText(std::string_view text, std::size_t maxBytes);

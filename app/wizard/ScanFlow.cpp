@@ -90,6 +90,7 @@ void ScanFlow::OnScanDone()
     m_context.state.selection.clear();
     m_results.UpdateSelectionLabel();
     m_results.Clear();
+    m_results.ClearFilter();
     m_context.state.results.clear();
     if (!m_disks.HasCurrent()) {
         m_disks.Select(*scanned);

@@ -27,6 +27,7 @@ const WindowNames Windows[] = {
      "ToolBtn "
      "SubBar1 SubBar2 TabScan TabFileType TabRecover TabPage PreviewEdit SelectedFileInfo "
      "ToolBar2Logo "
+     "FilterEdit FilterCount OptHideDoubles TargetChooser "
      "CheckAll PartitionListBar WaitBar WaitText TypeTree FileList DiskList DiskListHeader "
      "NodePhoto NodeAudio "
      "NodeVideo "
@@ -157,7 +158,7 @@ TEST_F(SkinTest, EveryKeyOfALanguageNamesAControl)
 {
     for (const std::string& stem : LanguageStems()) {
         const SceneTexts texts = TextsOf(stem);
-        std::set<std::string> sections = {"Messages", "Desktop"};
+        std::set<std::string> sections = {"Messages", "Desktop", "Extras"};
         for (const WindowNames& wanted : Windows) {
             const auto window = MakeWindow(wanted);
             sections.insert(wanted.sections);
@@ -182,7 +183,7 @@ TEST_F(SkinTest, PicturesStylesAndFontsThatAreNamedAreThere)
         "image_files.png",     "image_file.png",       "physical_drive.png", "removable_drive.png",
         "drive.png",           "drive_usb.png",        "expand_flag.png",    "list_header_bg.png",
         "list_header_asc.png", "list_header_desc.png", "unchecked.png",      "checked.png",
-        "point.png",           "FileIcon/folder.png",
+        "point.png",           "FileIcon/folder.png",  "head_lost.png",
     };
     for (const char* kind : {"exe", "image", "music", "doc", "video", "zip", "default"}) {
         pictures << QStringLiteral("FileIcon/%1.png").arg(kind)

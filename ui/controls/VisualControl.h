@@ -49,7 +49,9 @@ struct ControlLook
 // False for an attribute that is none of a look.
 bool SetLookAttribute(ControlLook& look, const QString& name, const QString& value);
 
-// At a place of the screen, whatever signs the text has.
+// The text as a tool tip takes it: shown as it stands, line by line, whatever signs it has.
+QString PlainToolTip(const QString& text);
+// At a place of the screen.
 void ShowPlainToolTip(const QPoint& place, const QString& text, QWidget& widget);
 
 class VisualControl : public CControlUI

@@ -1,6 +1,7 @@
 #include "tools/skinview/scenes/MainScenes.h"
 
 #include "ui/controls/ButtonUI.h"
+#include "ui/controls/ComboUI.h"
 #include "ui/controls/ContainerUI.h"
 #include "ui/controls/RichEditUI.h"
 #include "ui/custom/DiskListUI.h"
@@ -165,6 +166,18 @@ void FillFiles(const SceneWindow& window)
     list.SelectItem(2);
 }
 
+void FillResultBar(const SceneWindow& window, const SceneTexts& texts)
+{
+    window.FindControl(QStringLiteral("FilterEdit"))
+        ->SetAttribute(QStringLiteral("placeholder"), texts.Text("Extras", "EXT0101"));
+    Show(window, {"TargetChooser"}, true);
+    window.FindControlAs<CComboUI>(QStringLiteral("TargetChooser"))
+        ->SetTexts({texts.Message("MSG0203") + QStringLiteral(" 12 (FAT32, 29.71 GB)")}, 0);
+    window.FindControl(QStringLiteral("OptHideDoubles"))->SetEnabled(true);
+    SetTexts(window, {{"FilterCount", texts.Extra("EXT0102", {"12345", "123456"})},
+                      {"OptHideDoubles", texts.Extra("EXT0103", {"12345"})}});
+}
+
 }  // namespace
 
 QImage SamplePicture()
@@ -251,6 +264,7 @@ void FillResults(SceneWindow& window, const SceneTexts& texts, const QString&)
                       {"Txt1", texts.Message("MSG0801")},
                       {"Txt2", texts.Message("MSG0802", {"{f 7}{c #316D1E}123456{/c}{/f}"})},
                       {"SelectedFileInfo", texts.Message("MSG0804", {"999.99 GB", "123456"})}});
+    FillResultBar(window, texts);
     FillTree(window, texts);
     FillFiles(window);
     window.FindControlAs<CRichEditUI>(QStringLiteral("PreviewEdit"))
