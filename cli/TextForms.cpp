@@ -1,7 +1,6 @@
 #include "cli/TextForms.h"
 
 #include "platform/FileTime.h"
-#include "platform/Text.h"
 
 #include <algorithm>
 #include <cstdio>

@@ -1,7 +1,7 @@
 // How the command line writes sizes, times and names.
 #pragma once
 
-#include "platform/PrintableText.h"
+#include "platform/Text.h"
 
 #include <cstdint>
 #include <string>

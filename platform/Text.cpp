@@ -1,9 +1,6 @@
 #include "platform/Text.h"
 
-#include <algorithm>
-#include <cwctype>
-
-#include <locale.h>
+#include <cstdio>
 
 namespace {
 
@@ -78,18 +75,6 @@ char32_t NextUtf8(std::string_view text, std::size_t* at)
     }
     *at += more;
     return point;
-}
-
-// By the way of the capital letter, which two small ones can share: both forms of sigma become one. A unit of a pair stays.
-char16_t FoldUnit(char16_t unit)
-{
-    // Comes with the C library. Without it only A to Z would be folded.
-    static const locale_t unicode = newlocale(LC_CTYPE_MASK, "C.UTF-8", nullptr);
-    if (unit < 0x80 || unicode == nullptr) {
-        return static_cast<char16_t>(unit < 0x80 ? LowerAscii(static_cast<char>(unit)) : unit);
-    }
-    const std::wint_t folded = towlower_l(towupper_l(unit, unicode), unicode);
-    return folded <= 0xFFFF ? static_cast<char16_t>(folded) : unit;
 }
 
 // The longest prefix of at most maxBytes that does not split a code point.
@@ -169,19 +154,6 @@ std::string LowerAscii(std::string_view text)
     return out;
 }
 
-std::string FoldCase(std::string_view text)
-{
-    const bool isAscii = std::all_of(text.begin(), text.end(), [](char letter) {
-        return static_cast<unsigned char>(letter) < 0x80;
-    });
-    if (isAscii) {
-        return LowerAscii(text);
-    }
-    std::u16string units = Utf8ToUtf16(text);
-    std::transform(units.begin(), units.end(), units.begin(), FoldUnit);
-    return Utf16ToUtf8(units);
-}
-
 bool EqualIgnoringAsciiCase(std::string_view left, std::string_view right)
 {
     if (left.size() != right.size()) {
@@ -213,4 +185,34 @@ std::string CutName(std::string_view name, std::size_t maxBytes)
     std::string out(PrefixAtCodePoint(name.substr(0, dot), maxBytes - extension.size()));
     out += extension;
     return out;
+}
+
+namespace {
+
+// Marks of direction, separators of lines, and what has neither width nor a meaning in a name. Joiners stay: whole
+// scripts are written with them.
+bool IsMark(char16_t unit)
+{
+    return unit == 0x061C || unit == 0x180E || unit == 0x200B || unit == 0x200E || unit == 0x200F ||
+           (unit >= 0x2028 && unit <= 0x202E) || (unit >= 0x2060 && unit <= 0x206F) ||
+           unit == 0xFEFF || (unit >= 0xFFF9 && unit <= 0xFFFB);
+}
+
+}  // namespace
+
+std::string Printable(std::string_view text)
+{
+    std::u16string shown;
+    for (const char16_t unit : Utf8ToUtf16(text)) {
+        if (unit < 0x20 || (unit >= 0x7F && unit < 0xA0)) {
+            shown += u'?';
+        } else if (IsMark(unit)) {
+            char escaped[16] = {};
+            std::snprintf(escaped, sizeof escaped, "\\u%04X", unsigned{unit});
+            shown += Utf8ToUtf16(escaped);
+        } else {
+            shown += unit;
+        }
+    }
+    return Utf16ToUtf8(shown);
 }

@@ -19,9 +19,11 @@ std::string CodePage437ToUtf8(std::string_view bytes);
 std::string LowerAscii(std::string_view text);
 char LowerAscii(char letter);
 bool EqualIgnoringAsciiCase(std::string_view left, std::string_view right);
-// The same for all scripts that have small and capital letters, of characters that are one UTF-16 unit. Two texts that differ by
-// them alone become one.
-std::string FoldCase(std::string_view text);
+
+// A name or path as a terminal or a text file may show it: control characters, which could be commands or end a line, become
+// "?", marks that turn the direction of writing or cannot be seen "\u202E", and bytes that are no UTF-8 the replacement
+// character.
+std::string Printable(std::string_view text);
 
 // The text cut to at most maxBytes, at a code point.
 std::string CutText(std::string_view text, std::size_t maxBytes);

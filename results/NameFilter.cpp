@@ -1,6 +1,6 @@
 #include "results/NameFilter.h"
 
-#include "platform/Text.h"
+#include "platform/CaseFold.h"
 
 NameFilter::NameFilter(std::string_view part) : m_part(FoldCase(part)) {}
 

@@ -248,3 +248,14 @@ const DiskRows::Row* DiskRows::FirstScanned() const
     });
     return found == m_rows.end() ? nullptr : *found;
 }
+
+std::vector<RecoveryTarget*> DiskRows::Scanned() const
+{
+    std::vector<RecoveryTarget*> targets;
+    for (const Row* row : m_rows) {
+        if (RecoveryTarget* target = TargetOf(*row); target->engine != nullptr) {
+            targets.push_back(target);
+        }
+    }
+    return targets;
+}

@@ -40,6 +40,8 @@ public:
     const DiskFacts* CurrentDisk() const;
     // The first row, in the order of their making, whose target was scanned; null when there is none.
     const Row* FirstScanned() const;
+    // All that were scanned, in the same order.
+    std::vector<RecoveryTarget*> Scanned() const;
     static RecoveryTarget* TargetOf(const Row& row);
 
 private:

@@ -71,3 +71,15 @@ DetailTexts DetailsOf(const RecoveryTarget& target)
             Labelled("MSG0207", SizeText(row.usedBytes)),
             Labelled("MSG0208", SizeText(row.freeBytes))};
 }
+
+QString ScannedName(const RecoveryTarget& target)
+{
+    const QString name = DetailsOf(target).front();
+    if (!target.volume) {
+        return name;
+    }
+    const std::string size = SizeText(target.volume->totalBytes);
+    const std::string& fileSystem = target.volume->fileSystem;
+    return name + ToQt(fileSystem.empty() ? FormatText(" (%s)", size)
+                                          : FormatText(" (%s, %s)", fileSystem, size));
+}

@@ -16,6 +16,9 @@ QString CellText(std::string_view value);
 // Of an image; 0 for a file that is not there.
 std::uint64_t ImageBytes(const RecoveryTarget& target);
 
+// "Drive: 1 (FAT, 31.94 MB)", plain: among others that were scanned.
+QString ScannedName(const RecoveryTarget& target);
+
 // "Label1" to "Label6" for a target.
 using DetailTexts = std::array<QString, 6>;
 DetailTexts DetailsOf(const RecoveryTarget& target);

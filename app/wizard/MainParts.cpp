@@ -97,4 +97,5 @@ void MainParts::RewriteTexts()
     pages.RewriteTexts();
     disks.RewriteTexts();
     results.RewriteTexts();
+    scan.RewriteTexts();
 }
