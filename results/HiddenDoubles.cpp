@@ -84,7 +84,7 @@ void MoveTicks(SelectionMap& selection, const std::vector<DoubleRow>& doubles)
     std::sort(ticked.begin(), ticked.end());
     std::erase_if(selection, [&ticked](const auto& entry) {
         const FoundRow& row = entry.second;
-        return row.doubleOf && std::binary_search(ticked.begin(), ticked.end(),
-                                                  PlaceOf(row, *row.doubleOf));
+        return row.doubleOf &&
+               std::binary_search(ticked.begin(), ticked.end(), PlaceOf(row, *row.doubleOf));
     });
 }

@@ -1,6 +1,8 @@
 #include "app/wizard/ResultPage.h"
 
 #include "app/wizard/MainTexts.h"
+#include "results/RowTip.h"
+#include "texts/LanguageManager.h"
 #include "texts/TextForms.h"
 
 ResultPage::ResultPage(MainContext& context, TypeFilterMap& filter)
@@ -15,6 +17,7 @@ ResultPage::ResultPage(MainContext& context, TypeFilterMap& filter)
         m_files.Filter(names);
         ShowCounts();
     };
+    m_files.SetToolTips([this](const FoundRow& found) { return ToolTipOf(found); });
     m_bar.onHideDoubles = [this](bool) { OnHideDoubles(); };
 }
 
@@ -89,6 +92,17 @@ void ResultPage::ShowGroup()
     m_files.MarkHead(box.IsSelected() && !box.IsPartial());
     m_files.Show(*group, node->GetFolderButton().GetAttribute(QStringLiteral("normalimage")));
     ShowCounts();
+}
+
+QString ResultPage::ToolTipOf(const FoundRow& found) const
+{
+    std::string folder;
+    // A task that runs may use the engine on its own thread.
+    const auto engine = m_context.flows == 0 ? m_context.state.FindEngine(found.record) : nullptr;
+    if (engine != nullptr) {
+        folder = engine->FolderPath(found.record);
+    }
+    return ToQt(RowTip(found.record, folder, LanguageManager::GetInstance().GetSection("Extras")));
 }
 
 void ResultPage::OnRowCheck(const CListImageTextElementUI& row)

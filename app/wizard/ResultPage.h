@@ -44,6 +44,7 @@ private:
     void Fill();
     void OnHideDoubles();
     void ShowCounts();
+    QString ToolTipOf(const FoundRow& found) const;
     bool ShowsNodeOrChildOf(const CTreeNodeUI& node) const;
 
     MainContext& m_context;

@@ -2,8 +2,10 @@
 #include "results/HiddenDoubles.h"
 #include "results/NameFilter.h"
 #include "results/RowOrder.h"
+#include "results/RowTip.h"
 #include "results/SelectionMap.h"
 #include "results/TypeTree.h"
+#include "texts/LanguageSection.h"
 
 #include <gtest/gtest.h>
 
@@ -109,6 +111,23 @@ TEST(RowColumns, ShowWhatIsKnown)
     EXPECT_EQ(ColumnText(Row("none").record, FileColumn::Type), "file");
     EXPECT_EQ(ColumnText(Row("x.y", 9, true).record, FileColumn::Type), "folder");
     EXPECT_EQ(ColumnText(Row("x.y", 9, true).record, FileColumn::Size), "");
+}
+
+TEST(RowTip, TellsAllOfAFileAndHidesNothing)
+{
+    LanguageSection extras;
+    for (const char* key : {"EXT0108", "EXT0114", "EXT0115", "EXT0116", "EXT0117"}) {
+        extras.Set(key, std::string(key).substr(5) + ":");
+    }
+    extras.Set("EXT0118", "whole");
+    extras.Set("EXT0119", "lost");
+    FoundRow file = Row("cod\u202Egpj.exe\nb", 1536);
+    file.record.WriteTime = 116444736000000000;
+    EXPECT_EQ(RowTip(file.record, "DCIM\\1\u200F00\\", extras),
+              "cod\\u202Egpj.exe?b\n08: DCIM/1\\u200F00\n14: 1.50 KB\n15: 1970-1-1 00:00:00\nlost");
+    file.record.HeadIntact = 1;
+    EXPECT_TRUE(RowTip(file.record, "", extras).ends_with("00:00:00\nwhole"));
+    EXPECT_EQ(RowTip(Row("DCIM", 0, true).record, "", extras), "DCIM");
 }
 
 // The names in the order that the list would have.
