@@ -71,9 +71,8 @@ void ResultBar::ShowCounts(std::size_t listed, std::size_t all)
 void ResultBar::WriteTexts()
 {
     m_hideDoubles->SetText(ToQt(FormatText(ExtraText("EXT0103"), m_doubles)));
-    m_counts->SetText(m_listed == m_all
-                          ? QString()
-                          : ToQt(FormatText(ExtraText("EXT0102"), m_listed, m_all)));
+    m_counts->SetText(m_listed == m_all ? QString()
+                                        : ToQt(FormatText(ExtraText("EXT0102"), m_listed, m_all)));
 }
 
 void ResultBar::RewriteTexts()

@@ -50,9 +50,8 @@ void TargetChooser::Refresh(const RecoveryTarget* shown)
         names.append(ScannedName(*target));
     }
     const auto place = std::find(m_targets.begin(), m_targets.end(), shown);
-    m_field->SetTexts(names, place == m_targets.end()
-                                 ? -1
-                                 : static_cast<int>(place - m_targets.begin()));
+    m_field->SetTexts(names,
+                      place == m_targets.end() ? -1 : static_cast<int>(place - m_targets.begin()));
     m_field->SetAttribute(QStringLiteral("accname"), ToQt(ExtraText("EXT0104")));
     m_field->SetVisible(m_targets.size() > (place == m_targets.end() ? 0U : 1U));
 }

@@ -55,9 +55,9 @@ constexpr SectionKeys Expected[] = {
 
 // Words that another language shares with English.
 const std::set<std::string> SharedWords = {
-    "OK",          "Audio",        "Confirmation", "Details",     "Error", "File",
-    "File system", "File system:", "Image:",       "Folder:", "Information", "Model:", "Name", "Photos",
-    "Question",    "Status",       "Support",      "Type",        "Videos"};
+    "OK",           "Audio",  "Confirmation", "Details",     "Error",  "File", "File system",
+    "File system:", "Image:", "Folder:",      "Information", "Model:", "Name", "Photos",
+    "Question",     "Status", "Support",      "Type",        "Videos"};
 
 // What a message box of its size holds, in half-width letters of about 7 pixels: the small ones two
 // lines, the others three or four.

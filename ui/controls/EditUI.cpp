@@ -43,8 +43,7 @@ bool CEditUI::ReadAttribute(const QString& name, const QString& value)
          }},
         {"maxchar", [](CEditUI& edit,
                        const QString& text) { edit.setMaxLength(std::max(ParseNumber(text), 0)); }},
-        {"placeholder",
-         [](CEditUI& edit, const QString& text) { edit.setPlaceholderText(text); }},
+        {"placeholder", [](CEditUI& edit, const QString& text) { edit.setPlaceholderText(text); }},
         {"accname", [](CEditUI& edit, const QString& text) { edit.setAccessibleName(text); }},
     }};
     return SetFromTable(Table, *this, name, value) || VisualControl::ReadAttribute(name, value);

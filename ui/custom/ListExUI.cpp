@@ -69,10 +69,8 @@ CListExUI::Node* CListExUI::AddNode(const QString& text, Node* parent, std::intp
     return node;
 }
 
-CListExUI::Node* CListExUI::InsertNode(std::unique_ptr<Row> row,
-                                       const QString& text,
-                                       Node* parent,
-                                       Node* behind)
+CListExUI::Node*
+CListExUI::InsertNode(std::unique_ptr<Row> row, const QString& text, Node* parent, Node* behind)
 {
     Node* above = parent != nullptr ? parent : m_root.get();
     const bool isBelowRoot = above == m_root.get();
@@ -84,8 +82,9 @@ CListExUI::Node* CListExUI::InsertNode(std::unique_ptr<Row> row,
     node->Parent = above;
     const auto place = std::find(above->Children.begin(), above->Children.end(), behind);
     const bool isLast = place == above->Children.end();
-    const int index = isLast && isBelowRoot ? GetCount()
-                                            : GetItemIndex(LastBelow(isLast ? above : behind)->Row) + 1;
+    const int index = isLast && isBelowRoot
+                          ? GetCount()
+                          : GetItemIndex(LastBelow(isLast ? above : behind)->Row) + 1;
     if (!isBelowRoot && (!above->ChildVisible || !above->Row->IsVisible())) {
         row->SetVisible(false);
     }

@@ -155,7 +155,8 @@ TEST_F(ResultPageTest, FilterFieldKeepsTicks)
     EXPECT_EQ(Column(1), "a.jpg c.jpg ");
     EXPECT_EQ(Text("FilterCount"), "2 of 3");
     EXPECT_EQ(Files().GetCurSel(), 1) << "the current file stays current";
-    EXPECT_EQ(Text("SelectedFileInfo"), "Selected: 2.93 KB, files: 1") << "what is hidden is ticked";
+    EXPECT_EQ(Text("SelectedFileInfo"), "Selected: 2.93 KB, files: 1")
+        << "what is hidden is ticked";
     Tick(0);
     Tick(1);
     EXPECT_EQ(Marks(Jpg()), "checkedxo") << "all three are";

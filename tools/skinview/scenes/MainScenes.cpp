@@ -87,6 +87,10 @@ void FillDisks(const SceneWindow& window, const SceneTexts& texts)
         window.FindControl(QStringLiteral("Label%1").arg(++number))
             ->SetText(texts.Message(key) + QLatin1Char(' ') + value);
     }
+    SetTexts(window, {{"Label7", texts.Extra("EXT0105") + QStringLiteral(" /dev/sdb1")},
+                      {"Label8", texts.Extra("EXT0106") + QStringLiteral(" /media/camera")},
+                      {"Label9", texts.Extra("EXT0107") + QStringLiteral(" Multi-Card Reader")},
+                      {"Label10", texts.Extra("EXT0110", {QStringLiteral("BitLocker")})}});
 }
 
 CTreeNodeUI& AddKind(CTreeNodeUI& parent, const QString& picture, const QString& text)
@@ -217,7 +221,9 @@ void Show(const SceneWindow& window, std::initializer_list<const char*> names, b
 
 void FillStart(SceneWindow& window, const SceneTexts& texts, const QString& message)
 {
-    SetTexts(window, {{"TxtMainInfo", texts.Message(message)}});
+    SetTexts(window, {{"TxtMainInfo", texts.Message(message)},
+                      {"StopText", texts.Extra("EXT0120")},
+                      {"StartText", texts.Extra("EXT0121")}});
 }
 
 void FillDrives(SceneWindow& window, const SceneTexts& texts, const QString&)
