@@ -46,10 +46,13 @@ void CComboUI::OnLookChanged()
     setFont(GetSkin()->Font(m_look.font));
     QPalette colors = palette();
     colors.setColor(QPalette::Base, m_look.backColor);
+    colors.setColor(QPalette::Window, m_look.backColor);
     colors.setColor(QPalette::Text, m_look.textColor);
     colors.setColor(QPalette::Highlight, m_look.selectedBackColor);
     colors.setColor(QPalette::HighlightedText, m_look.textColor);
+    // The list is a window of its own, some styles draw it as a menu.
     view()->setPalette(colors);
+    view()->window()->setPalette(colors);
 }
 
 void CComboUI::showPopup()
