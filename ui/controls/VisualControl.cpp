@@ -10,6 +10,8 @@
 
 namespace {
 
+constexpr int MostShares = 100;
+
 int ParseLength(const QString& value)
 {
     return value == QLatin1String("auto") ? ControlPlace::OfContent
@@ -269,11 +271,15 @@ bool VisualControl::SetPlaceAttribute(VisualControl& control,
                                       const QString& value)
 {
     using Setter = AttributeSetter<ControlPlace>;
-    static constexpr std::array<Setter, 8> Table = {{
+    static constexpr std::array<Setter, 9> Table = {{
         {"width",
          [](ControlPlace& place, const QString& text) { place.width = ParseLength(text); }},
         {"height",
          [](ControlPlace& place, const QString& text) { place.height = ParseLength(text); }},
+        {"share",
+         [](ControlPlace& place, const QString& text) {
+             place.share = std::clamp(ParseNumber(text), 1, MostShares);
+         }},
         {"minwidth", [](ControlPlace& place,
                         const QString& text) { place.minimum.setWidth(ParseNumber(text)); }},
         {"minheight", [](ControlPlace& place,

@@ -20,6 +20,7 @@ struct ControlPlace
 
     int width = Shared;
     int height = Shared;
+    int share = 1;  // of what is left, against those of the others
     QSize minimum = {0, 0};
     QSize maximum = {1 << 20, 1 << 20};
     QMargins padding;           // outside of the control
