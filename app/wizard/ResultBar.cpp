@@ -21,6 +21,7 @@ ResultBar::ResultBar(const WindowImplBase& window)
     connect(&m_delay, &QTimer::timeout, this,
             [this] { onFilter(NameFilter(m_field->GetText().toStdString())); });
     connect(m_field, &QLineEdit::textChanged, this, [this](const QString& text) { OnTyped(text); });
+    m_field->setClearButtonEnabled(true);
     m_field->installEventFilter(this);
     window.FindControl(QStringLiteral("FileList"))->Widget()->installEventFilter(this);
     m_hideDoubles->AddHandler([this](const Notification& notification) {
