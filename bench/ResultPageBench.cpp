@@ -4,6 +4,8 @@
 #include "app/popups/PopUpWnd.h"
 #include "app/wizard/MainWnd.h"
 #include "bench/QtStart.h"
+#include "ui/controls/ButtonUI.h"
+#include "ui/controls/EditUI.h"
 #include "ui/list/ListUI.h"
 
 #include <QApplication>
@@ -155,11 +157,53 @@ void ResultPageTicksAll(benchmark::State& state)
     }
 }
 
+// A key that leaves most of the names, and one that takes it back; all are ticked, which is looked up for each row.
+void ResultPageFilters(benchmark::State& state)
+{
+    MainWindow main;
+    main.window->State().results = MakeResults();
+    main.Show();
+    main.Click("CheckAll");
+    auto* list = main.window->FindControlAs<CListUI>("FileList");
+    auto* field = main.window->FindControlAs<CEditUI>("FilterEdit");
+    for (auto pass : state) {
+        (void)pass;
+        field->setText("1");
+        while (list->GetCount() == FileCount) {
+            QApplication::processEvents();  // until the pause in typing is over
+        }
+        main.Draw();
+        field->clear();
+        main.Draw();
+    }
+}
+
+// Every second file is a double; in most searches they are far fewer.
+void ResultPageHidesDoubles(benchmark::State& state)
+{
+    MainWindow main;
+    std::vector<FoundRow> results = MakeResults();
+    for (std::size_t i = 0; i < results.size(); i += 2) {
+        results[i].doubleOf = results[i + 1].at;
+    }
+    main.window->State().results = std::move(results);
+    main.Show();
+    main.Click("CheckAll");
+    auto* option = main.window->FindControlAs<COptionUI>("OptHideDoubles");
+    for (auto pass : state) {
+        (void)pass;
+        option->Selected(!option->IsSelected());
+        main.Draw();
+    }
+}
+
 BENCHMARK(ResultPageMemory)->Unit(benchmark::kMillisecond)->Iterations(1);
 BENCHMARK(ResultPageShows)->Unit(benchmark::kMillisecond);
 BENCHMARK(ResultPageSortsByName)->Unit(benchmark::kMillisecond);
 BENCHMARK(ResultPageSortsBySize)->Unit(benchmark::kMillisecond);
 BENCHMARK(ResultPageSortsByType)->Unit(benchmark::kMillisecond);
 BENCHMARK(ResultPageTicksAll)->Unit(benchmark::kMillisecond);
+BENCHMARK(ResultPageFilters)->Unit(benchmark::kMillisecond);
+BENCHMARK(ResultPageHidesDoubles)->Unit(benchmark::kMillisecond);
 
 }  // namespace

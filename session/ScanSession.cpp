@@ -73,6 +73,7 @@ struct ScanSession::Parts
     std::array<std::string, StorePrefixes.size()> storeNames;
 
     std::optional<EarlierScan> earlier;
+    std::uint64_t filesBefore = 0;  // of the earlier scan that was gone on with
 
     std::filesystem::path Folder() const
     {
@@ -236,6 +237,8 @@ ScanOutcome ScanSession::Scan(EarlierChoice choice, const ProgressFunction& prog
         if (choice == EarlierChoice::ReadAgain && parts.earlier) {
             parts.resumable->ReadUnreadAgain();
         }
+        parts.filesBefore =
+            parts.earlier && choice != EarlierChoice::Drop ? parts.earlier->files : 0;
         parts.earlier.reset();
         ScanCall call{progress, *parts.engine, [&parts] { parts.UseFolder(); }};
         parts.engine->SetCallbacks(&OnScan, nullptr, &call, 100);
@@ -259,6 +262,12 @@ ScanOutcome ScanSession::Scan(EarlierChoice choice, const ProgressFunction& prog
         outcome.end = outcome.found == 0 ? ScanEnd::Failed : ScanEnd::Incomplete;
     }
     return outcome;
+}
+
+std::uint64_t ScanSession::RecordCount() const
+{
+    // A reopened store counts from 0.
+    return m_parts->engine->GetRecordCount() + m_parts->filesBefore;
 }
 
 namespace {

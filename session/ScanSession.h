@@ -92,6 +92,8 @@ public:
     // The choice means nothing where there is no earlier scan.
     ScanOutcome Scan(EarlierChoice choice, const ProgressFunction& progress);
 
+    // Files and folders that were found, those of an earlier scan that was gone on with too.
+    std::uint64_t RecordCount() const;
     // What the filter accepts of all that was found.
     SearchOutcome Search(const TypeFilter& filter, const ProgressFunction& progress = {});
     // What the pattern takes, as the engines read it: an extension is looked for in it as plain text.

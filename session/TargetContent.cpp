@@ -94,3 +94,12 @@ TargetContent ContentOf(const ScanTarget& target)
     return RunGuarded([&] { content = LookAt(target); }) == ResultSuccess ? content
                                                                           : TargetContent();
 }
+
+TargetContent ContentCalled(const std::string& fileSystem)
+{
+    TargetContent content = ContentNamed(fileSystem);
+    if (fileSystem == "NTFS" || fileSystem == "FAT32" || fileSystem == "FAT") {
+        content.kind = ContentKind::Understood;
+    }
+    return content;
+}

@@ -23,5 +23,7 @@ struct TargetContent
         fileSystem;  // by its own name: "NTFS", "exFAT", "ext4", "Btrfs", "LUKS"; empty with Unknown
 };
 
+// What a row of the list says by its file system's name, without anything being read.
+TargetContent ContentCalled(const std::string& fileSystem);
 // Of what cannot be read, Unknown.
 TargetContent ContentOf(const ScanTarget& target);

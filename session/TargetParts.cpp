@@ -88,7 +88,7 @@ void NameContent(const Opened& opened, TargetRow& whole)
 
 }  // namespace
 
-TargetParts PartsOf(const ScanTarget& target, PartFacts facts)
+TargetParts PartsOf(const ScanTarget& target, PartFacts facts, const std::function<bool()>& goesOn)
 {
     TargetParts parts;
     const ResultCode fault = RunGuarded([&] {
@@ -103,7 +103,7 @@ TargetParts PartsOf(const ScanTarget& target, PartFacts facts)
         const StorageMap storage;
         std::vector<VolumeRecord> volumes =
             ReadTableOf(std::move(reading), opened.device, opened.facts.number, storage,
-                        [facts] { return facts == PartFacts::Space; });
+                        [&] { return facts == PartFacts::Space && (!goesOn || goesOn()); });
         if (!volumes.empty()) {
             for (const VolumeRecord& piece :
                  PiecesOf(std::move(volumes), opened.facts.sizeBytes, target.sectorSize)) {

@@ -3,6 +3,7 @@
 
 #include "session/TargetList.h"
 
+#include <functional>
 #include <optional>
 #include <vector>
 
@@ -21,8 +22,10 @@ enum class PartFacts
     Space    // and how full they are, which is read from their tables
 };
 
-// Of what is no whole disk or image, or cannot be read, nothing. Memory that runs out too counts as no table.
-TargetParts PartsOf(const ScanTarget& target, PartFacts facts);
+// Of what is no whole disk or image, or cannot be read, nothing. Memory that runs out too counts as no table. Once goesOn says
+// no, nobody learns how full the parts are.
+TargetParts
+PartsOf(const ScanTarget& target, PartFacts facts, const std::function<bool()>& goesOn = {});
 // What is scanned as that part. Its letter is one for each part; that of the whole is that of the target.
 ScanTarget TargetOfPart(const ScanTarget& target, const TargetRow& part);
 // The part with that number, or the whole.

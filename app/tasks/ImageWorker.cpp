@@ -38,8 +38,7 @@ ScanTarget ImageWorker::Source() const
         return WholeDisk(static_cast<std::uint32_t>(diskNumber));
     }
     const RecoveryTarget& first = *targets.front();
-    return first.IsImage() ? TargetOfImage(first.imagePath, first.imageId)
-                           : TargetOf(*first.volume);
+    return first.Place();
 }
 
 void ImageWorker::Run()

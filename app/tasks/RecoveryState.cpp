@@ -1,6 +1,27 @@
 #include "app/tasks/RecoveryState.h"
 
+#include "session/TargetParts.h"
+
 #include <algorithm>
+
+std::string RecoveryTarget::ImageName() const
+{
+    const std::string name = imagePath.filename().string();
+    return IsPartOfImage() ? name + "#" + std::to_string(unsigned{volume->number}) : name;
+}
+
+ScanTarget RecoveryTarget::Place() const
+{
+    if (!IsImage()) {
+        return TargetOf(*volume);
+    }
+    ScanTarget place = TargetOfImage(imagePath, imageId);
+    if (IsPartOfImage()) {
+        place = TargetOfPart(place, *volume);
+        place.letter = imageId;
+    }
+    return place;
+}
 
 std::shared_ptr<ScanSession> RecoveryState::FindEngine(const FileRecord& record) const
 {

@@ -14,15 +14,20 @@
 #include <string>
 #include <vector>
 
-// A row of the disk list: a partition, a gap, or an image file.
+// A row of the disk list: a partition, a gap, an image file, or a partition or gap of one.
 struct RecoveryTarget
 {
     std::optional<TargetRow> volume;  // nothing for an image
     std::filesystem::path imagePath;  // empty for a volume
     char16_t imageId = 0;
+    std::string imageFileSystem;          // of an image that is one volume, as far as it is known
     std::shared_ptr<ScanSession> engine;  // null until it is scanned
 
     bool IsImage() const { return !volume || !imagePath.empty(); }
+    bool IsPartOfImage() const { return volume && !imagePath.empty(); }
+    // "card.img", or "card.img#2" of its second part.
+    std::string ImageName() const;
+    ScanTarget Place() const;
     // What its records carry.
     char16_t Letter() const { return IsImage() ? imageId : volume->number; }
 };

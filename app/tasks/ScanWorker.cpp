@@ -14,12 +14,6 @@ namespace {
 constexpr std::int32_t RangeOfPass = 90;
 constexpr StageKeys ScanStage = {"MSG0701", "MSG0702", "MSG0703"};
 
-ScanTarget PlaceOf(const RecoveryTarget& target)
-{
-    return target.IsImage() ? TargetOfImage(target.imagePath, target.imageId)
-                            : TargetOf(*target.volume);
-}
-
 }  // namespace
 
 ScanWorker::ScanWorker(TaskContext context, Session& session)
@@ -72,7 +66,7 @@ ScanWorker::Opened ScanWorker::Open(RecoveryTarget& target)
     m_context.host.onOpening(true);
     std::optional<OpenOutcome> outcome =
         OpenUnless([this] { return m_context.gate.cancelRequested.load(); },
-                   m_session.Opener(PlaceOf(target), depth));
+                   m_session.Opener(target.Place(), depth));
     m_context.host.onOpening(false);
     if (!outcome) {
         return Opened::Left;

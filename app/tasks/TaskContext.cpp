@@ -15,7 +15,7 @@ std::string
 StageText(LanguageSection& messages, const StageKeys& keys, const RecoveryTarget& target)
 {
     if (target.IsImage()) {
-        return FormatText("%s %s", messages.Get(keys.image), target.imagePath.filename().string());
+        return FormatText("%s %s", messages.Get(keys.image), target.ImageName());
     }
     const char16_t letter = target.Letter();
     const bool isLetter = (letter >= u'A' && letter <= u'Z') || (letter >= u'a' && letter <= u'z');

@@ -92,10 +92,11 @@ RecoveryTarget& DiskRows::AddTarget()
     return *m_state.targets.emplace_back(std::make_unique<RecoveryTarget>());
 }
 
-DiskRows::Row* DiskRows::AddRow(std::unique_ptr<Row> row, CListExUI::Node* parent)
+DiskRows::Row*
+DiskRows::AddRow(std::unique_ptr<Row> row, CListExUI::Node* parent, CListExUI::Node* behind)
 {
     Row* added = row.get();
-    m_list.AddNode(std::move(row), parent);
+    m_list.AddNode(std::move(row), parent, behind);
     return added;
 }
 
@@ -115,6 +116,7 @@ DiskRows::Row& DiskRows::HeaderOf(const DiskFacts& disk)
     auto row = MakeRow();
     row->SetTag(disk.number);
     row->SetText(DiskHeaderText(disk));
+    row->SetToolTip(ToolTipOf(disk));
     m_disks.push_back({disk, AddRow(std::move(row), nullptr)});
     return *m_disks.back().header;
 }
@@ -149,17 +151,67 @@ DiskRows::Row& DiskRows::AddImage(const std::filesystem::path& path)
     row->SetIcon(QStringLiteral("file='image_file.png' dest='26,0,50,24'"));
     WriteTexts(*row, target);
     m_rows.push_back(AddRow(std::move(row), m_imageHeader->GetNode()));
+    Row& added = *m_rows.back();
+    if (onImage) {
+        onImage(target);
+    }
+    return added;
+}
+
+DiskRows::Row* DiskRows::FindImage(char16_t id) const
+{
+    const auto found = std::find_if(m_rows.begin(), m_rows.end(), [id](const Row* row) {
+        const RecoveryTarget& target = *TargetOf(*row);
+        return target.imageId == id && !target.volume;
+    });
+    return found == m_rows.end() ? nullptr : *found;
+}
+
+bool DiskRows::AddParts(char16_t imageId, const TargetParts& parts)
+{
+    Row* const row = FindImage(imageId);
+    if (row == nullptr) {
+        return false;
+    }
+    RecoveryTarget& image = *TargetOf(*row);
+    if (parts.rows.empty()) {
+        image.imageFileSystem = parts.whole.fileSystem;
+        WriteTexts(*row, image);
+    }
+    CListExUI::Node* behind = row->GetNode();
+    for (const TargetRow& part : parts.rows) {
+        if (m_nextPartId > m_nextImageId) {
+            behind = AddPart(image, part, behind).GetNode();
+        }
+    }
+    return true;
+}
+
+DiskRows::Row&
+DiskRows::AddPart(const RecoveryTarget& image, const TargetRow& part, CListExUI::Node* behind)
+{
+    RecoveryTarget& target = AddTarget();
+    target.volume = part;
+    target.imagePath = image.imagePath;
+    target.imageId = m_nextPartId--;
+    auto row = MakeRow();
+    row->SetTag(TagOf(&target));
+    row->SetIcon(QStringLiteral("file='drive.png' dest='48,0,70,24'"));
+    WriteTexts(*row, target);
+    m_rows.push_back(AddRow(std::move(row), m_imageHeader->GetNode(), behind));
     return *m_rows.back();
 }
 
 void DiskRows::WriteTexts(Row& row, const RecoveryTarget& target)
 {
-    if (target.IsImage()) {
+    row.SetToolTip(ToolTipOf(target));
+    if (!target.volume) {
         row.SetColumnText(0, CellText(target.imagePath.filename().string()));
         row.SetColumnText(2, CellText(FormatSize(static_cast<std::int64_t>(ImageBytes(target)))));
         return;
     }
-    row.SetColumnText(0, VolumeNameText(*target.volume));
+    row.SetColumnText(0, target.IsPartOfImage() ? ImagePartNameText(*target.volume)
+                                                : VolumeNameText(*target.volume));
     row.SetColumnText(1, CellText(target.volume->fileSystem));
     row.SetColumnText(2,
                       CellText(FormatSize(static_cast<std::int64_t>(target.volume->totalBytes))));
@@ -169,6 +221,7 @@ void DiskRows::RewriteTexts()
 {
     for (const Disk& disk : m_disks) {
         disk.header->SetText(DiskHeaderText(disk.facts));
+        disk.header->SetToolTip(ToolTipOf(disk.facts));
     }
     if (m_imageHeader != nullptr) {
         m_imageHeader->SetText(ImageHeaderText());
@@ -228,7 +281,10 @@ std::vector<RecoveryTarget*> DiskRows::CurrentTargets() const
     }
     std::vector<RecoveryTarget*> targets;
     for (const CListExUI::Node* child : row->GetNode()->Children) {
-        targets.push_back(PointerOf<RecoveryTarget>(child->Row->GetTag()));
+        auto* target = PointerOf<RecoveryTarget>(child->Row->GetTag());
+        if (!target->IsPartOfImage()) {
+            targets.push_back(target);
+        }
     }
     return targets;
 }
@@ -247,4 +303,15 @@ const DiskRows::Row* DiskRows::FirstScanned() const
         return TargetOf(*row)->engine != nullptr;
     });
     return found == m_rows.end() ? nullptr : *found;
+}
+
+std::vector<RecoveryTarget*> DiskRows::Scanned() const
+{
+    std::vector<RecoveryTarget*> targets;
+    for (const Row* row : m_rows) {
+        if (RecoveryTarget* target = TargetOf(*row); target->engine != nullptr) {
+            targets.push_back(target);
+        }
+    }
+    return targets;
 }

@@ -3,7 +3,9 @@
 #include "app/wizard/MainContext.h"
 #include "app/wizard/MainTexts.h"
 
+#include <algorithm>
 #include <memory>
+#include <utility>
 
 namespace {
 
@@ -23,7 +25,7 @@ int CompareRanks(const CListUI::Row& a, const CListUI::Row& b, std::intptr_t dir
 
 }  // namespace
 
-FileRow::FileRow(const FoundRow& found, const QString& icon) : m_found(found), m_icon(icon)
+FileRow::FileRow(const FoundRow& found, const Shared& shared) : m_found(found), m_shared(shared)
 {
     SetTag(TagOf(&found));
 }
@@ -35,38 +37,80 @@ QString FileRow::GetColumnText(int column) const
 
 QString FileRow::GetColumnImage(int column) const
 {
-    return column == static_cast<int>(FileColumn::FileName) ? m_icon : QString();
+    return column == static_cast<int>(FileColumn::FileName) ? m_shared.icon : QString();
 }
 
-FileList::FileList(CListUI& list) : m_list(list)
+QString FileRow::GetColumnBadge(int) const
 {
-    if (const CListHeaderUI* header = list.GetHeader()) {
-        m_head = header->GetItemAt(static_cast<int>(FileColumn::CheckAll));
-    }
+    const FileRecord& record = m_found.record;
+    return record.IsFolder == 0 && record.HeadIntact == 0 ? QStringLiteral("file='head_lost.png'")
+                                                          : QString();
 }
 
-void FileList::Show(const FileGroup& group, const QString& icon, const SelectionMap& selection)
+QString FileRow::GetToolTip() const
 {
+    return m_shared.toolTip ? m_shared.toolTip(m_found) : QString();
+}
+
+void FileList::SetToolTips(std::function<QString(const FoundRow& found)> toolTip)
+{
+    m_shared.toolTip = std::move(toolTip);
+}
+
+CListHeaderItemUI* FileList::Head() const
+{
+    return m_list.GetHeader()->GetItemAt(static_cast<int>(FileColumn::CheckAll));
+}
+
+void FileList::Show(const FileGroup& group, const QString& icon)
+{
+    m_shared.icon = icon;
+    m_sorting.reset();
+    m_files = group;
+    m_markedRows = static_cast<int>(
+        std::count_if(m_files.begin(), m_files.end(), [this](const FoundRow* found) {
+            return m_selection.contains(KeyOf(*found));
+        }));
+    ListRows(nullptr);
+}
+
+void FileList::Filter(const NameFilter& filter)
+{
+    m_filter = filter;
+    ListRows(Current());
+}
+
+void FileList::ListRows(const FoundRow* current)
+{
+    // Not both at once: there can be a hundred thousand.
     m_list.RemoveAll();
-    m_icon = icon;
-    m_markedRows = 0;
     std::vector<std::unique_ptr<CListUI::Row>> rows;
-    rows.reserve(group.size());
-    for (const FoundRow* found : group) {
-        auto row = std::make_unique<FileRow>(*found, m_icon);
-        row->SetChecked(selection.contains(KeyOf(*found)));
-        m_markedRows += row->IsChecked() ? 1 : 0;
-        rows.push_back(std::move(row));
+    int currentRow = -1;
+    for (const FoundRow* found : m_files) {
+        if (!m_filter.Takes(found->record.NameText())) {
+            continue;
+        }
+        currentRow = found == current ? static_cast<int>(rows.size()) : currentRow;
+        rows.push_back(std::make_unique<FileRow>(*found, m_shared));
+        rows.back()->SetChecked(m_selection.contains(KeyOf(*found)));
     }
-    m_list.AddRows(std::move(rows));
+    m_list.ReplaceRows(std::move(rows), currentRow);
 }
 
 void FileList::Clear()
 {
     m_list.RemoveAll();
     m_list.SetTag(0);
+    m_files.clear();
     m_markedRows = 0;
     MarkHead(false);
+}
+
+void FileList::Reselect(const FoundRow* found)
+{
+    if (found != nullptr) {
+        ListRows(found);
+    }
 }
 
 const FoundRow* FileList::Current() const
@@ -84,13 +128,13 @@ void FileList::MarkAll(bool isMarked)
 
 bool FileList::IsHeadMarked() const
 {
-    return m_head->GetUserData() == MarkedData;
+    return Head()->GetUserData() == MarkedData;
 }
 
 void FileList::MarkHead(bool isMarked)
 {
-    m_head->SetUserData(isMarked ? QString(MarkedData) : QStringLiteral("unchecked"));
-    m_head->SetText(isMarked ? QStringLiteral("{i checked.png 1 0}")
+    Head()->SetUserData(isMarked ? QString(MarkedData) : QStringLiteral("unchecked"));
+    Head()->SetText(isMarked ? QStringLiteral("{i checked.png 1 0}")
                              : QStringLiteral("{i unchecked.png 1 0}"));
 }
 
@@ -121,14 +165,35 @@ void FileList::OnHeaderClick(CListHeaderItemUI& header)
                         direction == 1
                             ? QStringLiteral("file='list_header_asc.png' corner='0,1,13,1'")
                             : QStringLiteral("file='list_header_desc.png' corner='0,1,13,1'"));
+    Sort({sortedBy, direction});
+}
+
+void FileList::Sort(const Sorting& sorting)
+{
+    m_sorting = sorting;
     std::vector<const FileRecord*> records;
-    records.reserve(static_cast<std::size_t>(m_list.GetCount()));
-    for (int i = 0; i < m_list.GetCount(); ++i) {
-        records.push_back(&static_cast<const FileRow*>(m_list.GetItemAt(i))->Found().record);
+    records.reserve(m_files.size());
+    for (const FoundRow* found : m_files) {
+        records.push_back(&found->record);
     }
-    const std::vector<std::uint32_t> ranks = SortRanks(records, sortedBy);
-    for (int i = 0; i < m_list.GetCount(); ++i) {
-        static_cast<FileRow*>(m_list.GetItemAt(i))->rank = ranks[static_cast<std::size_t>(i)];
+    const std::vector<std::uint32_t> ranks = SortRanks(records, sorting.header);
+    // What is listed stands in the same order as all files do, with gaps.
+    std::vector<std::pair<std::uint32_t, const FoundRow*>> ranked;
+    ranked.reserve(m_files.size());
+    int listed = 0;
+    for (std::size_t i = 0; i < m_files.size(); ++i) {
+        ranked.emplace_back(ranks[i], m_files[i]);
+        auto* row = static_cast<FileRow*>(m_list.GetItemAt(listed));
+        if (row != nullptr && &row->Found() == m_files[i]) {
+            row->rank = ranks[i];
+            ++listed;
+        }
     }
-    m_list.SortItems(CompareRanks, direction);
+    m_list.SortItems(CompareRanks, sorting.direction);
+    std::stable_sort(ranked.begin(), ranked.end(), [&sorting](const auto& a, const auto& b) {
+        return sorting.direction == -1 ? b.first < a.first : a.first < b.first;
+    });
+    for (std::size_t i = 0; i < ranked.size(); ++i) {
+        m_files[i] = ranked[i].second;
+    }
 }

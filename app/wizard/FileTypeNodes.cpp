@@ -81,6 +81,38 @@ CTreeNodeUI* FileTypeNodes::FirstType() const
     return nullptr;
 }
 
+CTreeNodeUI* FileTypeNodes::FindType(const QString& extensions) const
+{
+    for (const Category& category : m_categories) {
+        for (int i = 0; i < category.node->GetCount(); ++i) {
+            if (category.node->GetItemAt(i)->GetUserData() == extensions) {
+                return category.node->GetItemAt(i);
+            }
+        }
+    }
+    return nullptr;
+}
+
+void FileTypeNodes::MarkBoxes(const SelectionMap& selection)
+{
+    if (selection.empty()) {
+        return;
+    }
+    for (const Category& category : m_categories) {
+        for (int i = 0; i < category.node->GetCount(); ++i) {
+            CTreeNodeUI& node = *category.node->GetItemAt(i);
+            const FileGroup& group = *GroupOf(node);
+            const auto ticked =
+                std::count_if(group.begin(), group.end(), [&selection](const FoundRow* found) {
+                    return selection.contains(KeyOf(*found));
+                });
+            const bool isAll = static_cast<std::size_t>(ticked) == group.size();
+            node.GetCheckBox().SetState(ticked > 0, ticked > 0 && !isAll);
+            m_tree->UpdateAncestors(node);
+        }
+    }
+}
+
 bool FileTypeNodes::IsCategory(const CTreeNodeUI& node) const
 {
     return std::any_of(m_categories.begin(), m_categories.end(),

@@ -1,6 +1,7 @@
 // The tree of found types on page 3: three nodes for the categories, a node a type below them.
 #pragma once
 
+#include "results/SelectionMap.h"
 #include "results/TypeTree.h"
 #include "ui/custom/FileTreeUI.h"
 #include "ui/windows/WindowImplBase.h"
@@ -16,8 +17,12 @@ public:
     // Takes everything away, and hides the categories.
     void Clear();
     void Build(const TypeTree& tree);
+    // Each box as far as the files of its type are selected.
+    void MarkBoxes(const SelectionMap& selection);
     // Null when there is none.
     CTreeNodeUI* FirstType() const;
+    // The type with these extensions; null when it is not shown.
+    CTreeNodeUI* FindType(const QString& extensions) const;
     // Of the categories, in the language that is chosen by now.
     void RewriteTexts();
 

@@ -15,10 +15,16 @@ MainParts::MainParts(MainContext& mainContext)
       preview(context, [this] { return results.Current(); }),
       refresh(context.state.session,
               *context.window.FindControl(QStringLiteral("PartitionListBar")),
-              MakeRefreshOwner())
+              MakeRefreshOwner()),
+      imageParts(
+          {[this] { return context.flows == 0; },
+           [this](char16_t imageId, const TargetParts& parts) { AddImageParts(imageId, parts); }})
 {
     pages.foundFiles = [this] { return context.state.results.size(); };
     pages.onResultTexts = [this] { results.UpdateSelectionLabel(); };
+    disks.onImage = [this](const RecoveryTarget& listed) {
+        imageParts.Start(listed.imageId, listed.Place());
+    };
     disks.onRelease = [this](const RecoveryTarget& target) { scan.Forget(target); };
 }
 
@@ -92,9 +98,20 @@ void MainParts::UseImage(const std::filesystem::path& path)
     pages.Choose(WizardPage::Types);
 }
 
+void MainParts::AddImageParts(char16_t imageId, const TargetParts& parts)
+{
+    const RecoveryTarget* current = disks.CurrentTarget();
+    if (disks.AddParts(imageId, parts) && current != nullptr && current->imageId == imageId) {
+        // More is known of it by now.
+        context.window.SendNotify(*context.window.FindControl(QStringLiteral("DiskList")),
+                                  NotifyItemSelect);
+    }
+}
+
 void MainParts::RewriteTexts()
 {
     pages.RewriteTexts();
     disks.RewriteTexts();
     results.RewriteTexts();
+    scan.RewriteTexts();
 }

@@ -4,6 +4,7 @@
 #include "app/wizard/CreateImageFlow.h"
 #include "app/wizard/DiskRefresh.h"
 #include "app/wizard/DiskRows.h"
+#include "app/wizard/ImagePartsListing.h"
 #include "app/wizard/InlinePreview.h"
 #include "app/wizard/MainContext.h"
 #include "app/wizard/RestoreFlow.h"
@@ -37,11 +38,13 @@ struct MainParts
     CreateImageFlow image;
     InlinePreview preview;
     DiskRefresh refresh;
+    ImagePartsListing imageParts;
 
 private:
     DiskRefresh::Owner MakeRefreshOwner();
     void Apply(const DiskRefresh::Listed& listed);
     void TellNotListed();
+    void AddImageParts(char16_t imageId, const TargetParts& parts);
 
     bool m_knowsNotListed = false;  // the user, since the last list that could be made
 };

@@ -1,15 +1,24 @@
 #include "app/wizard/ResultPage.h"
 
 #include "app/wizard/MainTexts.h"
+#include "results/RowTip.h"
+#include "texts/LanguageManager.h"
 #include "texts/TextForms.h"
 
 ResultPage::ResultPage(MainContext& context, TypeFilterMap& filter)
     : m_context(context),
       m_filter(filter),
       m_list(context.window.FindControlAs<CListUI>(QStringLiteral("FileList"))),
-      m_files(*m_list),
-      m_types(context.window)
+      m_files(*m_list, context.state.selection),
+      m_types(context.window),
+      m_bar(context.window)
 {
+    m_bar.onFilter = [this](const NameFilter& names) {
+        m_files.Filter(names);
+        ShowCounts();
+    };
+    m_files.SetToolTips([this](const FoundRow& found) { return ToolTipOf(found); });
+    m_bar.onHideDoubles = [this](bool) { OnHideDoubles(); };
 }
 
 void ResultPage::Clear()
@@ -20,17 +29,54 @@ void ResultPage::Clear()
     m_groups.clear();
 }
 
-void ResultPage::Build()
+void ResultPage::Fill()
 {
     Clear();
     m_groups = BuildGroups(m_context.state.results);
+    const std::vector<DoubleRow> doubles = DoublesIn(m_groups, m_filter);
+    m_bar.SetDoubles(doubles.size());
+    if (m_bar.HidesDoubles()) {
+        LeaveOut(m_groups, doubles);
+        MoveTicks(m_context.state.selection, doubles);
+    }
     m_types.Build(BuildTypeTree(m_groups, m_filter));
+    m_types.MarkBoxes(m_context.state.selection);
+    UpdateSelectionLabel();
+}
+
+void ResultPage::Build()
+{
+    Fill();
     if (CTreeNodeUI* first = m_types.FirstType()) {
         m_types.Tree().SelectNode(first);
     }
-    if (m_files.Count() > 0) {
+    if (m_files.ListedCount() > 0) {
         m_files.SelectFirst();
     }
+}
+
+// The type, the current file and the order stay what they are.
+void ResultPage::OnHideDoubles()
+{
+    const FoundRow* current = m_files.Current();
+    const std::optional<FileList::Sorting> sorting = m_files.Sorted();
+    const QString extensions = m_shown != nullptr ? m_shown->GetUserData() : QString();
+    Fill();
+    CTreeNodeUI* same = m_types.FindType(extensions);
+    if (CTreeNodeUI* node = same != nullptr ? same : m_types.FirstType()) {
+        m_types.Tree().SelectNode(node);
+    }
+    if (sorting) {
+        m_files.Sort(*sorting);
+    }
+    m_files.Reselect(current);
+    ShowCounts();
+}
+
+void ResultPage::ShowCounts()
+{
+    m_bar.ShowCounts(static_cast<std::size_t>(m_files.ListedCount()),
+                     static_cast<std::size_t>(m_files.Count()));
 }
 
 void ResultPage::ShowGroup()
@@ -44,8 +90,19 @@ void ResultPage::ShowGroup()
     m_shown = node;
     m_list->SetTag(TagOf(node));
     m_files.MarkHead(box.IsSelected() && !box.IsPartial());
-    m_files.Show(*group, node->GetFolderButton().GetAttribute(QStringLiteral("normalimage")),
-                 m_context.state.selection);
+    m_files.Show(*group, node->GetFolderButton().GetAttribute(QStringLiteral("normalimage")));
+    ShowCounts();
+}
+
+QString ResultPage::ToolTipOf(const FoundRow& found) const
+{
+    std::string folder;
+    // A task that runs may use the engine on its own thread.
+    const auto engine = m_context.flows == 0 ? m_context.state.FindEngine(found.record) : nullptr;
+    if (engine != nullptr) {
+        folder = engine->FolderPath(found.record);
+    }
+    return ToQt(RowTip(found.record, folder, LanguageManager::GetInstance().GetSection("Extras")));
 }
 
 void ResultPage::OnRowCheck(const CListImageTextElementUI& row)
@@ -121,6 +178,7 @@ void ResultPage::UpdateSelectionLabel() const
 void ResultPage::RewriteTexts()
 {
     m_types.RewriteTexts();
+    m_bar.RewriteTexts();
     m_list->Invalidate();
 }
 

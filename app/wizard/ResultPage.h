@@ -5,6 +5,8 @@
 #include "app/wizard/FileList.h"
 #include "app/wizard/FileTypeNodes.h"
 #include "app/wizard/MainContext.h"
+#include "app/wizard/ResultBar.h"
+#include "results/HiddenDoubles.h"
 
 class ResultPage
 {
@@ -14,7 +16,9 @@ public:
 
     // Lets go of the results, which are about to be emptied.
     void Clear();
-    // Groups the results and shows the first type.
+    // Other results come: whatever was typed to find one among the last is forgotten.
+    void ClearFilter() { m_bar.ClearFilter(); }
+    // Groups the results and shows the first type. What is ticked already keeps its tick.
     void Build();
     // The files of the type that is selected in the tree.
     void ShowGroup();
@@ -36,13 +40,19 @@ public:
     const CControlUI* Head() const { return m_files.Head(); }
 
 private:
+    // Groups and tree from the results, with the boxes as the selection has them.
+    void Fill();
+    void OnHideDoubles();
+    void ShowCounts();
+    QString ToolTipOf(const FoundRow& found) const;
     bool ShowsNodeOrChildOf(const CTreeNodeUI& node) const;
 
     MainContext& m_context;
     TypeFilterMap& m_filter;
     CListUI* m_list;
-    ExtensionGroups m_groups;
+    ExtensionGroups m_groups;  // without hidden doubles
     FileList m_files;
     FileTypeNodes m_types;
+    ResultBar m_bar;
     CTreeNodeUI* m_shown = nullptr;  // the type whose files are listed
 };

@@ -43,8 +43,15 @@ ScanFlow::ScanFlow(MainContext& context,
                    ResultPage& results,
                    WizardPages& pages,
                    const TypeFilterMap& filter)
-    : m_context(context), m_disks(disks), m_results(results), m_pages(pages), m_filter(filter)
+    : m_context(context),
+      m_disks(disks),
+      m_results(results),
+      m_pages(pages),
+      m_filter(filter),
+      m_chooser(context.window, disks)
 {
+    m_chooser.mayChoose = [this] { return m_context.flows == 0; };
+    m_chooser.onChoose = [this](RecoveryTarget& target) { ShowResultsOf(target); };
 }
 
 void ScanFlow::Start(bool targetChosen)
@@ -90,14 +97,32 @@ void ScanFlow::OnScanDone()
     m_context.state.selection.clear();
     m_results.UpdateSelectionLabel();
     m_results.Clear();
+    m_results.ClearFilter();
     m_context.state.results.clear();
     if (!m_disks.HasCurrent()) {
         m_disks.Select(*scanned);
     }
+    // One target alone, also after the scan of a whole disk: the user is offered the others beside it.
+    Search(*DiskRows::TargetOf(*scanned));
+}
+
+void ScanFlow::ShowResultsOf(RecoveryTarget& target)
+{
+    if (target.engine == nullptr) {
+        return;
+    }
+    const FlowGuard guard(m_context);
+    m_results.Clear();
+    m_context.state.results.clear();
+    Search(target);
+}
+
+void ScanFlow::Search(RecoveryTarget& target)
+{
+    m_searched = &target;
     auto* process = new CSearchProcessWnd;
     process->SetMain(&m_context.window, &m_context.state);
-    // One target alone, also after the scan of a whole disk: what the others hold is shown by a scan of theirs.
-    process->targets = {DiskRows::TargetOf(*scanned)};
+    process->targets = {&target};
     process->SetFilter(WildcardFilter(m_filter));
     if (process->Create(&m_context.window, 370, 200)) {
         process->DoModal();
@@ -111,6 +136,7 @@ void ScanFlow::OnSearchDone()
     m_results.Clear();
     m_context.window.FindControl(QStringLiteral("TabRecover"))->SetEnabled(true);
     m_pages.Choose(WizardPage::Results);
+    m_chooser.Refresh(m_searched);
     m_results.Build();
 }
 
@@ -119,4 +145,6 @@ void ScanFlow::Forget(const RecoveryTarget& target)
     if (m_lastTarget == &target) {
         m_lastTarget = nullptr;
     }
+    m_searched = m_searched == &target ? nullptr : m_searched;
+    m_chooser.Refresh(m_searched);
 }

@@ -4,6 +4,7 @@
 #include "app/wizard/DiskRows.h"
 #include "app/wizard/MainContext.h"
 #include "app/wizard/ResultPage.h"
+#include "app/wizard/TargetChooser.h"
 #include "app/wizard/WizardPages.h"
 #include "results/TypeFilterMap.h"
 
@@ -26,13 +27,20 @@ public:
     bool IsScanning() const { return m_isScanning; }
     // A target that goes away.
     void Forget(const RecoveryTarget& target);
+    void RewriteTexts() { m_chooser.Refresh(m_searched); }
 
 private:
+    void Search(RecoveryTarget& target);
+    // In place of the results that are shown; what is ticked among them stays ticked.
+    void ShowResultsOf(RecoveryTarget& target);
+
     MainContext& m_context;
     DiskRows& m_disks;
     ResultPage& m_results;
     WizardPages& m_pages;
     const TypeFilterMap& m_filter;
-    RecoveryTarget* m_lastTarget = nullptr;  // of the latest scan
+    TargetChooser m_chooser;
+    RecoveryTarget* m_lastTarget = nullptr;      // of the latest scan
+    const RecoveryTarget* m_searched = nullptr;  // whose files are shown
     bool m_isScanning = false;
 };

@@ -15,6 +15,7 @@ constexpr std::array Tabs = {"", "TabScan", "TabFileType", "TabRecover"};
 WizardPages::WizardPages(WindowImplBase& window)
     : m_window(window), m_pages(window.FindControlAs<CTabLayoutUI>(QStringLiteral("TabPage")))
 {
+    WriteStartTexts();
 }
 
 CControlUI* WizardPages::Find(const char* name) const
@@ -104,8 +105,15 @@ void WizardPages::Enter(WizardPage page)
     m_pages->SelectItem(static_cast<int>(page));
 }
 
+void WizardPages::WriteStartTexts()
+{
+    SetText("StopText", ToQt(ExtraText("EXT0120")));
+    SetText("StartText", ToQt(ExtraText("EXT0121")));
+}
+
 void WizardPages::RewriteTexts()
 {
+    WriteStartTexts();
     WriteDiskTab();
     switch (Current()) {
     case WizardPage::Mode:

@@ -56,6 +56,7 @@ private:
     void EnterDisks();
     void EnterTypes();
     void EnterResults();
+    void WriteStartTexts();
     void WriteDiskTab();
     void WriteDiskTexts();
     void WriteTypeTexts();

@@ -1,13 +1,18 @@
 // The rules of the page of results, without a window.
+#include "results/HiddenDoubles.h"
+#include "results/NameFilter.h"
 #include "results/RowOrder.h"
+#include "results/RowTip.h"
 #include "results/SelectionMap.h"
 #include "results/TypeTree.h"
+#include "texts/LanguageSection.h"
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <limits>
 #include <numeric>
+#include <tuple>
 
 namespace {
 
@@ -108,6 +113,23 @@ TEST(RowColumns, ShowWhatIsKnown)
     EXPECT_EQ(ColumnText(Row("x.y", 9, true).record, FileColumn::Size), "");
 }
 
+TEST(RowTip, TellsAllOfAFileAndHidesNothing)
+{
+    LanguageSection extras;
+    for (const char* key : {"EXT0108", "EXT0114", "EXT0115", "EXT0116", "EXT0117"}) {
+        extras.Set(key, std::string(key).substr(5) + ":");
+    }
+    extras.Set("EXT0118", "whole");
+    extras.Set("EXT0119", "lost");
+    FoundRow file = Row("cod\u202Egpj.exe\nb", 1536);
+    file.record.WriteTime = 116444736000000000;
+    EXPECT_EQ(RowTip(file.record, "DCIM\\1\u200F00\\", extras),
+              "cod\\u202Egpj.exe?b\n08: DCIM/1\\u200F00\n14: 1.50 KB\n15: 1970-1-1 00:00:00\nlost");
+    file.record.HeadIntact = 1;
+    EXPECT_TRUE(RowTip(file.record, "", extras).ends_with("00:00:00\nwhole"));
+    EXPECT_EQ(RowTip(Row("DCIM", 0, true).record, "", extras), "DCIM");
+}
+
 // The names in the order that the list would have.
 std::string Sorted(const std::vector<FoundRow>& rows, FileColumn header)
 {
@@ -162,6 +184,52 @@ TEST(RowOrder, AFirstClickSortsNamesUpwardAndSizesDownward)
         EXPECT_EQ(NextDirection(header, -1), 1);
     }
     EXPECT_EQ(NextDirection(FileColumn::Path, 0), 0);
+}
+
+TEST(NameFilter, TakesAPartOfTheNameInAnyCase)
+{
+    const std::vector<std::tuple<const char*, const char*, bool>> cases = {
+        {"", "", true},           {"", "a.jpg", true},          {"IMG", "my_img_1.jpg", true},
+        {".JP", "a.jpg", true},   {"b", "a.jpg", false},        {"ÄRGER", "großer ärger.png", true},
+        {"ΣΟΦΟΣ", "σοφος", true}, {"Ж", "\xD0", false},         {"\xF0\x9F\x93\xB7", "📷.jpg", true},
+        {"a b", "A  b", false},   {"ёЛКА", "новая ЁЛКА", true}, {"*", "a.jpg", false}};
+    for (const auto& [part, name, takes] : cases) {
+        EXPECT_EQ(NameFilter(part).Takes(name), takes) << part << " in " << name;
+    }
+}
+
+TEST(HiddenDoubles, LeaveARowOutOnlyWhereTheOtherIsSeen)
+{
+    const TypeOption jpg = {TypeCategory::Photo, "JPG (.jpg)", "jpg", ""};
+    const TypeOption tif = {TypeCategory::Photo, "TIF (.tif)", "tif", ""};
+    TypeFilterMap filter;
+    AddOption(filter, jpg);
+    AddOption(filter, tif);
+    std::vector<FoundRow> results = {Row("named.jpg"), Row("f1.jpg"), Row("f2.tif"), Row("raw.nef"),
+                                     Row("f3.jpg")};
+    for (std::uint32_t i = 0; i < results.size(); ++i) {
+        results[i].at = {i == 0 || i == 3 ? EngineKindFastFat : EngineKindCarved, i + 1};
+        results[i].record.EngineKind = results[i].at.store;
+    }
+    results[1].doubleOf = results[0].at;
+    results[2].doubleOf = results[3].at;                    // whose type is not shown
+    results[4].doubleOf = StorePlace{EngineKindCarved, 1};  // the place of another store's row
+    ExtensionGroups groups = BuildGroups(results);
+    const std::vector<DoubleRow> doubles = DoublesIn(groups, filter);
+    ASSERT_EQ(doubles.size(), 1u);
+    EXPECT_EQ(doubles[0].row, &results[1]);
+    EXPECT_EQ(doubles[0].shown, &results[0]);
+    LeaveOut(groups, doubles);
+    EXPECT_EQ(groups.at("jpg"), (FileGroup{&results[0], &results[4]}));
+    EXPECT_EQ(groups.at("tif"), (FileGroup{&results[2]}));
+
+    SelectionMap selection;
+    SetSelected(selection, results[1], true);
+    SetSelected(selection, results[2], true);
+    MoveTicks(selection, doubles);
+    ASSERT_EQ(selection.size(), 2u);
+    EXPECT_TRUE(selection.contains(KeyOf(results[0]))) << "the tick has moved";
+    EXPECT_TRUE(selection.contains(KeyOf(results[2])));
 }
 
 TEST(SelectionMap, SumsAndNeverOverflows)

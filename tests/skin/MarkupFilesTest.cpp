@@ -27,10 +27,12 @@ const WindowNames Windows[] = {
      "ToolBtn "
      "SubBar1 SubBar2 TabScan TabFileType TabRecover TabPage PreviewEdit SelectedFileInfo "
      "ToolBar2Logo "
+     "FilterEdit FilterCount OptHideDoubles TargetChooser "
      "CheckAll PartitionListBar WaitBar WaitText TypeTree FileList DiskList DiskListHeader "
      "NodePhoto NodeAudio "
      "NodeVideo "
-     "Txt1 Txt2 TxtMainInfo MainTitle LblProductName Label1 Label2 Label3 Label4 Label5 Label6 "
+     "StopText StartText Txt1 Txt2 TxtMainInfo MainTitle LblProductName Label1 Label2 Label3 "
+     "Label4 Label5 Label6 "
      "Label7 "
      "Label8 Label9 Label10 LabelDiskInfo FileTypePhoto FileTypeAudio FileTypeVideo OptPhotoFile "
      "OptAudioFile OptVideoFile FileName Size ModifiedTime CreatedTime Path Type DiskName "
@@ -157,7 +159,7 @@ TEST_F(SkinTest, EveryKeyOfALanguageNamesAControl)
 {
     for (const std::string& stem : LanguageStems()) {
         const SceneTexts texts = TextsOf(stem);
-        std::set<std::string> sections = {"Messages", "Desktop"};
+        std::set<std::string> sections = {"Messages", "Desktop", "Extras"};
         for (const WindowNames& wanted : Windows) {
             const auto window = MakeWindow(wanted);
             sections.insert(wanted.sections);
@@ -182,7 +184,7 @@ TEST_F(SkinTest, PicturesStylesAndFontsThatAreNamedAreThere)
         "image_files.png",     "image_file.png",       "physical_drive.png", "removable_drive.png",
         "drive.png",           "drive_usb.png",        "expand_flag.png",    "list_header_bg.png",
         "list_header_asc.png", "list_header_desc.png", "unchecked.png",      "checked.png",
-        "point.png",           "FileIcon/folder.png",
+        "point.png",           "FileIcon/folder.png",  "head_lost.png",
     };
     for (const char* kind : {"exe", "image", "music", "doc", "video", "zip", "default"}) {
         pictures << QStringLiteral("FileIcon/%1.png").arg(kind)

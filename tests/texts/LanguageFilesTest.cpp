@@ -47,13 +47,17 @@ constexpr SectionKeys Expected[] = {
      "DSK0100 DSK0101 DSK0102 DSK0103 DSK0104 DSK0105:d DSK0106 DSK0107 DSK0108 DSK0109 "
      "DSK0110 DSK0111 DSK0112:d DSK0113 DSK0114:d DSK0115 "
      "DSK0200 DSK0201 DSK0202 DSK0203 DSK0204 DSK0205 DSK0206 DSK0301:s DSK0302:s DSK0303"},
+    {"Extras",
+     "EXT0101 EXT0102:dd EXT0103:d EXT0104 EXT0105 EXT0106 EXT0107 EXT0108 EXT0109:s EXT0110:s "
+     "EXT0111:s EXT0112:s EXT0113:s EXT0114 EXT0115 EXT0116 EXT0117 EXT0118 EXT0119 EXT0120 "
+     "EXT0121"},
 };
 
 // Words that another language shares with English.
 const std::set<std::string> SharedWords = {
-    "OK",          "Audio",        "Confirmation", "Details",     "Error", "File",
-    "File system", "File system:", "Image:",       "Information", "Name",  "Photos",
-    "Question",    "Status",       "Support",      "Type",        "Videos"};
+    "OK",           "Audio",  "Confirmation", "Details",     "Error",  "File", "File system",
+    "File system:", "Image:", "Folder:",      "Information", "Model:", "Name", "Photos",
+    "Question",     "Status", "Support",      "Type",        "Videos"};
 
 // What a message box of its size holds, in half-width letters of about 7 pixels: the small ones two
 // lines, the others three or four.

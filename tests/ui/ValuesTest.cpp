@@ -65,6 +65,7 @@ TEST(SpanDivider, SharesTheRestWithinBounds)
     EXPECT_EQ(DivideSpan({{.fixed = 50}, {}, {.fixed = 30, .before = 5, .behind = 5}}, 10, 200, 10),
               (Spans{{10, 50}, {70, 90}, {175, 30}}));
     EXPECT_EQ(DivideSpan({{}, {}, {}}, 0, 100, 0), (Spans{{0, 33}, {33, 33}, {66, 34}}));
+    EXPECT_EQ(DivideSpan({{.share = 5}, {.share = 2}}, 0, 71, 0), (Spans{{0, 50}, {50, 21}}));
     EXPECT_EQ(DivideSpan({{.maximum = 20}, {}, {.minimum = 60}}, 0, 120, 0),
               (Spans{{0, 20}, {20, 40}, {60, 60}}));
     // Without room what is fixed goes over the end, and what shares is gone.

@@ -23,6 +23,7 @@ SpanPart PartOf(const VisualControl& control, bool isHorizontal)
     if (part.fixed >= 0) {
         part.fixed = std::clamp(part.fixed, part.minimum, std::max(part.minimum, part.maximum));
     }
+    part.share = place.share;
     part.before = isHorizontal ? place.padding.left() : place.padding.top();
     part.behind = isHorizontal ? place.padding.right() : place.padding.bottom();
     return part;

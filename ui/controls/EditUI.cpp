@@ -25,6 +25,7 @@ void CEditUI::OnLookChanged()
     QPalette colors = palette();
     colors.setColor(QPalette::Base, Qt::transparent);
     colors.setColor(QPalette::Text, m_look.textColor);
+    colors.setColor(QPalette::PlaceholderText, m_look.disabledTextColor);
     setPalette(colors);
     setFont(GetSkin()->Font(m_look.font));
     setTextMargins(m_look.textPadding);
@@ -33,7 +34,7 @@ void CEditUI::OnLookChanged()
 
 bool CEditUI::ReadAttribute(const QString& name, const QString& value)
 {
-    static constexpr std::array<AttributeSetter<CEditUI>, 4> Table = {{
+    static constexpr std::array<AttributeSetter<CEditUI>, 5> Table = {{
         {"readonly",
          [](CEditUI& edit, const QString& text) { edit.setReadOnly(ParseTruth(text)); }},
         {"password",
@@ -42,6 +43,7 @@ bool CEditUI::ReadAttribute(const QString& name, const QString& value)
          }},
         {"maxchar", [](CEditUI& edit,
                        const QString& text) { edit.setMaxLength(std::max(ParseNumber(text), 0)); }},
+        {"placeholder", [](CEditUI& edit, const QString& text) { edit.setPlaceholderText(text); }},
         {"accname", [](CEditUI& edit, const QString& text) { edit.setAccessibleName(text); }},
     }};
     return SetFromTable(Table, *this, name, value) || VisualControl::ReadAttribute(name, value);

@@ -1,4 +1,4 @@
-// A field of one line.
+// A field of one line. What stands in it while it is empty has the colour of disabled texts.
 #pragma once
 
 #include "ui/controls/VisualControl.h"

@@ -17,12 +17,15 @@ std::vector<int> ShareRest(const std::vector<SpanPart>& parts, int rest)
     bool isSettled = false;
     while (!isSettled) {
         isSettled = true;
-        int count = static_cast<int>(std::count(lengths.begin(), lengths.end(), -1));
-        if (count == 0) {
+        int shares = 0;
+        for (std::size_t i = 0; i < parts.size(); ++i) {
+            shares += lengths[i] < 0 ? parts[i].share : 0;
+        }
+        if (shares == 0) {
             break;
         }
-        const int share = std::max(rest, 0) / count;
         for (std::size_t i = 0; i < parts.size() && isSettled; ++i) {
+            const int share = std::max(rest, 0) * parts[i].share / shares;
             const int bounded =
                 std::clamp(share, parts[i].minimum, std::max(parts[i].minimum, parts[i].maximum));
             if (lengths[i] < 0 && bounded != share) {
@@ -33,9 +36,9 @@ std::vector<int> ShareRest(const std::vector<SpanPart>& parts, int rest)
         }
         for (std::size_t i = 0; i < parts.size() && isSettled; ++i) {
             if (lengths[i] < 0) {
-                lengths[i] = std::max(rest, 0) / count;
+                lengths[i] = std::max(rest, 0) * parts[i].share / shares;
                 rest -= lengths[i];
-                --count;
+                shares -= parts[i].share;
             }
         }
     }

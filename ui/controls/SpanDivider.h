@@ -10,6 +10,7 @@ struct SpanPart
     int maximum = 1 << 20;
     int before = 0;  // outer margins
     int behind = 0;
+    int share = 1;  // of what is shared, against those of the others; above 0
 };
 
 struct Span
@@ -20,6 +21,6 @@ struct Span
     bool operator==(const Span&) const = default;
 };
 
-// In order from start on. Those that share get equal parts within their bounds, the last ones the pixels that are left over.
-// Nothing is made smaller than its minimum: what does not fit goes over the end.
+// In order from start on. Those that share get parts by their shares within their bounds, the last ones the pixels that are left
+// over. Nothing is made smaller than its minimum: what does not fit goes over the end.
 std::vector<Span> DivideSpan(const std::vector<SpanPart>& parts, int start, int total, int gap);

@@ -10,6 +10,8 @@
 
 namespace {
 
+constexpr int MostShares = 100;
+
 int ParseLength(const QString& value)
 {
     return value == QLatin1String("auto") ? ControlPlace::OfContent
@@ -64,10 +66,28 @@ bool SetLookAttribute(ControlLook& look, const QString& name, const QString& val
     return SetFromTable(Table, look, name, value);
 }
 
+QString PlainToolTip(const QString& text)
+{
+    // A name without a blank would make a window as wide as it is long.
+    constexpr int UnbrokenLetters = 40;
+    QString broken;
+    int unbroken = 0;
+    for (const QChar letter : text) {
+        unbroken = letter.isSpace() ? 0 : unbroken + 1;
+        if (unbroken > UnbrokenLetters && !letter.isLowSurrogate() && !letter.isMark()) {
+            broken += QChar(0x200B);
+            unbroken = 1;
+        }
+        broken += letter;
+    }
+    // Qt guesses whether a text is markup of its own; told that it is, and with all signs escaped, it shows the text as it is.
+    return QStringLiteral("<qt>%1</qt>")
+        .arg(broken.toHtmlEscaped().replace(QLatin1Char('\n'), QLatin1String("<br>")));
+}
+
 void ShowPlainToolTip(const QPoint& place, const QString& text, QWidget& widget)
 {
-    // Qt guesses whether a text is markup of its own; told that it is, and with all signs escaped, it shows the text as it is.
-    QToolTip::showText(place, QStringLiteral("<qt>%1</qt>").arg(text.toHtmlEscaped()), &widget);
+    QToolTip::showText(place, PlainToolTip(text), &widget);
 }
 
 VisualControl::VisualControl(std::shared_ptr<Skin> skin) : m_skin(std::move(skin)) {}
@@ -251,11 +271,15 @@ bool VisualControl::SetPlaceAttribute(VisualControl& control,
                                       const QString& value)
 {
     using Setter = AttributeSetter<ControlPlace>;
-    static constexpr std::array<Setter, 8> Table = {{
+    static constexpr std::array<Setter, 9> Table = {{
         {"width",
          [](ControlPlace& place, const QString& text) { place.width = ParseLength(text); }},
         {"height",
          [](ControlPlace& place, const QString& text) { place.height = ParseLength(text); }},
+        {"share",
+         [](ControlPlace& place, const QString& text) {
+             place.share = std::clamp(ParseNumber(text), 1, MostShares);
+         }},
         {"minwidth", [](ControlPlace& place,
                         const QString& text) { place.minimum.setWidth(ParseNumber(text)); }},
         {"minheight", [](ControlPlace& place,

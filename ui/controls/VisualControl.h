@@ -20,6 +20,7 @@ struct ControlPlace
 
     int width = Shared;
     int height = Shared;
+    int share = 1;  // of what is left, against those of the others
     QSize minimum = {0, 0};
     QSize maximum = {1 << 20, 1 << 20};
     QMargins padding;           // outside of the control
@@ -49,7 +50,9 @@ struct ControlLook
 // False for an attribute that is none of a look.
 bool SetLookAttribute(ControlLook& look, const QString& name, const QString& value);
 
-// At a place of the screen, whatever signs the text has.
+// The text as a tool tip takes it: shown as it stands, line by line, whatever signs it has.
+QString PlainToolTip(const QString& text);
+// At a place of the screen.
 void ShowPlainToolTip(const QPoint& place, const QString& text, QWidget& widget);
 
 class VisualControl : public CControlUI

@@ -2,14 +2,15 @@
 
 #include <utility>
 
-CListExUI::Node* CDiskListUI::AddNode(std::unique_ptr<CListImageTextNodeUI> row, Node* parent)
+CListExUI::Node*
+CDiskListUI::AddNode(std::unique_ptr<CListImageTextNodeUI> row, Node* parent, Node* behind)
 {
     if (!row) {
         return nullptr;
     }
     CListImageTextNodeUI* added = row.get();
     const QString text = added->GetText();
-    Node* node = InsertNode(std::move(row), text, parent);
+    Node* node = InsertNode(std::move(row), text, parent, behind);
     if (node != nullptr) {
         added->SetNode(node);
     }

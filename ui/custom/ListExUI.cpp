@@ -69,7 +69,8 @@ CListExUI::Node* CListExUI::AddNode(const QString& text, Node* parent, std::intp
     return node;
 }
 
-CListExUI::Node* CListExUI::InsertNode(std::unique_ptr<Row> row, const QString& text, Node* parent)
+CListExUI::Node*
+CListExUI::InsertNode(std::unique_ptr<Row> row, const QString& text, Node* parent, Node* behind)
 {
     Node* above = parent != nullptr ? parent : m_root.get();
     const bool isBelowRoot = above == m_root.get();
@@ -79,7 +80,11 @@ CListExUI::Node* CListExUI::InsertNode(std::unique_ptr<Row> row, const QString& 
     node->Text = text;
     node->Row = row.get();
     node->Parent = above;
-    const int index = isBelowRoot ? GetCount() : GetItemIndex(LastBelow(above)->Row) + 1;
+    const auto place = std::find(above->Children.begin(), above->Children.end(), behind);
+    const bool isLast = place == above->Children.end();
+    const int index = isLast && isBelowRoot
+                          ? GetCount()
+                          : GetItemIndex(LastBelow(isLast ? above : behind)->Row) + 1;
     if (!isBelowRoot && (!above->ChildVisible || !above->Row->IsVisible())) {
         row->SetVisible(false);
     }
@@ -87,7 +92,7 @@ CListExUI::Node* CListExUI::InsertNode(std::unique_ptr<Row> row, const QString& 
     if (!CListUI::AddAt(control, index)) {
         return nullptr;
     }
-    above->Children.push_back(node.get());
+    above->Children.insert(isLast ? place : place + 1, node.get());
     return node.release();
 }
 

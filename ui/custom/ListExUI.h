@@ -45,8 +45,10 @@ public:
     void OnTimer(int id) override;
 
 protected:
-    // Puts a row into the list and the tree, behind all that is below the parent. Null, and the row is gone, when it fails.
-    Node* InsertNode(std::unique_ptr<Row> row, const QString& text, Node* parent);
+    // Puts a row into the list and the tree, behind a child of the parent with all below that, or behind all of them. Null,
+    // and the row is gone, when it fails.
+    Node*
+    InsertNode(std::unique_ptr<Row> row, const QString& text, Node* parent, Node* behind = nullptr);
     // Whether the texts of the rows get an indent and a flag.
     virtual bool WritesTexts() const { return true; }
     // Whether rows of this kind are shown and hidden.

@@ -30,7 +30,10 @@ public:
                    const QStyleOptionViewItem& option,
                    const QModelIndex& index) override
     {
-        const QString text = index.isValid() ? m_view.CutTextOf(option.rect, index) : QString();
+        QString text = index.isValid() ? m_view.TipOf(index) : QString();
+        if (text.isEmpty() && index.isValid()) {
+            text = m_view.CutTextOf(option.rect, index);
+        }
         if (text.isEmpty()) {
             return QAbstractItemDelegate::helpEvent(event, view, option, index);
         }

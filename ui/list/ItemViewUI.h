@@ -20,6 +20,8 @@ public:
     virtual int HeightOf(const QModelIndex& index) const = 0;
     // The text of a cell when it is cut there; empty otherwise.
     virtual QString CutTextOf(const QRect& cell, const QModelIndex& index) const = 0;
+    // What is shown when the mouse rests there, whether a text is cut or not; empty for nothing.
+    virtual QString TipOf(const QModelIndex&) const { return {}; }
 
 protected:
     bool ReadAttribute(const QString& name, const QString& value) override;

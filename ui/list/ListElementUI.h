@@ -22,6 +22,10 @@ public:
     // The picture of a column, empty for none.
     virtual QString GetColumnImage(int column) const;
     void SetColumnImage(int column, const QString& imageText);
+    // A picture over that of a column, in the same place; empty for none.
+    virtual QString GetColumnBadge(int) const { return {}; }
+    // Lines about the row, as they stand, for when the mouse rests on it. Without them a text that is cut is shown whole.
+    virtual QString GetToolTip() const { return {}; }
     // Those of column 0.
     QString GetText() const override { return GetColumnText(0); }
     void SetText(const QString& text) override { SetColumnText(0, text); }

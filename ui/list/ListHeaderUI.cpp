@@ -43,9 +43,13 @@ QString CListHeaderItemUI::GetPlainText() const
 
 bool CListHeaderItemUI::ReadAttribute(const QString& name, const QString& value)
 {
-    static constexpr std::array<AttributeSetter<CListHeaderItemUI>, 2> Table = {{
+    static constexpr std::array<AttributeSetter<CListHeaderItemUI>, 3> Table = {{
         {"width", [](CListHeaderItemUI& item,
                      const QString& text) { item.m_width = std::max(ParseNumber(text), 0); }},
+        {"minwidth",
+         [](CListHeaderItemUI& item, const QString& text) {
+             item.m_minimumWidth = std::max(ParseNumber(text), 0);
+         }},
         {"accname",
          [](CListHeaderItemUI& item, const QString& text) { item.m_accessibleName = text; }},
     }};
@@ -126,12 +130,31 @@ void CListHeaderUI::OnBuilt()
 void CListHeaderUI::ApplyWidths()
 {
     for (int i = 0; i < std::min(GetCount(), count()); ++i) {
-        const int width = m_items[static_cast<std::size_t>(i)]->GetWidth();
-        setSectionResizeMode(i, width > 0 ? QHeaderView::Fixed : QHeaderView::Stretch);
-        if (width > 0) {
-            resizeSection(i, width);
+        const CListHeaderItemUI& item = *m_items[static_cast<std::size_t>(i)];
+        const bool isShared = item.GetWidth() == 0 && item.GetMinimumWidth() == 0;
+        setSectionResizeMode(i, isShared ? QHeaderView::Stretch : QHeaderView::Fixed);
+        if (item.GetWidth() > 0) {
+            resizeSection(i, item.GetWidth());
         }
     }
+    ShareWidth();
+}
+
+// Qt's own sharing knows no least width of a single column.
+void CListHeaderUI::ShareWidth()
+{
+    for (int i = 0; i < std::min(GetCount(), count()); ++i) {
+        const int least = m_items[static_cast<std::size_t>(i)]->GetMinimumWidth();
+        if (least > 0) {
+            resizeSection(i, std::max(viewport()->width() - (length() - sectionSize(i)), least));
+        }
+    }
+}
+
+void CListHeaderUI::resizeEvent(QResizeEvent* event)
+{
+    WidgetControl<QHeaderView>::resizeEvent(event);
+    ShareWidth();
 }
 
 void CListHeaderUI::paintEvent(QPaintEvent* event)

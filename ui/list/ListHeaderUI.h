@@ -25,6 +25,8 @@ public:
 
     // 0 for a column that shares what the others leave.
     int GetWidth() const { return m_width; }
+    // What such a column has at least, also when the columns are wider than the list together, which can be scrolled then.
+    int GetMinimumWidth() const { return m_minimumWidth; }
     // What is read out for the column: the text, or what the markup says for one with a picture alone.
     QString GetPlainText() const;
     void Draw(QPainter& painter, const QRect& area) const;
@@ -44,6 +46,7 @@ private:
     QString m_accessibleName;
     ControlLook m_look;
     int m_width = 0;
+    int m_minimumWidth = 0;
 };
 
 // The keyboard comes to it by Tab; arrows go from item to item, Space and Enter click.
@@ -67,10 +70,13 @@ protected:
     void paintEvent(QPaintEvent* event) override;
     void paintSection(QPainter* painter, const QRect& rect, int logicalIndex) const override;
     QSize sizeHint() const override;
+    void resizeEvent(QResizeEvent* event) override;
     void keyPressEvent(QKeyEvent* event) override;
     void OnTextChanged() override {}
 
 private:
+    void ShareWidth();
+
     std::vector<std::unique_ptr<CListHeaderItemUI>> m_items;
     std::function<void()> m_built;
     int m_marked = 0;

@@ -125,6 +125,15 @@ void CListUI::AddRows(std::vector<std::unique_ptr<Row>> rows)
     m_model->EndInsert();
 }
 
+void CListUI::ReplaceRows(std::vector<std::unique_ptr<Row>> rows, int selected)
+{
+    const bool wasQuiet = std::exchange(m_isQuiet, true);
+    DeleteAllRows();
+    AddRows(std::move(rows));
+    SelectItem(selected);
+    m_isQuiet = wasQuiet;
+}
+
 bool CListUI::Remove(CControlUI* row)
 {
     return DeleteRow(GetItemIndex(row));
@@ -257,6 +266,7 @@ void CListUI::DrawCell(QPainter& painter, const QRect& cell, const QModelIndex& 
     if (!icon.isEmpty()) {
         const QRect area = ParseImageText(icon).dest ? cell : IconArea(*GetSkin(), cell, icon);
         GetSkin()->DrawImage(painter, area, icon);
+        GetSkin()->DrawImage(painter, area, row->GetColumnBadge(index.column()));
     }
     DrawRuns(painter, *GetSkin(),
              ParseTextMarkup(row->GetColumnText(index.column()), m_rowLook.hasMarkup),
@@ -272,6 +282,12 @@ QString CListUI::CutTextOf(const QRect& cell, const QModelIndex& index) const
     const auto runs = ParseTextMarkup(row->GetColumnText(index.column()), m_rowLook.hasMarkup);
     return MeasureRuns(*GetSkin(), runs, CellStyle(cell, index)).isCut ? PlainText(runs)
                                                                        : QString();
+}
+
+QString CListUI::TipOf(const QModelIndex& index) const
+{
+    const Row* row = GetItemAt(index.row());
+    return row != nullptr ? row->GetToolTip() : QString();
 }
 
 bool CListUI::ReadAttribute(const QString& name, const QString& value)

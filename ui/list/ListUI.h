@@ -42,6 +42,8 @@ public:
     virtual bool AddAt(std::unique_ptr<CControlUI>& child, int index);
     // Many at once, at the end.
     void AddRows(std::vector<std::unique_ptr<Row>> rows);
+    // In place of all that there are. One of them is selected, none by -1, which is told nobody.
+    void ReplaceRows(std::vector<std::unique_ptr<Row>> rows, int selected);
     // Deletes the row. One that was selected leaves nothing selected.
     virtual bool Remove(CControlUI* row);
     virtual bool RemoveAt(int index);
@@ -64,6 +66,7 @@ public:
     void DrawCell(QPainter& painter, const QRect& cell, const QModelIndex& index) override;
     int HeightOf(const QModelIndex& index) const override;
     QString CutTextOf(const QRect& cell, const QModelIndex& index) const override;
+    QString TipOf(const QModelIndex& index) const override;
 
 protected:
     bool ReadAttribute(const QString& name, const QString& value) override;

@@ -1,4 +1,5 @@
 #include "ui/controls/ButtonUI.h"
+#include "ui/controls/ComboUI.h"
 #include "ui/controls/ContainerUI.h"
 #include "ui/controls/EditUI.h"
 #include "ui/controls/LabelUI.h"
@@ -30,7 +31,7 @@ struct PlainElement
     std::unique_ptr<CControlUI> (*make)(const std::shared_ptr<Skin>& skin);
 };
 
-constexpr std::array<PlainElement, 15> Elements = {{
+constexpr std::array<PlainElement, 16> Elements = {{
     {"HorizontalLayout", Make<CHorizontalLayoutUI>},
     {"VerticalLayout", Make<CVerticalLayoutUI>},
     {"TabLayout", Make<CTabLayoutUI>},
@@ -40,6 +41,7 @@ constexpr std::array<PlainElement, 15> Elements = {{
     {"Button", Make<CButtonUI>},
     {"Option", Make<COptionUI>},
     {"Edit", Make<CEditUI>},
+    {"Combo", Make<CComboUI>},
     {"Progress", Make<CProgressUI>},
     {"RichEdit", Make<CRichEditUI>},
     {"List", Make<CListUI>},

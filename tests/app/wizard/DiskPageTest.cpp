@@ -32,6 +32,45 @@ TEST(DiskTexts, NamesFromADiskAreNeverMarkup)
     EXPECT_EQ(PlainText(CellText("{f 5}<a>"), true).toStdString(), "{f 5}<a>");
 }
 
+// What can be found where the file system is not understood, and a tip that nothing hides in.
+TEST(DiskTexts, SayWhereADriveIsAndWhatIsOnIt)
+{
+    (void)LanguageManager::GetInstance().SetLanguage("English");
+    RecoveryTarget target;
+    target.volume.emplace();
+    TargetRow& row = *target.volume;
+    row.number = 3;
+    row.label = "a\u202Eb<b>";
+    row.node = "/dev/sdb2";
+    row.mountPoint = "/media/x\ny";
+    row.disk.model = "Made \u200F7";
+    const std::vector<std::pair<const char*, const char*>> contents = {
+        {"NTFS", ""},
+        {"FAT", ""},
+        {"", ""},
+        {"ext4", "ext4: f"},
+        {"exFAT", "exFAT:"},
+        {"crypto_LUKS", "LUKS: encrypted"},
+        {"swap", "swap spa"},
+        {"LVM2_member", "LVM: part of a volume"},
+    };
+    for (const auto& [fileSystem, begin] : contents) {
+        row.fileSystem = fileSystem;
+        const std::string text = DetailsOf(target)[9].toStdString();
+        EXPECT_TRUE(text.starts_with(begin) && text.empty() == (*begin == '\0'))
+            << fileSystem << ": " << text;
+    }
+    EXPECT_EQ(DetailsOf(target)[6], "Device: /dev/sdb2");
+    EXPECT_EQ(DetailsOf(target)[7], "Mounted at: /media/x?y");
+    const QStringList tip = ToolTipOf(target).split('\n');
+    EXPECT_EQ(tip.size(), 10);
+    EXPECT_EQ(tip[1].toStdString(), "Label: a\\u202Eb<b>");
+    EXPECT_EQ(tip[8].toStdString(), "Model: Made \\u200F7");
+    row.mountPoint.clear();
+    row.disk.model.clear();
+    EXPECT_EQ(ToolTipOf(target).split('\n').size(), 8);
+}
+
 class DiskPageTest : public WizardTest
 {
 protected:
@@ -40,7 +79,7 @@ protected:
         if (const std::string missing = MissingTool({"sfdisk", "mkfs.fat"}); !missing.empty()) {
             GTEST_SKIP() << missing;
         }
-        m_system.AddDisk("sda", "8:0", 64 * MiB);
+        m_system.AddDisk("sda", "8:0", 64 * MiB, {{"device/model", "Made up"}});
         const FatCard card(m_system.Node("sda"), {.fatBits = 16,
                                                   .volumeBytes = 32 * MiB,
                                                   .sectorsPerCluster = 4,
@@ -72,6 +111,8 @@ TEST_F(DiskPageTest, EachModeShowsItsButtonsAndTexts)
     EXPECT_EQ(Page(), 0);
     EXPECT_TRUE(IsVisible("SubBar1"));
     EXPECT_FALSE(IsVisible("ToolBar2") || IsVisible("ToolBar3") || IsVisible("SubBar2"));
+    EXPECT_EQ(Text("StopText").substr(0, 19), "Stop using the disk");
+    EXPECT_TRUE(Text("StartText").starts_with("Choose the drive or image"));
     Get("BtnCreateImageMode").SendNotify(NotifyHot);
     EXPECT_EQ(Text("TxtMainInfo").substr(0, 12), "Copy a drive");
     Shoot("page0");
@@ -112,6 +153,9 @@ TEST_F(DiskPageTest, RowsTellWhatIsThere)
     EXPECT_EQ(Text("Label2"), "Label: WORK");
     EXPECT_EQ(Text("Label3"), "File system: FAT");
     EXPECT_EQ(Text("Label4").substr(0, 12), "Total size: ");
+    EXPECT_EQ(Text("Label7"), "Device: " + m_system.Node("sda").string());
+    EXPECT_EQ(Text("Label9"), "Model: Made up");
+    EXPECT_EQ(Disks().GetItemAt(0)->GetToolTip().split('\n').size(), 4) << "of the disk";
     Disks().SelectItem(2);
     EXPECT_EQ(Text("Label2"), "Label:");
     EXPECT_EQ(Text("Label6"), "Free: 29.75 MB");
@@ -213,6 +257,47 @@ TEST_F(DiskPageTest, ImagesHaveAHeaderOfTheirOwnThatImageModeHides)
     Click("BtnPrev");
     Click("BtnRecoverMode");
     EXPECT_EQ(DiskRows(), "0:Disk 1|1:1:\\ WORK|1:2:\\|0:Image File|1:{x 1}.img|1:{x 1}.img");
+}
+
+TEST_F(DiskPageTest, PartsOfAnImageStandBehindItAndAreScannedAlone)
+{
+    std::filesystem::copy_file(m_system.Node("sda"), m_folder / "disk.img");
+    WriteFileBytes(m_folder / "b.img", ByteVector(65536));
+    Click("BtnRecoverMode");
+    m_window->AddImage(m_folder / "disk.img");
+    m_window->AddImage(m_folder / "b.img");
+    const std::string rows =
+        "0:Disk 1|1:1:\\ WORK|1:2:\\|0:Image File|1:disk.img|1:#1|1:#2 WORK|1:#3|1:b.img";
+    ASSERT_TRUE(WaitFor([&] { return DiskRows() == rows; })) << DiskRows();
+    std::vector<int> letters;
+    for (const auto& target : m_window->State().targets) {
+        letters.push_back(target->Letter());
+    }
+    EXPECT_EQ(letters, (std::vector<int>{1, 2, 1001, 1002, 0xFFFE, 0xFFFD, 0xFFFC}));
+    Disks().SelectItem(6);
+    EXPECT_EQ(Text("Label1"), "Image: disk.img#2");
+    EXPECT_EQ(Text("Label2"), "Label: WORK");
+    EXPECT_EQ(Text("Label3"), "File system: FAT");
+    EXPECT_EQ(Text("Label7"), "Folder: " + m_folder.Path().string());
+    Shoot("page1-parts");
+    Click("BtnScan");
+    ASSERT_TRUE(WaitFor([this] { return Page() == 3; }));
+    const RecoveryTarget& part = *m_window->State().targets[5];
+    ASSERT_NE(part.engine, nullptr);
+    EXPECT_EQ(part.engine->Target().startSector, 2048u);
+    EXPECT_EQ(part.engine->Target().letter, 0xFFFD);
+
+    Click("BtnPrev");
+    Disks().SelectItem(3);
+    Click("BtnScan");
+    ASSERT_TRUE(WaitFor([this] { return Page() == 3; }));
+    EXPECT_NE(m_window->State().targets[2]->engine, nullptr);
+    EXPECT_NE(m_window->State().targets[3]->engine, nullptr);
+    EXPECT_EQ(m_window->State().targets[4]->engine, nullptr) << "the header takes whole images";
+    Click("BtnPrev");
+    Click("BtnPrev");
+    Click("BtnCreateImageMode");
+    EXPECT_EQ(DiskRows(), "0:Disk 1|1:1:\\ WORK|1:2:\\");
 }
 
 TEST_F(DiskPageTest, APartitionIsCopiedAndTheImageGoneOnWith)

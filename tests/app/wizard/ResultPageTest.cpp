@@ -3,7 +3,10 @@
 #include "tests/app/wizard/WizardFixture.h"
 #include "texts/LanguageManager.h"
 #include "ui/controls/ButtonUI.h"
+#include "ui/controls/EditUI.h"
 #include "ui/controls/RichEditUI.h"
+
+#include <QTest>
 
 namespace {
 
@@ -135,6 +138,82 @@ TEST_F(ResultPageTest, TheHeadTicksAllRowsOfTheTypeAndSortsByTheOthers)
     Tick(0);
     EXPECT_EQ(m_window->State().selection.begin()->second.record.NameText(), "c.jpg")
         << "a row keeps its file when it is sorted";
+}
+
+TEST_F(ResultPageTest, FilterFieldKeepsTicks)
+{
+    auto& field = Get<CEditUI>("FilterEdit");
+    const auto type = [this, &field](const char* text, int rows) {
+        field.setText(QLatin1String(text));
+        ASSERT_TRUE(WaitFor([this, rows] { return Files().GetCount() == rows; })) << text;
+    };
+    Tick(0);
+    Files().SelectItem(2);
+    Get("FileName").SendNotify(NotifyHeaderClick);
+    type("JP", 3);
+    type("JPG", 2);
+    EXPECT_EQ(Column(1), "a.jpg c.jpg ");
+    EXPECT_EQ(Text("FilterCount"), "2 of 3");
+    EXPECT_EQ(Files().GetCurSel(), 1) << "the current file stays current";
+    EXPECT_EQ(Text("SelectedFileInfo"), "Selected: 2.93 KB, files: 1")
+        << "what is hidden is ticked";
+    Tick(0);
+    Tick(1);
+    EXPECT_EQ(Marks(Jpg()), "checkedxo") << "all three are";
+    Tick(1);
+    EXPECT_EQ(Marks(Jpg()), "uncheckedoo");
+    Get("CheckAll").SendNotify(NotifyHeaderClick);
+    EXPECT_EQ(m_window->State().selection.size(), 3u) << "the head takes all files of the type";
+    Get("CheckAll").SendNotify(NotifyHeaderClick);
+    EXPECT_TRUE(m_window->State().selection.empty());
+    Node("NodePhoto").GetCheckBox().Selected(true);
+    EXPECT_EQ(m_window->State().selection.size(), 4u);
+    type("c", 1);
+    Get("FileName").SendNotify(NotifyHeaderClick);
+    Show(Png());
+    EXPECT_EQ(Files().GetCount(), 0) << "other types are filtered too";
+    Show(Jpg());
+    EXPECT_EQ(Column(1), "c.jpg ");
+    Get("FileName").SendNotify(NotifyHeaderClick);
+    Shoot("page3-filter");
+    QTest::keyClick(&field, Qt::Key_Escape);
+    EXPECT_EQ(Column(1), "a.jpg b.JPEG c.jpg ") << "in the order that was chosen meanwhile";
+    EXPECT_TRUE(Files().GetItemAt(1)->IsChecked());
+    EXPECT_EQ(Text("FilterCount"), "");
+}
+
+TEST_F(ResultPageTest, HiddenDoublesGiveTheirTickToTheFileThatIsShown)
+{
+    auto& option = Get<COptionUI>("OptHideDoubles");
+    EXPECT_FALSE(option.IsEnabled()) << "there is none";
+    std::vector<FoundRow>& results = m_window->State().results;
+    results[1].doubleOf = results[0].at;  // a.jpg of b.JPEG
+    results[3].doubleOf = results[2].at;  // <a>.png of c.jpg: the type has no other file
+    m_window->HandleMessage(WM_SEARCH_DONE, 0, 0);
+    EXPECT_EQ(option.GetText().toStdString(), "Hide doubles (2)");
+    EXPECT_EQ(Column(1), "b.JPEG a.jpg c.jpg ") << "off at first";
+    Get("FileName").SendNotify(NotifyHeaderClick);
+    Tick(0);
+    Files().SelectItem(2);
+
+    option.Selected(true);
+    EXPECT_EQ(Column(1), "b.JPEG c.jpg ");
+    EXPECT_EQ(Files().GetCurSel(), 1);
+    EXPECT_EQ(Text("NodePhoto"), "Photos (2)");
+    EXPECT_EQ(Node("NodePhoto").GetCount(), 1) << "a type with doubles alone is gone";
+    EXPECT_EQ(Marks(Jpg()), "uncheckedoo");
+    EXPECT_EQ(Text("SelectedFileInfo"), "Selected: 2.93 KB, files: 1");
+    EXPECT_TRUE(Files().GetItemAt(0)->IsChecked());
+    Get("CheckAll").SendNotify(NotifyHeaderClick);
+    EXPECT_EQ(Marks(Jpg()), "checkedxx");
+    EXPECT_EQ(m_window->State().selection.size(), 2u) << "no double is ticked";
+    Shoot("page3-doubles");
+
+    option.Selected(false);
+    EXPECT_EQ(Column(1), "a.jpg b.JPEG c.jpg ");
+    EXPECT_EQ(Text("NodePhoto"), "Photos (4)");
+    EXPECT_EQ(Marks(Jpg()), "uncheckedoo");
+    EXPECT_EQ(m_window->State().selection.size(), 2u);
 }
 
 TEST_F(ResultPageTest, AnotherLanguageIsSeenAtOnce)

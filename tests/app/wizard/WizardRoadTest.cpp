@@ -5,6 +5,8 @@
 #include "tests/app/wizard/WizardFixture.h"
 #include "tests/support/Pictures.h"
 #include "ui/controls/ButtonUI.h"
+#include "ui/controls/ComboUI.h"
+#include "ui/controls/EditUI.h"
 #include "ui/controls/RichEditUI.h"
 
 #include <QApplication>
@@ -222,6 +224,53 @@ TEST_F(WizardRoadTest, ADiskThatGoesDuringItsScanStaysUntilTheScanIsOver)
     ASSERT_TRUE(WaitFor([this] { return m_window->State().targets.empty(); }));
     EXPECT_TRUE(wasKept);
     EXPECT_EQ(DiskRows(), "");
+}
+
+TEST_F(WizardRoadTest, AnotherScannedTargetIsChosenAndTicksStay)
+{
+    FillCard(m_folder / "other.img");
+    LoadImage();
+    m_dialogs.image = m_folder / "other.img";
+    Click("BtnLoadImage");
+    auto& chooser = Get<CComboUI>("TargetChooser");
+    ScanUntilResults();
+    EXPECT_FALSE(chooser.IsVisible()) << "one alone";
+    Click("BtnPrev");
+    Disks().SelectItem(Disks().GetCount() - 3);  // the header of both
+    ScanUntilResults();
+    ASSERT_TRUE(WaitFor([] { return !CPopUpWnd::IsAnyModal(); }));
+    EXPECT_TRUE(chooser.IsVisible());
+    ASSERT_EQ(chooser.count(), 2);
+    EXPECT_EQ(chooser.GetText(), "Image: card.img");
+    EXPECT_EQ(m_window->State().results.front().record.DriveLetter, 1001);
+    Jpg().GetCheckBox().Selected(true);
+    Get<CEditUI>("FilterEdit").setText("HoTo1");
+    ASSERT_TRUE(WaitFor([this] { return Files().GetCount() == 1; }));
+
+    const auto choose = [&](int index, std::uint16_t letter) {
+        chooser.Choose(index);
+        ASSERT_TRUE(WaitFor([&] {
+            const auto& results = m_window->State().results;
+            return !CPopUpWnd::IsAnyModal() && !results.empty() &&
+                   results.front().record.DriveLetter == letter && Files().GetCount() > 0;
+        }));
+    };
+    choose(1, 1002);
+    EXPECT_FALSE(Jpg().GetCheckBox().IsSelected());
+    EXPECT_EQ(Files().GetCount(), 1) << "what is typed still holds";
+    Tick(0);
+    EXPECT_EQ(m_window->State().selection.size(), 4u);
+    Shoot("page3-chooser");
+    choose(0, 1001);
+    EXPECT_TRUE(Jpg().GetCheckBox().IsSelected());
+    EXPECT_FALSE(Jpg().GetCheckBox().IsPartial());
+    EXPECT_TRUE(Files().GetItemAt(0)->IsChecked());
+
+    fs::create_directory(m_folder / "out");
+    m_dialogs.folder = m_folder / "out";
+    PressInPopups("FinishBtn");
+    Click("BtnRecover");
+    EXPECT_EQ(Restored().size(), 4u) << "of both";
 }
 
 }  // namespace

@@ -1,6 +1,7 @@
 #include "tools/skinview/scenes/MainScenes.h"
 
 #include "ui/controls/ButtonUI.h"
+#include "ui/controls/ComboUI.h"
 #include "ui/controls/ContainerUI.h"
 #include "ui/controls/RichEditUI.h"
 #include "ui/custom/DiskListUI.h"
@@ -86,6 +87,10 @@ void FillDisks(const SceneWindow& window, const SceneTexts& texts)
         window.FindControl(QStringLiteral("Label%1").arg(++number))
             ->SetText(texts.Message(key) + QLatin1Char(' ') + value);
     }
+    SetTexts(window, {{"Label7", texts.Extra("EXT0105") + QStringLiteral(" /dev/sdb1")},
+                      {"Label8", texts.Extra("EXT0106") + QStringLiteral(" /media/camera")},
+                      {"Label9", texts.Extra("EXT0107") + QStringLiteral(" Multi-Card Reader")},
+                      {"Label10", texts.Extra("EXT0110", {QStringLiteral("BitLocker")})}});
 }
 
 CTreeNodeUI& AddKind(CTreeNodeUI& parent, const QString& picture, const QString& text)
@@ -165,6 +170,18 @@ void FillFiles(const SceneWindow& window)
     list.SelectItem(2);
 }
 
+void FillResultBar(const SceneWindow& window, const SceneTexts& texts)
+{
+    window.FindControl(QStringLiteral("FilterEdit"))
+        ->SetAttribute(QStringLiteral("placeholder"), texts.Text("Extras", "EXT0101"));
+    Show(window, {"TargetChooser"}, true);
+    window.FindControlAs<CComboUI>(QStringLiteral("TargetChooser"))
+        ->SetTexts({texts.Message("MSG0203") + QStringLiteral(" 12 (FAT32, 29.71 GB)")}, 0);
+    window.FindControl(QStringLiteral("OptHideDoubles"))->SetEnabled(true);
+    SetTexts(window, {{"FilterCount", texts.Extra("EXT0102", {"12345", "123456"})},
+                      {"OptHideDoubles", texts.Extra("EXT0103", {"12345"})}});
+}
+
 }  // namespace
 
 QImage SamplePicture()
@@ -204,7 +221,9 @@ void Show(const SceneWindow& window, std::initializer_list<const char*> names, b
 
 void FillStart(SceneWindow& window, const SceneTexts& texts, const QString& message)
 {
-    SetTexts(window, {{"TxtMainInfo", texts.Message(message)}});
+    SetTexts(window, {{"TxtMainInfo", texts.Message(message)},
+                      {"StopText", texts.Extra("EXT0120")},
+                      {"StartText", texts.Extra("EXT0121")}});
 }
 
 void FillDrives(SceneWindow& window, const SceneTexts& texts, const QString&)
@@ -251,6 +270,7 @@ void FillResults(SceneWindow& window, const SceneTexts& texts, const QString&)
                       {"Txt1", texts.Message("MSG0801")},
                       {"Txt2", texts.Message("MSG0802", {"{f 7}{c #316D1E}123456{/c}{/f}"})},
                       {"SelectedFileInfo", texts.Message("MSG0804", {"999.99 GB", "123456"})}});
+    FillResultBar(window, texts);
     FillTree(window, texts);
     FillFiles(window);
     window.FindControlAs<CRichEditUI>(QStringLiteral("PreviewEdit"))

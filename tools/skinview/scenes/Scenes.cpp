@@ -193,9 +193,8 @@ QString SceneTexts::Text(const std::string& section, const QString& key) const
     return {};
 }
 
-QString SceneTexts::Message(const QString& key, const QStringList& values) const
+QString SceneTexts::Filled(const QString& text, const QStringList& values)
 {
-    const QString text = Message(key);
     QString filled;
     qsizetype next = 0;
     for (qsizetype i = 0; i < text.size(); ++i) {

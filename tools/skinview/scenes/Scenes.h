@@ -42,9 +42,18 @@ public:
     QString Text(const std::string& section, const QString& key) const;
     QString Message(const QString& key) const { return Text("Messages", key); }
     // Its placeholders become the values, in their order.
-    QString Message(const QString& key, const QStringList& values) const;
+    QString Message(const QString& key, const QStringList& values) const
+    {
+        return Filled(Message(key), values);
+    }
+    QString Extra(const QString& key, const QStringList& values = {}) const
+    {
+        return Filled(Text("Extras", key), values);
+    }
 
 private:
+    static QString Filled(const QString& text, const QStringList& values);
+
     std::map<std::string, LanguageSection> m_sections;
 };
 
