@@ -1,6 +1,8 @@
 // How the command line writes sizes, times and names.
 #pragma once
 
+#include "platform/Text.h"
+
 #include <cstdint>
 #include <string>
 #include <string_view>
@@ -11,9 +13,6 @@ std::string SizeText(std::uint64_t bytes);
 std::string TimeText(std::uint64_t fileTime);
 // "3:10", "1:03:10".
 std::string DurationText(std::int32_t seconds);
-// A name or path as a terminal may see it: control characters, which could be commands to it, become "?", marks that turn the
-// direction of writing or cannot be seen "\u202E", and bytes that are no UTF-8 the replacement character.
-std::string Printable(std::string_view text);
 // Columns that a text takes on a terminal.
 std::size_t ColumnsOf(std::string_view text);
 // The text, or its beginning and "..." where it takes more.

@@ -20,6 +20,11 @@ std::string LowerAscii(std::string_view text);
 char LowerAscii(char letter);
 bool EqualIgnoringAsciiCase(std::string_view left, std::string_view right);
 
+// A name or path as a terminal or a text file may show it: control characters, which could be commands or end a line, become
+// "?", marks that turn the direction of writing or cannot be seen "\u202E", and bytes that are no UTF-8 the replacement
+// character.
+std::string Printable(std::string_view text);
+
 // The text cut to at most maxBytes, at a code point.
 std::string CutText(std::string_view text, std::size_t maxBytes);
 // The name cut to at most maxBytes in its stem, at a code point, so that the last extension stays. An

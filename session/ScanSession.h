@@ -8,6 +8,7 @@
 #include "session/ScanTarget.h"
 #include "session/TypeFilter.h"
 
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -91,6 +92,10 @@ public:
     const std::optional<EarlierScan>& Earlier() const;
     // The choice means nothing where there is no earlier scan.
     ScanOutcome Scan(EarlierChoice choice, const ProgressFunction& progress);
+
+    // The target as so many letters, now and at any later time: ? not read, 1 to 8 in part, + read, F with files; - could not
+    // be read, ! with files too. Any thread may call what is given, which may be null.
+    std::function<std::string(std::size_t cells)> Strip() const;
 
     // What the filter accepts of all that was found.
     SearchOutcome Search(const TypeFilter& filter, const ProgressFunction& progress = {});

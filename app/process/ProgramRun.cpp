@@ -34,7 +34,10 @@ bool ShowAgain(QWidget& window)
     return true;
 }
 
-void RunWindow(SingleInstance& instance, Session& session, MainServices services)
+void RunWindow(SingleInstance& instance,
+               Session& session,
+               MainServices services,
+               const std::vector<std::filesystem::path>& images)
 {
     // Deletes itself when it is closed.
     const QPointer<CMainWnd> alive(new CMainWnd(session, std::move(services)));
@@ -44,7 +47,13 @@ void RunWindow(SingleInstance& instance, Session& session, MainServices services
         return;
     }
     ShowCentered(*alive);
+    alive->OpenImages(images);
     instance.OnShowRequest([alive] { return alive != nullptr && ShowAgain(*alive); });
+    instance.OnOpenRequest([alive](const std::vector<std::filesystem::path>& more) {
+        if (alive != nullptr) {
+            alive->OpenImages(more);
+        }
+    });
     const TerminationSignals signalsToEnd;
     QSocketNotifier notifier(signalsToEnd.Descriptor(), QSocketNotifier::Read);
     QObject::connect(&notifier, &QSocketNotifier::activated, &notifier, [&notifier] {
@@ -53,6 +62,7 @@ void RunWindow(SingleInstance& instance, Session& session, MainServices services
     });
     QApplication::exec();
     instance.OnShowRequest(nullptr);
+    instance.OnOpenRequest(nullptr);
     delete alive.data();
 }
 
@@ -66,8 +76,11 @@ void ClearAway(Session& session)
 
 }  // namespace
 
-void RunProgram(SingleInstance& instance, Session& session, MainServices services)
+void RunProgram(SingleInstance& instance,
+                Session& session,
+                MainServices services,
+                const std::vector<std::filesystem::path>& images)
 {
-    RunWindow(instance, session, std::move(services));
+    RunWindow(instance, session, std::move(services), images);
     ClearAway(session);
 }

@@ -15,7 +15,9 @@ MainParts::MainParts(MainContext& mainContext)
       preview(context, [this] { return results.Current(); }),
       refresh(context.state.session,
               *context.window.FindControl(QStringLiteral("PartitionListBar")),
-              MakeRefreshOwner())
+              MakeRefreshOwner()),
+      arrivals(context,
+               [this](const std::vector<std::filesystem::path>& images) { LoadImages(images); })
 {
     pages.foundFiles = [this] { return context.state.results.size(); };
     pages.onResultTexts = [this] { results.UpdateSelectionLabel(); };
@@ -90,6 +92,14 @@ void MainParts::UseImage(const std::filesystem::path& path)
     EnterMode(WizardMode::Recover);
     disks.Select(disks.AddImage(path));
     pages.Choose(WizardPage::Types);
+}
+
+void MainParts::LoadImages(const std::vector<std::filesystem::path>& images)
+{
+    EnterMode(WizardMode::Recover);
+    for (const std::filesystem::path& path : images) {
+        disks.Select(disks.AddImage(path));
+    }
 }
 
 void MainParts::RewriteTexts()

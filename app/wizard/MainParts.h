@@ -4,6 +4,7 @@
 #include "app/wizard/CreateImageFlow.h"
 #include "app/wizard/DiskRefresh.h"
 #include "app/wizard/DiskRows.h"
+#include "app/wizard/ImageArrivals.h"
 #include "app/wizard/InlinePreview.h"
 #include "app/wizard/MainContext.h"
 #include "app/wizard/RestoreFlow.h"
@@ -25,6 +26,8 @@ struct MainParts
     void EnterMode(WizardMode mode);
     // Goes on with an image that has just been made.
     void UseImage(const std::filesystem::path& path);
+    // Lists images that have come from outside, and selects the last one.
+    void LoadImages(const std::vector<std::filesystem::path>& images);
     void RewriteTexts();
 
     MainContext& context;
@@ -37,6 +40,7 @@ struct MainParts
     CreateImageFlow image;
     InlinePreview preview;
     DiskRefresh refresh;
+    ImageArrivals arrivals;
 
 private:
     DiskRefresh::Owner MakeRefreshOwner();

@@ -1,11 +1,16 @@
 // From the scan button to the page of results: the scan of what is chosen, then the search of what it found.
 #pragma once
 
+#include "app/tasks/CloseCode.h"
 #include "app/wizard/DiskRows.h"
 #include "app/wizard/MainContext.h"
 #include "app/wizard/ResultPage.h"
 #include "app/wizard/WizardPages.h"
+#include "recovery/ScanDepth.h"
 #include "results/TypeFilterMap.h"
+
+#include <optional>
+#include <vector>
 
 class ScanFlow
 {
@@ -28,6 +33,17 @@ public:
     void Forget(const RecoveryTarget& target);
 
 private:
+    struct Run
+    {
+        int code = CloseFailed;  // that the window was closed with
+        std::vector<ScanOutcome> outcomes;
+    };
+
+    Run Scan(const std::vector<RecoveryTarget*>& targets, ScanDepth depth);
+    void TellWhyNot(const std::optional<TargetRefusal>& refusal) const;
+    // True for those whose file system ended their scan, where the user wants all their sectors scanned.
+    bool WantsWhole(const std::vector<RecoveryTarget*>& damaged) const;
+
     MainContext& m_context;
     DiskRows& m_disks;
     ResultPage& m_results;
@@ -35,4 +51,5 @@ private:
     const TypeFilterMap& m_filter;
     RecoveryTarget* m_lastTarget = nullptr;  // of the latest scan
     bool m_isScanning = false;
+    int m_doneToSkip = 0;  // ends of scans that another scan follows at once
 };

@@ -38,14 +38,14 @@ const WindowNames Windows[] = {
     {"ScanProcessWnd",
      {},
      "ScanWnd",
-     "title stage percent time sectors totalfile progress closebtn cancelbtn"},
+     "title stage percent time sectors totalfile progress strip closebtn cancelbtn"},
     {"SearchProcessWnd", {}, "SearchProcessWnd", "title stage percent progress closebtn cancelbtn"},
     {"RecoverProcessWnd",
      {},
      "RecoverProcessWnd",
      "title current recovered percent progress closebtn OpenBtn FinishBtn CancelBtn DetailBtn "
      "DetailList "
-     "File Status"},
+     "File Status Damage SaveBtn summary"},
     {"PreviewProcessWnd",
      {},
      "PreviewProcessWnd",
@@ -54,6 +54,10 @@ const WindowNames Windows[] = {
      {},
      "CreateImageWnd",
      "title stage percent time sectors progress closebtn cancelbtn"},
+    {"RescueProcessWnd",
+     {},
+     "CreateImageWnd",
+     "title stage percent step rescued unreadable time strip progress closebtn cancelbtn"},
     {"PreviewWnd",
      {600, 500},
      "",
@@ -157,7 +161,7 @@ TEST_F(SkinTest, EveryKeyOfALanguageNamesAControl)
 {
     for (const std::string& stem : LanguageStems()) {
         const SceneTexts texts = TextsOf(stem);
-        std::set<std::string> sections = {"Messages", "Desktop"};
+        std::set<std::string> sections = {"Messages", "Desktop", "Extras"};
         for (const WindowNames& wanted : Windows) {
             const auto window = MakeWindow(wanted);
             sections.insert(wanted.sections);

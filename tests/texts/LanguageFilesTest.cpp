@@ -47,6 +47,13 @@ constexpr SectionKeys Expected[] = {
      "DSK0100 DSK0101 DSK0102 DSK0103 DSK0104 DSK0105:d DSK0106 DSK0107 DSK0108 DSK0109 "
      "DSK0110 DSK0111 DSK0112:d DSK0113 DSK0114:d DSK0115 "
      "DSK0200 DSK0201 DSK0202 DSK0203 DSK0204 DSK0205 DSK0206 DSK0301:s DSK0302:s DSK0303"},
+    // Scans, reports, rescue.
+    {"Extras",
+     "EXT0201:d% EXT0202:d% EXT0203:d EXT0204 EXT0205:ss EXT0206 EXT0207 EXT0208 EXT0209 EXT0211 "
+     "EXT0212 EXT0213 EXT0214 EXT0215:ss EXT0216:sd EXT0217 EXT0218:s EXT0219 EXT0220 EXT0221:s "
+     "EXT0222:s EXT0223:s EXT0224:s EXT0225 EXT0231 EXT0232 EXT0233 EXT0234 EXT0235 EXT0236 "
+     "EXT0237:s EXT0241 EXT0251 EXT0252 EXT0253:s EXT0254:ddds EXT0255 EXT0256:s EXT0257 "
+     "EXT0261:s EXT0271"},
 };
 
 // Words that another language shares with English.
@@ -72,6 +79,13 @@ constexpr BoxText DesktopBoxes[] = {
     {"DSK0104", 210}, {"DSK0106", 210}, {"DSK0107", 100}, {"DSK0109", 66},  {"DSK0110", 104},
     {"DSK0111", 104}, {"DSK0112", 104}, {"DSK0113", 104}, {"DSK0114", 104}, {"DSK0115", 150},
     {"DSK0301", 150}, {"DSK0302", 150}, {"DSK0303", 90}};
+
+// Of scans, reports and the rescue.
+constexpr BoxText ScanExtraBoxes[] = {
+    {"EXT0204", 180}, {"EXT0205", 210}, {"EXT0206", 180}, {"EXT0207", 210}, {"EXT0208", 210},
+    {"EXT0219", 150}, {"EXT0220", 150}, {"EXT0221", 150}, {"EXT0222", 150}, {"EXT0223", 150},
+    {"EXT0225", 150}, {"EXT0231", 150}, {"EXT0232", 150}, {"EXT0233", 150}, {"EXT0234", 150},
+    {"EXT0235", 210}, {"EXT0236", 150}, {"EXT0241", 210}};
 
 std::filesystem::path LanguagesFolder()
 {
@@ -251,6 +265,9 @@ TEST_P(LanguageFilesTest, FitsItsMessageBoxes)
     }
     for (const BoxText& box : DesktopBoxes) {
         EXPECT_LE(WidthOf(texts.at(std::string("Desktop/") + box.key)), box.letters) << box.key;
+    }
+    for (const BoxText& box : ScanExtraBoxes) {
+        EXPECT_LE(WidthOf(texts.at(std::string("Extras/") + box.key)), box.letters) << box.key;
     }
 }
 

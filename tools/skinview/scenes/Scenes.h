@@ -43,6 +43,7 @@ public:
     QString Message(const QString& key) const { return Text("Messages", key); }
     // Its placeholders become the values, in their order.
     QString Message(const QString& key, const QStringList& values) const;
+    static QString Filled(const QString& text, const QStringList& values);
 
 private:
     std::map<std::string, LanguageSection> m_sections;
