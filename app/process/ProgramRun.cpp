@@ -13,6 +13,8 @@
 
 namespace {
 
+constexpr unsigned SecondsForTheEnd = 10;
+
 void ShowCentered(QWidget& window)
 {
     if (const QScreen* const screen = window.screen()) {
@@ -58,6 +60,7 @@ void RunWindow(SingleInstance& instance,
     QSocketNotifier notifier(signalsToEnd.Descriptor(), QSocketNotifier::Read);
     QObject::connect(&notifier, &QSocketNotifier::activated, &notifier, [&notifier] {
         notifier.setEnabled(false);
+        TerminationSignals::EndWithin(SecondsForTheEnd);
         QCoreApplication::exit();  // without a question, also while one is asked
     });
     QApplication::exec();
