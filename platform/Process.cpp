@@ -13,6 +13,7 @@
 #include <spawn.h>
 #include <sys/ioctl.h>
 #include <sys/resource.h>
+#include <sys/socket.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <system_error>
@@ -91,6 +92,15 @@ std::int32_t ProcessNumber()
 std::uint32_t UserNumber()
 {
     return ::geteuid();
+}
+
+std::optional<std::uint32_t> UserAtOtherEnd(int socket)
+{
+    ::ucred other = {};
+    ::socklen_t size = sizeof other;
+    const int failed = ::getsockopt(socket, SOL_SOCKET, SO_PEERCRED, &other, &size);
+    return failed == 0 && size == sizeof other ? std::optional<std::uint32_t>(other.uid)
+                                               : std::nullopt;
 }
 
 void RaiseOpenFileLimit()

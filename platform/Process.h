@@ -14,6 +14,9 @@
 std::int32_t ProcessNumber();
 // Of the user that this process acts as.
 std::uint32_t UserNumber();
+// That the process at the other end of a local socket acted as when it connected, or listened. Nothing for what is no such
+// socket.
+std::optional<std::uint32_t> UserAtOtherEnd(int socket);
 // As many files as the system allows it may be open at once: a table of partitions can have hundreds of rows.
 void RaiseOpenFileLimit();
 // Also one of another user.

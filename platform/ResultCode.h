@@ -15,9 +15,12 @@ inline constexpr ResultCode ResultTooManyOpenFiles = 4;
 inline constexpr ResultCode ResultAccessDenied = 5;
 inline constexpr ResultCode ResultInvalidHandle = 6;
 inline constexpr ResultCode ResultOutOfMemory = 8;
+inline constexpr ResultCode ResultNoMedium = 21;
 inline constexpr ResultCode ResultWriteFault = 29;
 inline constexpr ResultCode ResultReadFault = 30;
 inline constexpr ResultCode ResultGeneralFailure = 31;
+inline constexpr ResultCode ResultBusy = 32;
+inline constexpr ResultCode ResultLocked = 33;
 inline constexpr ResultCode ResultShortRead =
     38;  // a boot-sector read that ended at the source's end
 inline constexpr ResultCode ResultNotSupported = 50;
@@ -26,6 +29,7 @@ inline constexpr ResultCode ResultInvalidParameter = 87;
 inline constexpr ResultCode ResultDiskFull = 112;
 inline constexpr ResultCode ResultNegativeSeek = 131;
 inline constexpr ResultCode ResultAlreadyExists = 183;
+inline constexpr ResultCode ResultDeviceFault = 1117;
 inline constexpr ResultCode ResultNotConnected = 1167;
 // Only callbacks make these two; engines pass them on. A cancelled scan still gives what it found its place; one that is
 // stopped at once leaves everything as it is, like a process that was killed.

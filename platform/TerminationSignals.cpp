@@ -38,6 +38,7 @@ TerminationSignals::TerminationSignals()
 
 TerminationSignals::~TerminationSignals()
 {
+    ::alarm(0);
     for (const int number : Signals) {
         std::signal(number, SIG_DFL);
     }
@@ -47,6 +48,11 @@ TerminationSignals::~TerminationSignals()
         }
         end = -1;
     }
+}
+
+void TerminationSignals::EndWithin(unsigned seconds)
+{
+    ::alarm(seconds);
 }
 
 int TerminationSignals::Descriptor() const

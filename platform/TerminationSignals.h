@@ -13,4 +13,7 @@ public:
 
     // Readable once a signal has come; -1 when the system gave no pipe, and the signals end the process then. It stays ours.
     int Descriptor() const;
+    // After so many seconds the process ends as by a further signal, unless this object has gone by then: whoever has asked
+    // once does not wait for a disk that never answers.
+    static void EndWithin(unsigned seconds);
 };

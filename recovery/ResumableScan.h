@@ -2,10 +2,12 @@
 #pragma once
 
 #include "platform/ResultCode.h"
+#include "storage/ScanMarks.h"
 #include "storage/SectorRanges.h"
 
 #include <cstdint>
 #include <filesystem>
+#include <memory>
 
 struct ScanLogEntry;
 
@@ -32,6 +34,8 @@ public:
     virtual SectorRanges Unread() const = 0;
     // Their number; cheap.
     virtual std::uint64_t UnreadSectors() const = 0;
+    // Where it has read and found so far; null when nobody keeps that.
+    virtual std::shared_ptr<const ScanMarks> Marks() const { return nullptr; }
 
 protected:
     ~IKeepsRecords() = default;

@@ -135,8 +135,23 @@ void ScanRecordStore::LoadDirInfo()
     }
 }
 
+void ScanRecordStore::MarkFilesOn(std::shared_ptr<ScanMarks> marks, std::uint32_t sectorSize)
+{
+    m_marks = std::move(marks);
+    m_sectorSize = sectorSize;
+}
+
+// The record that was reserved last, which is filled once another one is asked for.
+void ScanRecordStore::MarkLast() const
+{
+    if (m_marks != nullptr && m_bufferUsed != 0 && m_buffer[m_bufferUsed - 1].IsFolder == 0) {
+        m_marks->NoteFound(m_buffer[m_bufferUsed - 1].EntrySector * m_sectorSize);
+    }
+}
+
 FileRecord& ScanRecordStore::ReserveRecord()
 {
+    MarkLast();
     if (m_bufferUsed == BufferRecords) {
         (void)WriteBuffer();
     }
@@ -189,6 +204,7 @@ ResultCode ScanRecordStore::WriteBuffer()
     if (m_bufferUsed == 0) {
         return ResultSuccess;
     }
+    MarkLast();
     const std::size_t records = std::exchange(m_bufferUsed, 0);
     if (!m_mainFile.IsOpen()) {
         m_lostRecords += records;

@@ -5,6 +5,7 @@
 
 #include "platform/FileHandle.h"
 #include "recovery/StoreIndex.h"
+#include "storage/ScanMarks.h"
 
 #include <cstdint>
 #include <filesystem>
@@ -56,6 +57,8 @@ public:
                     std::string_view name);
     // A folder that was asked for and is not there gets an empty list, which the next flush writes.
     void EnterEmptyKeys(std::span<const std::uint64_t> keys);
+    // Where files are found is marked there from now on.
+    void MarkFilesOn(std::shared_ptr<ScanMarks> marks, std::uint32_t sectorSize);
     // Writes the buffer, then both index files. Can run any number of times.
     ResultCode FlushStore();
     // Writes the buffer alone, and waits until the records are on the disk.
@@ -72,6 +75,7 @@ private:
     void EnterNumber(std::uint64_t key, std::uint32_t recordNumber);
     [[nodiscard]] ResultCode OpenFiles(const std::filesystem::path& folder,
                                        std::string_view logName);
+    void MarkLast() const;
     ResultCode WriteBuffer();
     ResultCode NoteFault(ResultCode result);
     ResultCode WriteRelation();
@@ -90,6 +94,8 @@ private:
     std::shared_ptr<StoreIndex> m_index = std::make_shared<StoreIndex>();
     bool m_relationChanged = false;  // since it was last written
     bool m_dirInfoChanged = false;
+    std::shared_ptr<ScanMarks> m_marks;  // may be null
+    std::uint32_t m_sectorSize = 0;
     std::uint64_t m_lostRecords = 0;
     ResultCode m_writeFault = ResultSuccess;  // the first
 };

@@ -32,10 +32,19 @@ void CStoreEngine::UseLogFolder()
     }
 }
 
+std::unique_ptr<ScanRecordStore> CStoreEngine::NewStore() const
+{
+    auto store = std::make_unique<ScanRecordStore>();
+    if (m_scanSource != nullptr) {
+        store->MarkFilesOn(m_scanSource->Marks(), m_scanSource->SectorSize());
+    }
+    return store;
+}
+
 ResultCode CStoreEngine::MakeStore(std::string_view logName)
 {
     m_reader.reset();
-    m_store = std::make_unique<ScanRecordStore>();
+    m_store = NewStore();
     const ResultCode result = m_store->OpenStore(m_logFolder, logName);
     m_reader = std::make_unique<ScanRecordReader>(*m_store);
     return result;
@@ -44,7 +53,7 @@ ResultCode CStoreEngine::MakeStore(std::string_view logName)
 ResultCode CStoreEngine::MakeStoreCut(std::string_view logName, std::uint32_t records)
 {
     m_reader.reset();
-    m_store = std::make_unique<ScanRecordStore>();
+    m_store = NewStore();
     const ResultCode result = m_store->OpenStoreCut(m_logFolder, logName, records, 0);
     m_reader = std::make_unique<ScanRecordReader>(*m_store);
     return result;

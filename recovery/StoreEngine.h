@@ -37,6 +37,10 @@ public:
     {
         return m_scanSource != nullptr ? m_scanSource->UnreadSectors() : 0;
     }
+    std::shared_ptr<const ScanMarks> Marks() const override
+    {
+        return m_scanSource != nullptr ? m_scanSource->Marks() : nullptr;
+    }
 
     ResultCode SetCallbacks(ProgressCallback scanCallback,
                             FileProgressCallback fileCallback,
@@ -116,6 +120,7 @@ protected:
     std::int32_t m_progressRange = 100;
 
 private:
+    std::unique_ptr<ScanRecordStore> NewStore() const;
     std::int32_t Search(std::string_view extensionPattern, const ScanRecordReader::TakeRow& take);
 
     std::unique_ptr<ScanRecordReader> m_reader;  // of m_store

@@ -7,6 +7,7 @@
 #include "storage/RescueCopier.h"
 #include "storage/RescuedImage.h"
 
+#include <algorithm>
 #include <utility>
 
 namespace fs = std::filesystem;
@@ -76,6 +77,14 @@ fs::path RescueTask::MapFile() const
 RescueProblem RescueTask::LookAtMap()
 {
     RescueProblem problem;
+    if (m_copiedBytes) {
+        std::error_code error;
+        const std::uintmax_t there = fs::file_size(m_image.File(), error);
+        m_copiedBytes = error ? 0 : std::min<std::uint64_t>(*m_copiedBytes, there);
+        m_finishedBytes = *m_copiedBytes;
+        m_goesOn = m_finishedBytes != 0;
+        return problem;
+    }
     if (!PathExists(MapFile())) {
         return problem;
     }
@@ -149,6 +158,20 @@ RescueOutcome RescueTask::Run(std::uint32_t retries, const RescueFunction& progr
     return outcome;
 }
 
+RescueMap RescueTask::BeginMap() const
+{
+    RescueMap map;
+    if (m_goesOn && !m_copiedBytes) {
+        // Read again, since another process may have had it until now.
+        map = ReadRescueMap(MapFile()).value_or(RescueMap());
+        map = map.TotalBytes() <= m_source.ByteCount() ? std::move(map) : RescueMap();
+    }
+    map.GrowTo(m_source.ByteCount());
+    map.Set(0, m_copiedBytes.value_or(0), RescueStatus::Finished);
+    map.AlignTo(m_source.sectorSize);
+    return map;
+}
+
 void RescueTask::Rescue(std::uint32_t retries,
                         const RescueFunction& progress,
                         RescueOutcome& outcome)
@@ -165,14 +188,10 @@ void RescueTask::Rescue(std::uint32_t retries,
         outcome.end = RescueEnd::InUse;
         return;
     }
-    // Read again, since another process may have had it until now.
-    RescueMap map = m_goesOn ? ReadRescueMap(MapFile()).value_or(RescueMap()) : RescueMap();
-    map = map.TotalBytes() <= m_source.ByteCount() ? std::move(map) : RescueMap();
-    map.GrowTo(m_source.ByteCount());
-    map.AlignTo(m_source.sectorSize);
+    RescueMap map = BeginMap();
     // What nobody could read is a hole; nothing of an older file shines through it.
-    if (outcome.why == ResultSuccess && !m_goesOn) {
-        outcome.why = image.Truncate(0);
+    if (outcome.why == ResultSuccess && (!m_goesOn || m_copiedBytes)) {
+        outcome.why = image.Truncate(m_copiedBytes.value_or(0));
     }
     if (outcome.why == ResultSuccess) {
         outcome.why = image.Truncate(m_source.ByteCount());

@@ -7,6 +7,8 @@
 #include <functional>
 #include <string>
 
+class RescueMap;
+
 enum class RescueFault
 {
     None,
@@ -79,6 +81,9 @@ class RescueTask
 public:
     RescueTask(const ScanTarget& source, const std::filesystem::path& file);
 
+    // The image begins with so many bytes that have just been copied from the source: they are not read again. What stands
+    // behind them, or in a map of an earlier rescue, does not count. Before NextProblem.
+    void TakeCopied(std::uint64_t bytes) { m_copiedBytes = bytes; }
     // As ImageTask::NextProblem. An image with its map beside it is gone on with, and no question.
     std::optional<RescueProblem> NextProblem();
     RescueOutcome Run(std::uint32_t retries, const RescueFunction& progress);
@@ -89,6 +94,7 @@ public:
 
 private:
     RescueProblem LookAtMap();
+    RescueMap BeginMap() const;
     void Rescue(std::uint32_t retries, const RescueFunction& progress, RescueOutcome& outcome);
 
     ScanTarget m_source;
@@ -96,5 +102,6 @@ private:
     bool m_mapLookedAt = false;
     bool m_goesOn = false;
     bool m_checked = false;
+    std::optional<std::uint64_t> m_copiedBytes;
     std::uint64_t m_finishedBytes = 0;  // by the map
 };

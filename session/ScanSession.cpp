@@ -225,6 +225,16 @@ const std::optional<EarlierScan>& ScanSession::Earlier() const
     return m_parts->earlier;
 }
 
+std::function<std::string(std::size_t)> ScanSession::Strip() const
+{
+    const auto* const keeper = dynamic_cast<const IKeepsRecords*>(m_parts->engine.get());
+    std::shared_ptr<const ScanMarks> marks = keeper != nullptr ? keeper->Marks() : nullptr;
+    if (marks == nullptr) {
+        return {};
+    }
+    return [marks = std::move(marks)](std::size_t cells) { return marks->Letters(cells); };
+}
+
 ScanOutcome ScanSession::Scan(EarlierChoice choice, const ProgressFunction& progress)
 {
     Parts& parts = *m_parts;

@@ -8,6 +8,7 @@
 #include "session/ScanTarget.h"
 #include "session/TypeFilter.h"
 
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -94,6 +95,10 @@ public:
 
     // Files and folders that were found, those of an earlier scan that was gone on with too.
     std::uint64_t RecordCount() const;
+    // The target as so many letters, now and at any later time: ? not read, 1 to 8 in part, + read, F with files; - could not
+    // be read, ! with files too. Any thread may call what is given, which may be null.
+    std::function<std::string(std::size_t cells)> Strip() const;
+
     // What the filter accepts of all that was found.
     SearchOutcome Search(const TypeFilter& filter, const ProgressFunction& progress = {});
     // What the pattern takes, as the engines read it: an extension is looked for in it as plain text.

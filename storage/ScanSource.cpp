@@ -6,6 +6,10 @@
 ScanSource::ScanSource(ScanIdentity identity, OpenedSource opened)
     : m_identity(std::move(identity)), m_opened(std::move(opened))
 {
+    const std::uint64_t unit = SectorSize();
+    const bool isWhole = SectorCount() == 0 || SectorCount() > TotalSectors();
+    m_marks = std::make_shared<ScanMarks>(StartLba() * unit,
+                                          isWhole ? SizeBytes() : SectorCount() * unit);
 }
 
 ResultCode ScanSource::OpenImage(const std::filesystem::path& path,
@@ -55,6 +59,7 @@ ResultCode ScanSource::OpenAgain(std::shared_ptr<ScanSource>* outSource) const
                   : OpenDriveSource(m_identity.diskNumber, DriveFlush::None, opened);
     if (result == ResultSuccess) {
         outSource->reset(new ScanSource(m_identity, std::move(opened)));
+        (*outSource)->m_marks = m_marks;
     }
     return result;
 }
@@ -93,6 +98,7 @@ void ScanSource::NoteUnread(std::uint64_t position, std::uint64_t count, ResultC
     if (m_gone) {
         return;  // all of it is read again when the source is back
     }
+    m_marks->NoteUnread(position, count);
     const std::uint64_t unit = SectorSize();
     const std::uint64_t first = position / unit;
     const std::lock_guard guard(m_lock);
@@ -102,6 +108,9 @@ void ScanSource::NoteUnread(std::uint64_t position, std::uint64_t count, ResultC
 
 void ScanSource::NoteUnread(const SectorRanges& ranges)
 {
+    for (const auto& [first, end] : ranges.Ends()) {
+        m_marks->NoteUnread(first * SectorSize(), (end - first) * SectorSize());
+    }
     const std::lock_guard guard(m_lock);
     m_unread.AddAll(ranges);
     m_unreadSectors = m_unread.Sectors();

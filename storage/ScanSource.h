@@ -2,6 +2,7 @@
 #pragma once
 
 #include "storage/ByteReader.h"
+#include "storage/ScanMarks.h"
 #include "storage/SectorRanges.h"
 
 #include <atomic>
@@ -59,6 +60,9 @@ public:
     // comes as zeros: the rest may tell enough.
     [[nodiscard]] ResultCode ReadStart(std::uint8_t* buffer, std::size_t count) const;
 
+    // For a picture of the scan; shared with the sources that are opened again.
+    const std::shared_ptr<ScanMarks>& Marks() const { return m_marks; }
+
     // What could not be read so far, of the whole drive or file, by anyone who reads through this source; any thread may
     // ask.
     SectorRanges Unread() const;
@@ -74,6 +78,7 @@ private:
 
     ScanIdentity m_identity;
     OpenedSource m_opened;
+    std::shared_ptr<ScanMarks> m_marks;
     mutable std::mutex m_lock;
     SectorRanges m_unread;
     std::atomic<std::uint64_t> m_unreadSectors = 0;

@@ -73,6 +73,7 @@ ResultCode SectorSource::ReadSectors(std::uint8_t* buffer,
             result = ResultReadFault;
         }
     }
+    m_source->Marks()->NoteRead(lba * unit, done);
     *outSectorsRead = static_cast<std::int32_t>(done / unit);
     return result;
 }

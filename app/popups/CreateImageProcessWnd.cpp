@@ -24,4 +24,5 @@ void CCreateImageProcessWnd::RunTask(const TaskContext& context)
     worker.diskNumber = diskNumber;
     worker.targets = targets;
     worker.Run();
+    outcome = worker.outcome;
 }

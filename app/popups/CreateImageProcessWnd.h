@@ -2,6 +2,7 @@
 #pragma once
 
 #include "app/popups/TaskWnd.h"
+#include "session/ImageTask.h"
 
 #include <filesystem>
 #include <vector>
@@ -17,6 +18,8 @@ public:
     std::filesystem::path outputPath;
     int diskNumber = -1;  // not negative: the whole of it, when there are no targets
     std::vector<RecoveryTarget*> targets;  // else the first of these
+    // What became of it; filled when DoModal has returned.
+    ImageOutcome outcome;
 
     QString GetWindowClassName() const override
     {

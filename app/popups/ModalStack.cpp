@@ -101,7 +101,10 @@ void ModalStack::Deliver()
 
 bool ModalStack::CanBeUsed(const QWidget& widget) const
 {
-    return LiesIn(widget, m_windows.back()) || LiesIn(widget, m_allowed);
+    // The list of names below a field of a file dialog is a window without a parent; its keys are the field's.
+    const QWidget* const helped = widget.window()->focusProxy();
+    return LiesIn(widget, m_windows.back()) || LiesIn(widget, m_allowed) ||
+           (helped != nullptr && LiesIn(*helped, m_windows.back()));
 }
 
 bool ModalStack::eventFilter(QObject* watched, QEvent* event)

@@ -154,14 +154,9 @@ bool CPopUpWnd::IsAnyModal()
     return !ModalStack::Instance().IsEmpty();
 }
 
-QString CPopUpWnd::Message(std::string_view key)
+QString CPopUpWnd::TextOf(std::string_view section, std::string_view key)
 {
-    return QString::fromStdString(LanguageManager::GetInstance().GetSection("Messages").Get(key));
-}
-
-QString CPopUpWnd::DesktopText(std::string_view key)
-{
-    return QString::fromStdString(LanguageManager::GetInstance().GetSection("Desktop").Get(key));
+    return QString::fromStdString(LanguageManager::GetInstance().GetSection(section).Get(key));
 }
 
 void CPopUpWnd::SetPlainText(const QString& name, const QString& text) const

@@ -67,9 +67,11 @@ protected:
     void FocusAnswer() const;
 
     void Center();
-    // Of the sections "Messages" and "Desktop".
-    static QString Message(std::string_view key);
-    static QString DesktopText(std::string_view key);
+    static QString TextOf(std::string_view section, std::string_view key);
+    // Of the sections "Messages", "Desktop" and "Extras".
+    static QString Message(std::string_view key) { return TextOf("Messages", key); }
+    static QString DesktopText(std::string_view key) { return TextOf("Desktop", key); }
+    static QString ExtraText(std::string_view key) { return TextOf("Extras", key); }
     // Never read as markup, whatever the control makes of its texts.
     void SetPlainText(const QString& name, const QString& text) const;
 

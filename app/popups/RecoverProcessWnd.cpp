@@ -1,11 +1,17 @@
 #include "app/popups/RecoverProcessWnd.h"
 
+#include "app/popups/MessageBox.h"
+#include "app/tasks/RestoreReport.h"
 #include "app/tasks/RestoreWorker.h"
 #include "platform/FaultGuard.h"
+#include "texts/LanguageManager.h"
+#include "texts/TextFormat.h"
 #include "ui/list/ListUI.h"
 
 #include <QDesktopServices>
+#include <QFile>
 #include <QGuiApplication>
+#include <QSaveFile>
 #include <QScreen>
 #include <QUrl>
 
@@ -20,7 +26,8 @@ constexpr int DetailHeight = 300;
 enum Column
 {
     FileColumn,
-    StatusColumn
+    StatusColumn,
+    DamageColumn
 };
 
 void WriteRow(CListUI::Row& shown, const ReportRow& row)
@@ -32,6 +39,10 @@ void WriteRow(CListUI::Row& shown, const ReportRow& row)
     };
     write(FileColumn, row.path);
     write(StatusColumn, row.status);
+    shown.SetColumnText(DamageColumn,
+                        QStringLiteral("<c #A85100>%1</c>")
+                            .arg(PlainRun(QString::fromStdString(DamageText(
+                                row, LanguageManager::GetInstance().GetSection("Extras"))))));
 }
 
 // Where windows have no place that they know, the edges are those of a window in the corner: its size.
@@ -112,6 +123,8 @@ void CRecoverProcessWnd::OnClick(const Notification& notification)
         CloseWith(CloseDone);
     } else if (name == QLatin1String("DetailBtn")) {
         ToggleDetail();
+    } else if (name == QLatin1String("SaveBtn")) {
+        SaveReport();
     } else {
         CTaskWnd::OnClick(notification);
     }
@@ -120,8 +133,10 @@ void CRecoverProcessWnd::OnClick(const Notification& notification)
 void CRecoverProcessWnd::ToggleDetail()
 {
     m_isDetailShown = !m_isDetailShown;
-    if (CControlUI* const list = FindControl(QStringLiteral("DetailList"))) {
-        list->SetVisible(m_isDetailShown);
+    for (const char* const name : {"DetailList", "SaveBtn"}) {
+        if (CControlUI* const control = FindControl(QLatin1String(name))) {
+            control->SetVisible(m_isDetailShown);
+        }
     }
     QSize wanted = m_ownSize;
     if (m_isDetailShown) {
@@ -131,4 +146,58 @@ void CRecoverProcessWnd::ToggleDetail()
     }
     resize(wanted);
     Center();
+}
+
+void CRecoverProcessWnd::OnTaskInit()
+{
+    const std::pair<const char*, const char*> texts[] = {{"SaveBtn", "EXT0251"},
+                                                         {"Damage", "EXT0252"}};
+    for (const auto& [name, key] : texts) {
+        if (CControlUI* const control = FindControl(QLatin1String(name))) {
+            control->SetText(ExtraText(key));
+        }
+    }
+}
+
+// There is a report once all that was to be done is done.
+void CRecoverProcessWnd::OnVisibilities()
+{
+    if (CControlUI* const save = FindControl(QStringLiteral("SaveBtn"))) {
+        save->SetEnabled(IsDone());
+    }
+}
+
+// A report, too, can overwrite what was lost.
+bool CRecoverProcessWnd::MayWriteInto(const std::filesystem::path& folder)
+{
+    if (folder == m_state->restoreFolder) {
+        return true;  // the user was asked before
+    }
+    const DestinationFault fault = m_state->FaultOf(folder);
+    return fault == DestinationFault::None ||
+           CMessageBox::Show(this, CMessageBox::Confirm, {},
+                             fault == DestinationFault::OnSource ? Message("MSG0805")
+                                                                 : DesktopText("DSK0104"),
+                             450, 150) == CloseDone;
+}
+
+void CRecoverProcessWnd::SaveReport()
+{
+    FileDialogs ofDesktop;
+    IFileDialogs& asked = dialogs != nullptr ? *dialogs : ofDesktop;
+    LanguageSection& extras = LanguageManager::GetInstance().GetSection("Extras");
+    const std::optional<std::filesystem::path> path =
+        asked.SaveText(this, m_state->restoreFolder / (extras.Get("EXT0257") + ".txt"));
+    if (!path || !MayWriteInto(path->parent_path())) {
+        return;
+    }
+    const std::string text = RestoreReportText(Board().Rows(), Board().Text("summary"), extras);
+    // What stood there before stays until the new one is whole.
+    QSaveFile file(QFile::decodeName(QByteArray::fromStdString(path->string())));
+    const QByteArray bytes = QByteArray::fromStdString(text);
+    if (!file.open(QIODevice::WriteOnly) || file.write(bytes) != bytes.size() || !file.commit()) {
+        const std::string told =
+            FormatText(extras.Get("EXT0256"), file.errorString().toStdString());
+        CMessageBox::Show(this, CMessageBox::Warning, {}, QString::fromStdString(told), 450, 150);
+    }
 }

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "app/popups/TaskWnd.h"
+#include "app/wizard/FileDialogs.h"
 
 #include <map>
 
@@ -15,6 +16,7 @@ public:
 
     bool singleMode = false;
     const FoundRow* singleRecord = nullptr;
+    IFileDialogs* dialogs = nullptr;  // null for the desktop's
 
     void InitWindow() override;
     void OnClick(const Notification& notification) override;
@@ -25,9 +27,13 @@ protected:
     std::optional<int> CodeOfCancel() const override { return CloseCancelled; }
     bool IsDone() const override;
     void OnRows(const std::vector<ReportRow>& rows) override;
+    void OnTaskInit() override;
+    void OnVisibilities() override;
 
 private:
     void ToggleDetail();
+    void SaveReport();
+    bool MayWriteInto(const std::filesystem::path& folder);
 
     QSize m_ownSize;
     bool m_isDetailShown = false;

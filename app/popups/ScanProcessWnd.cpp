@@ -8,14 +8,15 @@
 #include "app/tasks/ScanWorker.h"
 #include "texts/LanguageManager.h"
 
-#include <QTimer>
-
 #include <algorithm>
+#include <utility>
 
 namespace {
 
 constexpr TaskLook ScanLook = {TaskKind::Scan, "ScanProcessWnd.xml", "ScanWnd", "MSG0709", 130};
 constexpr int WaitDelay = 300;  // milliseconds
+constexpr int StripDelay = 300;
+constexpr std::size_t StripCells = 128;
 
 bool NeedsRights(const RecoveryTarget* target)
 {
@@ -38,6 +39,24 @@ CScanProcessWnd::~CScanProcessWnd()
     HideWait();
 }
 
+void CScanProcessWnd::OnTaskInit()
+{
+    if (CControlUI* const strip = FindControl(QStringLiteral("strip"))) {
+        strip->Widget()->setToolTip(ExtraText("EXT0271"));
+    }
+    connect(&m_stripTimer, &QTimer::timeout, this, [this] { DrawStrip(); });
+    m_stripTimer.start(StripDelay);
+}
+
+// The scan only sets marks; it is not asked for anything.
+void CScanProcessWnd::DrawStrip()
+{
+    CControlUI* const strip = FindControl(QStringLiteral("strip"));
+    if (strip != nullptr && isVisible() && m_strip) {
+        strip->SetText(QString::fromStdString(m_strip(StripCells)));
+    }
+}
+
 void CScanProcessWnd::RunTask(const TaskContext& context)
 {
     TaskContext own = context;
@@ -49,8 +68,13 @@ void CScanProcessWnd::RunTask(const TaskContext& context)
     worker.targets = targets;
     worker.engineMode = engineMode;
     worker.depth = depth;
+    worker.onTarget = [this](std::function<std::string(std::size_t)> strip) {
+        QMetaObject::invokeMethod(
+            this, [this, strip = std::move(strip)] { m_strip = strip; }, Qt::QueuedConnection);
+    };
     worker.Run();
     outcomes = worker.outcomes;
+    refusal = worker.refusal;
 }
 
 void CScanProcessWnd::OnOpening(bool isOpening)

@@ -6,7 +6,10 @@
 #include "recovery/ScanDepth.h"
 
 #include <QPointer>
+#include <QTimer>
 
+#include <functional>
+#include <string>
 #include <thread>
 #include <vector>
 
@@ -23,12 +26,14 @@ public:
     std::vector<RecoveryTarget*> targets;
     int engineMode = 1;  // 1: an earlier scan may be gone on with
     ScanDepth depth = ScanDepth::Deep;
-    // What became of the targets that were scanned; filled when DoModal has returned.
+    // What became of the targets that were scanned, and of the one that could not be; filled when DoModal has returned.
     std::vector<ScanOutcome> outcomes;
+    std::optional<TargetRefusal> refusal;
 
     QString GetWindowClassName() const override { return QStringLiteral("UIScanProcessWnd"); }
 
 protected:
+    void OnTaskInit() override;
     void RunTask(const TaskContext& context) override;
     bool StaysHidden() const override { return true; }
     void OnOpening(bool isOpening) override;
@@ -38,8 +43,11 @@ protected:
 private:
     void ShowWait();
     void HideWait();
+    void DrawStrip();
 
     QPointer<COpeningWait> m_wait;
     bool m_isOpening = false;
+    std::function<std::string(std::size_t cells)> m_strip;  // of the target that is scanned
+    QTimer m_stripTimer;
     std::thread m_firstUse;  // tells the maker's site, where there is one
 };

@@ -63,7 +63,7 @@ void CTaskWnd::RunGuarded()
     LanguageManager& languages = LanguageManager::GetInstance();
     try {
         RunTask({m_gate, m_board, languages.GetSection("Messages"), languages.GetSection("Desktop"),
-                 MakeHost()});
+                 languages.GetSection("Extras"), MakeHost()});
     } catch (...) {
         CloseWith(CloseFailed);  // memory ran out, or worse
     }
@@ -148,6 +148,7 @@ void CTaskWnd::Flush()
         }
     }
     if (!changes.visibilities.empty()) {
+        OnVisibilities();
         FocusAnswer();  // the button that had the focus may be gone
     }
     if (!changes.rows.empty()) {
@@ -175,8 +176,9 @@ void CTaskWnd::Cancel()
         return;
     }
     const CancelAnswer answer = m_question.Ask([this] {
-        return CMessageBox::Show(this, CMessageBox::Question, {}, Message(m_look.questionKey),
-                                 QuestionWidth, m_look.questionHeight) == CloseDone;
+        return CMessageBox::Show(this, CMessageBox::Question, {},
+                                 TextOf(m_look.questionSection, m_look.questionKey), QuestionWidth,
+                                 m_look.questionHeight) == CloseDone;
     });
     if (answer != CancelAnswer::Stop) {
         return;

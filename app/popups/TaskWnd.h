@@ -1,4 +1,4 @@
-// The base of the five windows that show how far a task is: its worker, its board, and the question whether to stop.
+// The base of the windows that show how far a task is: its worker, its board, and the question whether to stop.
 #pragma once
 
 #include "app/popups/PopUpWnd.h"
@@ -17,6 +17,7 @@ struct TaskLook
     const char* section;      // of its controls' texts
     const char* questionKey;  // whether to stop
     int questionHeight;       // it is 350 wide
+    const char* questionSection = "Messages";
 };
 
 class CTaskWnd : public CPopUpWnd
@@ -41,6 +42,8 @@ protected:
     // True when there is nothing to ask, and the window closes as done.
     virtual bool IsDone() const { return false; }
     virtual void OnRows(const std::vector<ReportRow>&) {}
+    // Controls were shown or hidden by the worker.
+    virtual void OnVisibilities() {}
     virtual void OnOpening(bool) {}
     // What the user is asked belongs to this window.
     virtual QWidget* OwnerOfQuestions() { return this; }

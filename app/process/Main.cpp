@@ -14,16 +14,19 @@
 #include <QApplication>
 
 #include <cstdio>
+#include <filesystem>
 #include <string_view>
+#include <vector>
 
 namespace {
 
 constexpr char DesktopFileName[] = "lumivault";
 constexpr char HelpText[] =
-    "Usage: lumivault [OPTION]\n"
+    "Usage: lumivault [OPTION] [IMAGE...]\n"
     "\n"
     "Finds deleted and lost photos, audio and video on a drive or in a disk image, and saves\n"
     "them to another drive. Opens a window; lumivault-cli does the same without one.\n"
+    "Image files that are named are listed in it, also when the window is open already.\n"
     "\n"
     "  -h, --help     print this help and exit\n"
     "  --version      print the version and exit\n";
@@ -43,6 +46,23 @@ bool AnswersInWords(int count, char** arguments)
         }
     }
     return false;
+}
+
+// What is no option, as whole paths: the first window stands in another folder. Qt has taken its own options by then.
+std::vector<std::filesystem::path> ImagesIn(int count, char** arguments)
+{
+    std::vector<std::filesystem::path> images;
+    bool isOption = true;
+    for (int index = 1; index < count; ++index) {
+        const std::string_view argument = arguments[index];
+        if (isOption && argument.starts_with('-')) {
+            isOption = argument != "--";
+            continue;
+        }
+        std::error_code ignored;
+        images.push_back(std::filesystem::absolute(argument, ignored));
+    }
+    return images;
 }
 
 // Where the player's window goes can be said on X alone, which most Wayland desktops offer too.
@@ -78,7 +98,8 @@ int main(int argumentCount, char** arguments)
     QApplication::setDesktopFileName(DesktopFileName);
     QApplication::setQuitOnLastWindowClosed(false);
     SingleInstance instance;
-    const InstanceRole role = instance.Take();
+    const std::vector<std::filesystem::path> images = ImagesIn(argumentCount, arguments);
+    const InstanceRole role = instance.Take(images);
     if (role == InstanceRole::SilentElse) {
         CMessageBox::Show(nullptr, CMessageBox::Information, {},
                           QString::fromStdString(
@@ -89,6 +110,6 @@ int main(int argumentCount, char** arguments)
         return 0;
     }
     Session session;
-    RunProgram(instance, session, Services());
+    RunProgram(instance, session, Services(), images);
     return 0;
 }

@@ -13,6 +13,8 @@
 
 namespace {
 
+constexpr unsigned SecondsForTheEnd = 10;
+
 void ShowCentered(QWidget& window)
 {
     if (const QScreen* const screen = window.screen()) {
@@ -34,7 +36,10 @@ bool ShowAgain(QWidget& window)
     return true;
 }
 
-void RunWindow(SingleInstance& instance, Session& session, MainServices services)
+void RunWindow(SingleInstance& instance,
+               Session& session,
+               MainServices services,
+               const std::vector<std::filesystem::path>& images)
 {
     // Deletes itself when it is closed.
     const QPointer<CMainWnd> alive(new CMainWnd(session, std::move(services)));
@@ -44,15 +49,23 @@ void RunWindow(SingleInstance& instance, Session& session, MainServices services
         return;
     }
     ShowCentered(*alive);
+    alive->OpenImages(images);
     instance.OnShowRequest([alive] { return alive != nullptr && ShowAgain(*alive); });
+    instance.OnOpenRequest([alive](const std::vector<std::filesystem::path>& more) {
+        if (alive != nullptr) {
+            alive->OpenImages(more);
+        }
+    });
     const TerminationSignals signalsToEnd;
     QSocketNotifier notifier(signalsToEnd.Descriptor(), QSocketNotifier::Read);
     QObject::connect(&notifier, &QSocketNotifier::activated, &notifier, [&notifier] {
         notifier.setEnabled(false);
+        TerminationSignals::EndWithin(SecondsForTheEnd);
         QCoreApplication::exit();  // without a question, also while one is asked
     });
     QApplication::exec();
     instance.OnShowRequest(nullptr);
+    instance.OnOpenRequest(nullptr);
     delete alive.data();
 }
 
@@ -66,8 +79,11 @@ void ClearAway(Session& session)
 
 }  // namespace
 
-void RunProgram(SingleInstance& instance, Session& session, MainServices services)
+void RunProgram(SingleInstance& instance,
+                Session& session,
+                MainServices services,
+                const std::vector<std::filesystem::path>& images)
 {
-    RunWindow(instance, session, std::move(services));
+    RunWindow(instance, session, std::move(services), images);
     ClearAway(session);
 }

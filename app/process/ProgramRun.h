@@ -7,5 +7,8 @@
 inline constexpr char ProgramTitle[] = "Orvanta Lumivault";
 
 // Returns when the user has closed the window, or a signal has asked the program to end: whatever runs then is ended without
-// a question.
-void RunProgram(SingleInstance& instance, Session& session, MainServices services);
+// a question. The images are loaded at its beginning.
+void RunProgram(SingleInstance& instance,
+                Session& session,
+                MainServices services,
+                const std::vector<std::filesystem::path>& images = {});

@@ -4,15 +4,49 @@
 
 #include <QLocalSocket>
 
+#include <algorithm>
 #include <utility>
 
 namespace {
 
 constexpr int ConnectMilliseconds = 300;
 constexpr int AnswerMilliseconds = 1000;
-constexpr char Question[] = "show\n";
+// "show", a blank and the code of each image, a line break. The codes have neither blanks nor line breaks.
+constexpr char Show[] = "show";
 constexpr char Shown[] = "shown\n";
-constexpr qint64 LongestLine = 64;
+constexpr qint64 LongestQuestion = 256 * 1024;
+constexpr qint64 LongestAnswer = 64;
+constexpr std::size_t MostImages = 16;
+constexpr qsizetype LongestPath = 4096;
+
+QByteArray QuestionWith(const std::vector<std::filesystem::path>& images)
+{
+    QByteArray question(Show);
+    for (std::size_t i = 0; i < std::min(images.size(), MostImages); ++i) {
+        question += ' ' + QByteArray::fromStdString(images[i].string()).toPercentEncoding();
+    }
+    return question + '\n';
+}
+
+// Nothing where one of them is no absolute path.
+std::vector<std::filesystem::path> ImagesIn(const QList<QByteArray>& codes)
+{
+    std::vector<std::filesystem::path> images;
+    for (const QByteArray& code : codes) {
+        const QByteArray path = QByteArray::fromPercentEncoding(code);
+        if (!path.startsWith('/') || path.contains('\0') || path.size() >= LongestPath ||
+            images.size() == MostImages) {
+            return {};
+        }
+        images.emplace_back(path.toStdString());
+    }
+    return images;
+}
+
+bool IsOfThisUser(const QLocalSocket& socket)
+{
+    return UserAtOtherEnd(static_cast<int>(socket.socketDescriptor())) == UserNumber();
+}
 
 }  // namespace
 
@@ -28,13 +62,14 @@ QString SingleInstance::DefaultName()
     return QStringLiteral("Lumivault_2013_For_Windows.%1").arg(UserNumber());
 }
 
-InstanceRole SingleInstance::Take()
+InstanceRole SingleInstance::Take(const std::vector<std::filesystem::path>& images)
 {
+    const QByteArray question = QuestionWith(images);
     InstanceRole role = InstanceRole::First;
     constexpr int Attempts =
         3;  // of two that start at once one comes too late to listen, and asks again
     for (int attempt = 0; attempt < Attempts; ++attempt) {
-        if (AskFirst(role)) {
+        if (AskFirst(question, role)) {
             return role;
         }
         if (m_server.listen(m_name)) {
@@ -45,7 +80,7 @@ InstanceRole SingleInstance::Take()
 }
 
 // False when there is none.
-bool SingleInstance::AskFirst(InstanceRole& outRole) const
+bool SingleInstance::AskFirst(const QByteArray& question, InstanceRole& outRole) const
 {
     QLocalSocket socket;
     socket.setSocketOptions(QLocalSocket::AbstractNamespaceOption);
@@ -53,27 +88,56 @@ bool SingleInstance::AskFirst(InstanceRole& outRole) const
     if (!socket.waitForConnected(ConnectMilliseconds)) {
         return false;
     }
-    socket.write(Question);
+    outRole = InstanceRole::SilentElse;
+    if (!IsOfThisUser(socket)) {
+        return true;  // somebody sits on the name, and is told nothing
+    }
+    socket.write(question);
     socket.waitForBytesWritten(ConnectMilliseconds);
-    const bool answered = socket.waitForReadyRead(AnswerMilliseconds) &&
-                          socket.readLine(LongestLine) == QByteArray(Shown);
-    outRole = answered ? InstanceRole::ShownElse : InstanceRole::SilentElse;
+    if (socket.waitForReadyRead(AnswerMilliseconds) &&
+        socket.readLine(LongestAnswer) == QByteArray(Shown)) {
+        outRole = InstanceRole::ShownElse;
+    }
     return true;
 }
 
-// Anyone can connect: what comes is short, is asked for once, and makes nothing happen but the showing of a window.
+// True when there was a window to show. Images are only named by it: what they are is looked at when they are loaded.
+bool SingleInstance::Answer(const QByteArray& question) const
+{
+    QList<QByteArray> words = question.chopped(1).split(' ');
+    if (words.takeFirst() != QByteArray(Show)) {
+        return false;
+    }
+    const std::vector<std::filesystem::path> images = ImagesIn(words);
+    if (images.empty() != words.empty() || !m_show || !m_show()) {
+        return false;
+    }
+    if (!images.empty() && m_open) {
+        m_open(images);
+    }
+    return true;
+}
+
+// Any process can connect: what comes is asked for once, and of strangers nothing is taken.
 void SingleInstance::AnswerNext()
 {
     while (QLocalSocket* const socket = m_server.nextPendingConnection()) {
         QObject::connect(socket, &QLocalSocket::disconnected, socket, &QObject::deleteLater);
-        socket->setReadBufferSize(LongestLine);
+        if (!IsOfThisUser(*socket)) {
+            socket->disconnectFromServer();
+            continue;
+        }
+        socket->setReadBufferSize(LongestQuestion);
         const auto answer = [this, socket] {
-            if (socket->readLine(LongestLine) == QByteArray(Question) && m_show && m_show()) {
+            if (!socket->canReadLine() && socket->bytesAvailable() < LongestQuestion) {
+                return;  // the rest is to come
+            }
+            QObject::disconnect(socket, &QLocalSocket::readyRead, nullptr, nullptr);
+            if (socket->canReadLine() && Answer(socket->readLine())) {
                 socket->write(Shown);
             }
             socket->disconnectFromServer();
         };
-        QObject::connect(socket, &QLocalSocket::readyRead, socket, answer,
-                         Qt::SingleShotConnection);
+        QObject::connect(socket, &QLocalSocket::readyRead, socket, answer);
     }
 }

@@ -1,12 +1,15 @@
 // One window for each user: a second start shows the first one's and ends.
 #pragma once
 
+#include <QByteArray>
 #include <QLocalServer>
 #include <QObject>
 #include <QString>
 #include <QStringList>
 
+#include <filesystem>
 #include <functional>
+#include <vector>
 
 enum class InstanceRole
 {
@@ -27,15 +30,21 @@ public:
 
     static QString DefaultName();
 
-    InstanceRole Take();
+    // The images are handed to the first one, where there is one.
+    InstanceRole Take(const std::vector<std::filesystem::path>& images = {});
     // Called when another process asks; true when there was a window to show. Until one is set there is none.
     void OnShowRequest(std::function<bool()> show) { m_show = std::move(show); }
+    // Called behind it with the images that another process of this user hands over, which are absolute paths.
+    using Open = std::function<void(const std::vector<std::filesystem::path>& images)>;
+    void OnOpenRequest(Open open) { m_open = std::move(open); }
 
 private:
-    bool AskFirst(InstanceRole& outRole) const;
+    bool AskFirst(const QByteArray& question, InstanceRole& outRole) const;
     void AnswerNext();
+    bool Answer(const QByteArray& question) const;
 
     QString m_name;
     QLocalServer m_server;
     std::function<bool()> m_show;
+    Open m_open;
 };

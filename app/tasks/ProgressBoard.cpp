@@ -58,26 +58,27 @@ void ProgressBoard::SetVisible(std::string_view name, bool isVisible)
     Tell(isFirst);
 }
 
-std::size_t ProgressBoard::AddRow(std::string path, std::string status, bool isGood)
+std::size_t ProgressBoard::AddRow(ReportRow row)
 {
     std::unique_lock held(m_lock);
-    const std::size_t number = m_all.rows.size();
-    m_changed.rows.push_back({number, path, status, isGood});
-    m_all.rows.push_back({number, std::move(path), std::move(status), isGood});
+    row.number = m_all.rows.size();
+    const std::size_t number = row.number;
+    m_changed.rows.push_back(row);
+    m_all.rows.push_back(std::move(row));
     const bool isFirst = Mark();
     held.unlock();
     Tell(isFirst);
     return number;
 }
 
-void ProgressBoard::ChangeRow(std::size_t number, std::string path, std::string status, bool isGood)
+void ProgressBoard::ChangeRow(ReportRow row)
 {
     std::unique_lock held(m_lock);
-    if (number >= m_all.rows.size()) {
+    if (row.number >= m_all.rows.size()) {
         return;
     }
-    m_changed.rows.push_back({number, path, status, isGood});
-    m_all.rows[number] = {number, std::move(path), std::move(status), isGood};
+    m_changed.rows.push_back(row);
+    m_all.rows[row.number] = std::move(row);
     const bool isFirst = Mark();
     held.unlock();
     Tell(isFirst);

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <functional>
 #include <map>
 #include <mutex>
@@ -17,6 +18,7 @@ struct ReportRow
     std::string path;
     std::string status;
     bool isGood = false;
+    std::uint64_t missingBytes = 0;  // of a damaged file
 };
 
 struct BoardChanges
@@ -38,8 +40,10 @@ public:
     void SetText(std::string_view name, std::string text);
     void SetValue(std::string_view name, int value);
     void SetVisible(std::string_view name, bool isVisible);
-    std::size_t AddRow(std::string path, std::string status, bool isGood);
-    void ChangeRow(std::size_t number, std::string path, std::string status, bool isGood);
+    // The number that it is given.
+    std::size_t AddRow(ReportRow row);
+    // The one of that number.
+    void ChangeRow(ReportRow row);
 
     // Empty, 0 and false for a name that was not set.
     std::string Text(std::string_view name) const;

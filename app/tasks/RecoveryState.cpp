@@ -30,3 +30,22 @@ std::shared_ptr<ScanSession> RecoveryState::FindEngine(const FileRecord& record)
     });
     return found == targets.end() ? nullptr : (*found)->engine;
 }
+
+DestinationFault RecoveryState::FaultOf(const std::filesystem::path& folder) const
+{
+    const Destination destination(folder, Layout::ByCategory);
+    DestinationFault worst = DestinationFault::None;
+    for (const auto& target : targets) {
+        if (!target->engine) {
+            continue;
+        }
+        const DestinationFault fault = destination.CheckPlace(target->engine->Target());
+        if (fault == DestinationFault::OnSource) {
+            return fault;
+        }
+        if (fault != DestinationFault::None) {
+            worst = fault;
+        }
+    }
+    return worst;
+}

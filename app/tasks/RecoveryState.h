@@ -5,6 +5,7 @@
 #pragma once
 
 #include "results/SelectionMap.h"
+#include "session/Destination.h"
 #include "session/Session.h"
 #include "session/TargetList.h"
 
@@ -44,4 +45,6 @@ struct RecoveryState
 
     // Of the first target whose records carry that letter; null when there is none, or when it has none.
     std::shared_ptr<ScanSession> FindEngine(const FileRecord& record) const;
+    // OnSource, MayBeOnSource or none: the worst that any scanned target says of a folder.
+    DestinationFault FaultOf(const std::filesystem::path& folder) const;
 };

@@ -1,5 +1,7 @@
 #include "app/tasks/RestoreWorker.h"
 
+#include "app/tasks/CloseCode.h"
+#include "platform/Text.h"
 #include "texts/LanguageSection.h"
 #include "texts/TextFormat.h"
 
@@ -33,6 +35,7 @@ void RestoreWorker::RunOne(const FoundRow* row)
 
 void RestoreWorker::End()
 {
+    ShowSummary();
     m_context.board.SetVisible("FinishBtn", true);
     m_context.board.SetVisible("CancelBtn", false);
 }
@@ -42,6 +45,7 @@ bool RestoreWorker::Restore(std::span<const FoundRow> rows, bool isGuarded)
     m_processed = 0;
     m_failed = 0;
     m_total = static_cast<std::int32_t>(rows.size());
+    m_damaged = 0;
     std::vector<std::shared_ptr<ScanSession>> sources;
     for (const auto& target : m_state.targets) {
         if (target->engine != nullptr) {
@@ -53,17 +57,37 @@ bool RestoreWorker::Restore(std::span<const FoundRow> rows, bool isGuarded)
     RestoreCalls calls;
     calls.onProgress = [this](const RestoreProgress& progress) { return OnProgress(progress); };
     calls.onFile = [this](const ScanSession* source, const FoundRow&, const FileOutcome& outcome) {
-        const std::lock_guard held(m_context.gate.lock);
-        OnOutcome(source != nullptr, outcome);
+        {
+            const std::lock_guard held(m_context.gate.lock);
+            OnOutcome(source != nullptr, outcome);
+        }
+        AskWhenFull(outcome);
     };
     if (isGuarded) {
         calls.guard = faultGuard;
     }
-    return RestoreFiles(sources, rows, destination, calls).stopped;
+    return RestoreFiles(sources, rows, destination, calls).stopped && !m_isFull;
+}
+
+// Once a row of failures: whoever goes on knows that more of them follow.
+void RestoreWorker::AskWhenFull(const FileOutcome& outcome)
+{
+    constexpr std::int32_t FailuresThatTell = 3;
+    if (outcome.why != ResultDiskFull) {
+        m_fullInARow = 0;
+        return;
+    }
+    if (++m_fullInARow == FailuresThatTell && m_processed < m_total) {
+        m_isFull =
+            m_context.host.ask({true, m_context.extras.Get("EXT0206"), 400, 150}) == CloseDone;
+    }
 }
 
 Answer RestoreWorker::OnProgress(const RestoreProgress& progress)
 {
+    if (m_isFull) {
+        return Answer::Stop;
+    }
     return TellProgress(m_context.gate, [&] {
         if (progress.path.empty()) {
             m_row.reset();  // the next record begins
@@ -85,11 +109,13 @@ void RestoreWorker::OnFileDone(const RestoreProgress& progress)
         m_failed += isGood ? 0 : 1;
         ++m_processed;
     }
-    Report(progress.path.string(),
-           isGood ? m_context.desktop.Get("DSK0204") : ErrorText(progress.error), isGood);
+    const std::string status =
+        isGood ? m_context.desktop.Get("DSK0204") : ErrorText(progress.error);
+    Report({0, progress.path.string(), status, isGood});
 }
 
-// The engine's own words stand, unless there were none or the file came to grief behind them.
+// The engine's own words stand, unless there were none or the file came to grief behind them. That bytes are missing is told
+// beside them.
 void RestoreWorker::OnOutcome(bool hasSource, const FileOutcome& outcome)
 {
     if (outcome.end == FileEnd::NotTried || outcome.end == FileEnd::Cancelled) {
@@ -97,17 +123,23 @@ void RestoreWorker::OnOutcome(bool hasSource, const FileOutcome& outcome)
     }
     const bool isGood = outcome.end == FileEnd::Restored;
     const bool isLost = outcome.end == FileEnd::Failed;
+    ReportRow row = {0, outcome.path.string(), StatusOf(outcome), isGood};
+    row.missingBytes = outcome.written && !isGood ? outcome.Missing() : 0;
+    m_damaged += row.missingBytes != 0 ? 1 : 0;
     if (!m_row) {
         ++m_processed;
         m_failed += isGood ? 0 : 1;
         if (hasSource && !outcome.faulted) {
-            Report(outcome.path.string(), StatusOf(outcome), isGood);
+            Report(std::move(row));
         }
     } else if (isLost && m_row->isGood) {
         ++m_failed;
-        Report(outcome.path.string(), StatusOf(outcome), false);
-    } else if (!outcome.path.empty() && outcome.path.string() != m_row->path) {
-        Report(outcome.path.string(), m_row->status, m_row->isGood);  // where it went in the end
+        Report(std::move(row));
+    } else if (row.missingBytes != 0 || (!row.path.empty() && row.path != m_row->path)) {
+        row.path = row.path.empty() ? m_row->path : row.path;  // where it went in the end
+        row.status = m_row->status;
+        row.isGood = m_row->isGood;
+        Report(std::move(row));
     }
     ShowCounts();
 }
@@ -120,18 +152,26 @@ std::string RestoreWorker::StatusOf(const FileOutcome& outcome) const
     return m_context.desktop.Get(outcome.end == FileEnd::Restored ? "DSK0204" : "DSK0205");
 }
 
-void RestoreWorker::Report(const std::string& path, const std::string& status, bool isGood)
+void RestoreWorker::Report(ReportRow row)
 {
     if (m_row) {
-        *m_row = {m_row->number, path, status, isGood};
-        m_context.board.ChangeRow(m_row->number, path, status, isGood);
-        return;
+        row.number = m_row->number;
+        m_context.board.ChangeRow(row);
+    } else {
+        row.number = m_context.board.AddRow(row);
     }
-    m_row = ReportRow{m_context.board.AddRow(path, status, isGood), path, status, isGood};
+    m_row = std::move(row);
 }
 
 void RestoreWorker::ShowCounts() const
 {
     m_context.board.SetText("recovered", FormatText(m_context.messages.Get("MSG1102"), m_processed,
                                                     m_total, m_processed - m_failed, m_failed));
+}
+
+void RestoreWorker::ShowSummary() const
+{
+    m_context.board.SetText("summary", FormatText(m_context.extras.Get("EXT0254"),
+                                                  m_processed - m_failed, m_total, m_damaged,
+                                                  Printable(m_state.restoreFolder.string())));
 }

@@ -28,10 +28,12 @@ private:
     Answer OnProgress(const RestoreProgress& progress);
     // The engine has told the end of a file; a folder's files all count as the one record that they belong to.
     void OnFileDone(const RestoreProgress& progress);
+    void AskWhenFull(const FileOutcome& outcome);
     // What became of it in the end, which has the last word.
     void OnOutcome(bool hasSource, const FileOutcome& outcome);
-    void Report(const std::string& path, const std::string& status, bool isGood);
+    void Report(ReportRow row);
     void ShowCounts() const;
+    void ShowSummary() const;
     std::string StatusOf(const FileOutcome& outcome) const;
 
     TaskContext m_context;
@@ -39,5 +41,8 @@ private:
     std::int32_t m_processed = 0;
     std::int32_t m_failed = 0;
     std::int32_t m_total = 0;
+    std::int32_t m_damaged = 0;
+    std::int32_t m_fullInARow = 0;   // files that found no room, one behind the other
+    bool m_isFull = false;           // and the user wants no more of them to be tried
     std::optional<ReportRow> m_row;  // of the record that is being restored, once there is one
 };

@@ -46,3 +46,49 @@ std::vector<std::string> ScanRemarks(const std::vector<ScanOutcome>& outcomes,
     }
     return remarks;
 }
+
+std::string
+ReasonOf(const TargetRefusal& refusal, LanguageSection& desktop, LanguageSection& extras)
+{
+    if (refusal.fault == TargetFault::OutOfMemory) {
+        return extras.Get("EXT0236");
+    }
+    switch (refusal.why) {
+    case ResultAccessDenied:
+    case ResultNotSupported:  // there is nobody who could ask an administrator
+        return refusal.isImage ? extras.Get("EXT0231") : desktop.Get("DSK0203");
+    case ResultFileNotFound:
+    case ResultPathNotFound:
+    case ResultNotConnected:
+    case ResultNoMedium:
+        return extras.Get("EXT0232");
+    case ResultShortRead:
+    case ResultInvalidParameter:  // less than a sector
+        return extras.Get("EXT0233");
+    case ResultBusy:
+    case ResultLocked:
+        return extras.Get("EXT0234");
+    case ResultReadFault:
+    case ResultDeviceFault:
+        return extras.Get("EXT0235");
+    case ResultOutOfMemory:
+        return extras.Get("EXT0236");
+    default:
+        return FormatText(extras.Get("EXT0237"), ErrorText(refusal.why));
+    }
+}
+
+std::string RemarkOnEarlier(const EarlierScan& earlier, LanguageSection& extras)
+{
+    std::string remark;
+    if (earlier.state != EarlierState::Complete) {
+        remark =
+            FormatText(extras.Get(earlier.state == EarlierState::Stopped ? "EXT0201" : "EXT0202"),
+                       earlier.percent);
+    }
+    if (earlier.unreadSectors != 0) {
+        remark +=
+            (remark.empty() ? "" : "\n") + FormatText(extras.Get("EXT0203"), earlier.unreadSectors);
+    }
+    return remark;
+}

@@ -11,3 +11,10 @@ class LanguageSection;
 // One sentence or two each, of the section "Desktop", for all targets of a scan together; empty when nothing is missing.
 std::vector<std::string> ScanRemarks(const std::vector<ScanOutcome>& outcomes,
                                      LanguageSection& desktop);
+
+// Why a target could not be opened; of the sections "Desktop" and "Extras".
+std::string
+ReasonOf(const TargetRefusal& refusal, LanguageSection& desktop, LanguageSection& extras);
+
+// What an earlier scan that would be gone on with lacks; empty for a complete one. Of the section "Extras".
+std::string RemarkOnEarlier(const EarlierScan& earlier, LanguageSection& extras);

@@ -2,6 +2,7 @@
 
 #include "app/tasks/CloseCode.h"
 #include "app/tasks/Opening.h"
+#include "app/tasks/ScanRemarks.h"
 #include "texts/LanguageSection.h"
 #include "texts/TextFormat.h"
 #include "texts/TextForms.h"
@@ -52,6 +53,9 @@ bool ScanWorker::ScanAll()
         const std::shared_ptr<ScanSession> engine = target->engine;
         const EarlierChoice choice = AskForEarlier(*engine);
         m_context.host.show();
+        if (onTarget) {
+            onTarget(engine->Strip());
+        }
         outcomes.push_back(engine->Scan(
             choice, [this](const Progress& progress) { return OnProgress(progress); }));
         if (outcomes.back().end == ScanEnd::Stopped) {
@@ -78,21 +82,17 @@ ScanWorker::Opened ScanWorker::Open(RecoveryTarget& target)
     return Opened::Yes;
 }
 
-ScanWorker::Opened ScanWorker::TellWhyNot(const RecoveryTarget& target,
-                                          const OpenOutcome& outcome) const
+ScanWorker::Opened ScanWorker::TellWhyNot(const RecoveryTarget& target, const OpenOutcome& outcome)
 {
-    const char* key = nullptr;
     if (outcome.end == OpenEnd::NotLocked) {
-        key = outcome.lock.end == LockEnd::HeldElsewhere ? "DSK0201" : "DSK0202";
-    } else if (!target.IsImage() && (outcome.refusal.why == ResultAccessDenied ||
-                                     outcome.refusal.why == ResultNotSupported)) {
-        key = "DSK0203";
+        const bool isHeld = outcome.lock.end == LockEnd::HeldElsewhere;
+        m_context.host.ask(
+            {false, m_context.desktop.Get(isHeld ? "DSK0201" : "DSK0202"), 400, 150});
+        return Opened::Told;
     }
-    if (key == nullptr) {
-        return Opened::Refused;
-    }
-    m_context.host.ask({false, m_context.desktop.Get(key), 400, 150});
-    return Opened::Told;
+    refusal = outcome.refusal;
+    refusal->isImage = target.IsImage();
+    return Opened::Refused;
 }
 
 EarlierChoice ScanWorker::AskForEarlier(const ScanSession& engine) const
@@ -100,8 +100,19 @@ EarlierChoice ScanWorker::AskForEarlier(const ScanSession& engine) const
     if (engineMode != 1 || !engine.Earlier()) {
         return EarlierChoice::GoOn;
     }
-    const int answer = m_context.host.ask({true, m_context.messages.Get("MSG1206"), 350, 150});
-    return answer == CloseDone ? EarlierChoice::GoOn : EarlierChoice::Drop;
+    const EarlierScan& earlier = *engine.Earlier();
+    TaskBox box = {true, m_context.messages.Get("MSG1206"), 350, 150};
+    if (const std::string remark = RemarkOnEarlier(earlier, m_context.extras); !remark.empty()) {
+        box = {true, box.text + "\n" + remark, 450, 220};
+    }
+    if (m_context.host.ask(box) != CloseDone) {
+        return EarlierChoice::Drop;
+    }
+    const bool canReadAgain = earlier.state == EarlierState::Complete && earlier.unreadSectors != 0;
+    return canReadAgain && m_context.host.ask({true, m_context.extras.Get("EXT0204"), 400, 150}) ==
+                               CloseDone
+               ? EarlierChoice::ReadAgain
+               : EarlierChoice::GoOn;
 }
 
 Answer ScanWorker::OnProgress(const Progress& progress) const

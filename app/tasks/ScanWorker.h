@@ -5,6 +5,7 @@
 #include "app/tasks/TaskContext.h"
 #include "recovery/ScanDepth.h"
 
+#include <optional>
 #include <vector>
 
 class ScanWorker
@@ -15,7 +16,11 @@ public:
     std::vector<RecoveryTarget*> targets;
     int engineMode = 1;  // 1: an earlier scan may be gone on with
     ScanDepth depth = ScanDepth::Deep;
-    std::vector<ScanOutcome> outcomes;  // of the targets that were scanned, in their order
+    std::vector<ScanOutcome> outcomes;     // of the targets that were scanned, in their order
+    std::optional<TargetRefusal> refusal;  // of the target that could not be opened
+
+    // Told of each target before it is scanned; what comes with it draws how far that is, and may be null.
+    std::function<void(std::function<std::string(std::size_t cells)> strip)> onTarget;
 
     void Run();
 
@@ -30,7 +35,7 @@ private:
 
     bool ScanAll();
     Opened Open(RecoveryTarget& target);
-    Opened TellWhyNot(const RecoveryTarget& target, const OpenOutcome& outcome) const;
+    Opened TellWhyNot(const RecoveryTarget& target, const OpenOutcome& outcome);
     EarlierChoice AskForEarlier(const ScanSession& engine) const;
     Answer OnProgress(const Progress& progress) const;
 

@@ -36,6 +36,7 @@ struct TaskContext
     ProgressBoard& board;
     LanguageSection& messages;  // the section "Messages"
     LanguageSection& desktop;   // the section "Desktop"
+    LanguageSection& extras;    // the section "Extras"
     TaskHost host;
 };
 

@@ -10,6 +10,6 @@ void TaskGate::Reset()
 
 TaskGate& GateOf(TaskKind kind)
 {
-    static std::array<TaskGate, 5> gates;
+    static std::array<TaskGate, 6> gates;
     return gates.at(static_cast<std::size_t>(kind));
 }

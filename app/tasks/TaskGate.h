@@ -10,7 +10,8 @@ enum class TaskKind
     Search,
     Restore,
     Preview,
-    Image
+    Image,
+    Rescue
 };
 
 // A worker's callback holds the lock while it tells how far it is; the question whether to stop holds it while it is open.

@@ -4,8 +4,6 @@
 #include "platform/SafeName.h"
 #include "texts/TextForms.h"
 
-namespace {
-
 ScanTarget TargetOf(const ImageSource& source)
 {
     if (source.target != nullptr) {
@@ -17,8 +15,6 @@ ScanTarget TargetOf(const ImageSource& source)
     whole.sectorCount = source.disk.sizeBytes / source.disk.sectorSize;
     return whole;
 }
-
-}  // namespace
 
 std::optional<ImageSource> ImageSourceOf(RecoveryTarget* target, const DiskFacts* disk)
 {

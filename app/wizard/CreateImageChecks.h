@@ -18,6 +18,8 @@ struct ImageSource
 // Nothing when the row is neither a part of a disk nor a disk.
 std::optional<ImageSource> ImageSourceOf(RecoveryTarget* target, const DiskFacts* disk);
 
+ScanTarget TargetOf(const ImageSource& source);
+
 // "3 (FAT32, 1.50 GB)" or "Physical Disk 2": without an ending, and without what a file name cannot hold.
 std::string ProposedName(const ImageSource& source);
 

@@ -1,7 +1,10 @@
 #include "app/wizard/CreateImageFlow.h"
 
 #include "app/popups/CreateImageProcessWnd.h"
+#include "app/popups/RescueProcessWnd.h"
 #include "app/wizard/MainTexts.h"
+#include "platform/Folders.h"
+#include "texts/LanguageManager.h"
 
 #include <QThread>
 
@@ -40,7 +43,7 @@ void CreateImageFlow::Start(bool targetChosen)
     std::filesystem::path proposal = ProposedName(*source);
     while (const auto chosen = m_context.services.dialogs->SaveImage(&m_context.window, proposal)) {
         if (MayWrite(*source, *chosen)) {
-            Copy(*source, *chosen);
+            Make(*source, *chosen);
             return;
         }
         proposal = *chosen;
@@ -62,6 +65,37 @@ bool CreateImageFlow::MayWrite(const ImageSource& source, const std::filesystem:
     return true;
 }
 
+void CreateImageFlow::Make(const ImageSource& source, const std::filesystem::path& file)
+{
+    if (GoesOn(source, file)) {
+        Rescue(source, file, std::nullopt);
+    } else {
+        Copy(source, file);
+    }
+    if (Ask(CMessageBox::Question, MessageText("MSG0214"), 400, 150) == CloseDone) {
+        m_useImage(file);
+    }
+}
+
+bool CreateImageFlow::GoesOn(const ImageSource& source, const std::filesystem::path& file) const
+{
+    RescueTask task(TargetOf(source), file);
+    while (const std::optional<RescueProblem> problem = task.NextProblem()) {
+        if (problem->fault != RescueFault::Image || !problem->image.IsQuestion()) {
+            return false;
+        }
+    }
+    if (!task.GoesOn()) {
+        return false;
+    }
+    if (Ask(CMessageBox::Question, ExtraText("EXT0208"), 450, 150) == CloseDone) {
+        return true;
+    }
+    // It would say of the new image what is missing in the old one.
+    (void)RemoveFile(task.MapFile());
+    return false;
+}
+
 void CreateImageFlow::Copy(const ImageSource& source, const std::filesystem::path& file)
 {
     auto* process = new CCreateImageProcessWnd;
@@ -74,12 +108,37 @@ void CreateImageFlow::Copy(const ImageSource& source, const std::filesystem::pat
     }
     const int code =
         process->Create(&m_context.window, 450, 250) ? process->DoModal() : CloseFailed;
+    const ImageOutcome outcome = process->outcome;
     process->Release();
-    if (code == CloseFailed) {
-        QThread::msleep(FailurePauseMilliseconds);
-        Ask(CMessageBox::Information, MessageText("MSG0217"), 300, 130);
+    if (code != CloseFailed) {
+        return;
     }
-    if (Ask(CMessageBox::Question, MessageText("MSG0214"), 400, 150) == CloseDone) {
-        m_useImage(file);
+    QThread::msleep(FailurePauseMilliseconds);
+    Ask(CMessageBox::Information, MessageText("MSG0217"), 300, 130);
+    if (outcome.end == ImageEnd::ReadFault &&
+        Ask(CMessageBox::Question, ExtraText("EXT0207"), 450, 150) == CloseDone) {
+        Rescue(source, file, outcome.WrittenBytes());
     }
+}
+
+void CreateImageFlow::Rescue(const ImageSource& source,
+                             const std::filesystem::path& file,
+                             std::optional<std::uint64_t> copiedBytes)
+{
+    auto* process = new CRescueProcessWnd;
+    process->SetMain(&m_context.window, &m_context.state);
+    process->source = TargetOf(source);
+    process->outputPath = file;
+    process->copiedBytes = copiedBytes;
+    if (process->Create(&m_context.window, 450, 270)) {
+        process->DoModal();
+    }
+    const RescueOutcome outcome = process->outcome;
+    const std::optional<RescueProblem> problem = process->problem;
+    process->Release();
+    const bool hasNoRoom = problem && problem->image.fault == ImageFault::NoRoom;
+    Ask(CMessageBox::Information,
+        hasNoRoom ? MessageText("MSG0221")
+                  : RescueSummary(outcome, LanguageManager::GetInstance().GetSection("Extras")),
+        450, 150);
 }

@@ -22,6 +22,24 @@ std::optional<std::filesystem::path> Run(QFileDialog& dialog)
     return std::filesystem::path(name.toStdString());
 }
 
+std::optional<std::filesystem::path> AskWhere(QWidget* parent,
+                                              const std::filesystem::path& proposal,
+                                              const QString& ending,
+                                              const QStringList& filters)
+{
+    QFileDialog dialog(parent);
+    dialog.setAcceptMode(QFileDialog::AcceptSave);
+    dialog.setFileMode(QFileDialog::AnyFile);
+    dialog.setDefaultSuffix(ending);
+    dialog.setNameFilters(filters);
+    if (proposal.has_parent_path()) {
+        dialog.setDirectory(
+            QFile::decodeName(QByteArray::fromStdString(proposal.parent_path().string())));
+    }
+    dialog.selectFile(QFile::decodeName(QByteArray::fromStdString(proposal.filename().string())));
+    return Run(dialog);
+}
+
 }  // namespace
 
 std::optional<std::filesystem::path> FileDialogs::OpenImage(QWidget* parent)
@@ -35,17 +53,15 @@ std::optional<std::filesystem::path> FileDialogs::OpenImage(QWidget* parent)
 std::optional<std::filesystem::path> FileDialogs::SaveImage(QWidget* parent,
                                                             const std::filesystem::path& proposal)
 {
-    QFileDialog dialog(parent);
-    dialog.setAcceptMode(QFileDialog::AcceptSave);
-    dialog.setFileMode(QFileDialog::AnyFile);
-    dialog.setDefaultSuffix(QStringLiteral("img"));
-    dialog.setNameFilters(ImageFilters());
-    if (proposal.has_parent_path()) {
-        dialog.setDirectory(
-            QFile::decodeName(QByteArray::fromStdString(proposal.parent_path().string())));
-    }
-    dialog.selectFile(QFile::decodeName(QByteArray::fromStdString(proposal.filename().string())));
-    return Run(dialog);
+    return AskWhere(parent, proposal, QStringLiteral("img"), ImageFilters());
+}
+
+std::optional<std::filesystem::path> FileDialogs::SaveText(QWidget* parent,
+                                                           const std::filesystem::path& proposal)
+{
+    return AskWhere(parent, proposal, QStringLiteral("txt"),
+                    {ToQt(ExtraText("EXT0255")) + QStringLiteral(" (*.txt)"),
+                     ToQt(DesktopText("DSK0102")) + QStringLiteral(" (*)")});
 }
 
 std::optional<std::filesystem::path> FileDialogs::ChooseFolder(QWidget* parent,

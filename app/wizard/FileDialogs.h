@@ -25,6 +25,9 @@ public:
     SaveImage(QWidget* parent, const std::filesystem::path& proposal) = 0;
     virtual std::optional<std::filesystem::path> ChooseFolder(QWidget* parent,
                                                               const QString& title) = 0;
+    // Where to write a text file; asks before a file is replaced.
+    virtual std::optional<std::filesystem::path>
+    SaveText(QWidget* parent, const std::filesystem::path& proposal) = 0;
 };
 
 // Those of the desktop.
@@ -36,4 +39,6 @@ public:
                                                    const std::filesystem::path& proposal) override;
     std::optional<std::filesystem::path> ChooseFolder(QWidget* parent,
                                                       const QString& title) override;
+    std::optional<std::filesystem::path> SaveText(QWidget* parent,
+                                                  const std::filesystem::path& proposal) override;
 };

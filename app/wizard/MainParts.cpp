@@ -18,7 +18,9 @@ MainParts::MainParts(MainContext& mainContext)
               MakeRefreshOwner()),
       imageParts(
           {[this] { return context.flows == 0; },
-           [this](char16_t imageId, const TargetParts& parts) { AddImageParts(imageId, parts); }})
+           [this](char16_t imageId, const TargetParts& parts) { AddImageParts(imageId, parts); }}),
+      arrivals(context,
+               [this](const std::vector<std::filesystem::path>& images) { LoadImages(images); })
 {
     pages.foundFiles = [this] { return context.state.results.size(); };
     pages.onResultTexts = [this] { results.UpdateSelectionLabel(); };
@@ -105,6 +107,14 @@ void MainParts::AddImageParts(char16_t imageId, const TargetParts& parts)
         // More is known of it by now.
         context.window.SendNotify(*context.window.FindControl(QStringLiteral("DiskList")),
                                   NotifyItemSelect);
+    }
+}
+
+void MainParts::LoadImages(const std::vector<std::filesystem::path>& images)
+{
+    EnterMode(WizardMode::Recover);
+    for (const std::filesystem::path& path : images) {
+        disks.Select(disks.AddImage(path));
     }
 }
 

@@ -5,6 +5,7 @@
 #include "app/wizard/DiskRefresh.h"
 #include "app/wizard/DiskRows.h"
 #include "app/wizard/ImagePartsListing.h"
+#include "app/wizard/ImageArrivals.h"
 #include "app/wizard/InlinePreview.h"
 #include "app/wizard/MainContext.h"
 #include "app/wizard/RestoreFlow.h"
@@ -26,6 +27,8 @@ struct MainParts
     void EnterMode(WizardMode mode);
     // Goes on with an image that has just been made.
     void UseImage(const std::filesystem::path& path);
+    // Lists images that have come from outside, and selects the last one.
+    void LoadImages(const std::vector<std::filesystem::path>& images);
     void RewriteTexts();
 
     MainContext& context;
@@ -39,6 +42,7 @@ struct MainParts
     InlinePreview preview;
     DiskRefresh refresh;
     ImagePartsListing imageParts;
+    ImageArrivals arrivals;
 
 private:
     DiskRefresh::Owner MakeRefreshOwner();

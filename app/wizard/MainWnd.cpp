@@ -11,6 +11,7 @@
 #include "ui/custom/CustomElements.h"
 
 #include <QCoreApplication>
+#include <QDropEvent>
 #include <QKeyEvent>
 
 #include <utility>
@@ -46,6 +47,7 @@ void CMainWnd::InitWindow()
     m_parts = std::make_unique<MainParts>(m_context);
     BindHandlers();
     FindControl(QStringLiteral("LblProductName"))->SetText(QStringLiteral("Orvanta Lumivault"));
+    setAcceptDrops(true);
 }
 
 void CMainWnd::BindHandlers()
@@ -260,6 +262,24 @@ void CMainWnd::AddImage(const std::filesystem::path& path)
     m_parts->disks.AddImage(path);
 }
 
+void CMainWnd::OpenImages(const std::vector<std::filesystem::path>& images)
+{
+    m_parts->arrivals.Take(images);
+}
+
+void CMainWnd::dragEnterEvent(QDragEnterEvent* event)
+{
+    if (!ImageArrivals::FilesOf(*event->mimeData()).empty()) {
+        event->acceptProposedAction();
+    }
+}
+
+void CMainWnd::dropEvent(QDropEvent* event)
+{
+    OpenImages(ImageArrivals::FilesOf(*event->mimeData()));
+    event->acceptProposedAction();
+}
+
 void CMainWnd::ShowPreviewWindow(std::intptr_t window)
 {
     auto* preview = PointerOf<CPreviewWnd>(window);
@@ -272,8 +292,8 @@ void CMainWnd::ShowPreviewWindow(std::intptr_t window)
         preview->siblings = [this] { return m_parts->results.ListedFiles(); };
     }
     if (!preview->askRestoreFolder) {
-        preview->askRestoreFolder = [this](QWidget* parent) {
-            return m_parts->restore.AskFolder(parent);
+        preview->askRestoreFolder = [this, preview](QWidget* parent) {
+            return m_parts->restore.AskFolder(parent, preview->data.row.record.FileSize);
         };
     }
     if (preview->data.isPlayable && !preview->data.tempPath.empty()) {
@@ -298,6 +318,9 @@ bool CMainWnd::HandleMessage(std::uint32_t number, std::intptr_t wParam, std::in
         return true;
     case WM_SHOW_PREVIEW:
         ShowPreviewWindow(lParam);
+        return true;
+    case WM_OPEN_IMAGES:
+        m_parts->arrivals.Open();
         return true;
     case WM_LANGUAGE_CHANGED:
         OnLanguageChanged();

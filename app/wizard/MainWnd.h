@@ -6,6 +6,7 @@
 #include "app/wizard/MainContext.h"
 
 #include <memory>
+#include <vector>
 
 struct MainParts;
 
@@ -34,10 +35,14 @@ public:
     bool IsListingDisks() const;
     // As if the user had chosen that file.
     void AddImage(const std::filesystem::path& path);
+    // As if they had been dropped on the window: they are loaded once nothing stands in front of it.
+    void OpenImages(const std::vector<std::filesystem::path>& images);
 
 protected:
     std::unique_ptr<CControlUI> CreateControl(const QString& element,
                                               const std::shared_ptr<Skin>& skin) override;
+    void dragEnterEvent(QDragEnterEvent* event) override;
+    void dropEvent(QDropEvent* event) override;
 
 private:
     void OnWindowInit();

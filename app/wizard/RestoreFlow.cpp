@@ -4,6 +4,9 @@
 #include "app/popups/RecoverProcessWnd.h"
 #include "app/wizard/MainTexts.h"
 #include "session/Destination.h"
+#include "texts/TextForms.h"
+
+#include <algorithm>
 
 namespace {
 
@@ -12,31 +15,11 @@ std::filesystem::path WithoutSeparator(const std::filesystem::path& folder)
     return folder.has_relative_path() && !folder.has_filename() ? folder.parent_path() : folder;
 }
 
-// The worst that any scanned target says of the folder.
-DestinationFault PlaceFault(const RecoveryState& state, const std::filesystem::path& folder)
-{
-    const Destination destination(folder, Layout::ByCategory);
-    DestinationFault worst = DestinationFault::None;
-    for (const auto& target : state.targets) {
-        if (!target->engine) {
-            continue;
-        }
-        const DestinationFault fault = destination.CheckPlace(target->engine->Target());
-        if (fault == DestinationFault::OnSource) {
-            return fault;
-        }
-        if (fault != DestinationFault::None) {
-            worst = fault;
-        }
-    }
-    return worst;
-}
-
 }  // namespace
 
 bool RestoreFlow::MayWriteTo(const std::filesystem::path& folder, QWidget* parent) const
 {
-    const DestinationFault fault = PlaceFault(m_context.state, folder);
+    const DestinationFault fault = m_context.state.FaultOf(folder);
     if (fault == DestinationFault::None) {
         return true;
     }
@@ -46,7 +29,21 @@ bool RestoreFlow::MayWriteTo(const std::filesystem::path& folder, QWidget* paren
            CloseDone;
 }
 
-bool RestoreFlow::AskFolder(QWidget* parent)
+bool RestoreFlow::MayFill(const DestinationRoom& room, QWidget* parent) const
+{
+    if (room.IsEnough()) {
+        return true;
+    }
+    const auto sizeText = [](std::uint64_t bytes) {
+        return FormatSize(static_cast<std::int64_t>(std::min<std::uint64_t>(bytes, INT64_MAX)));
+    };
+    const std::string question =
+        FormatText(ExtraText("EXT0205"), sizeText(room.neededBytes), sizeText(room.freeBytes));
+    return CMessageBox::Show(parent, CMessageBox::Confirm, {}, ToQt(question), 450, 150) ==
+           CloseDone;
+}
+
+bool RestoreFlow::AskFolder(QWidget* parent, std::uint64_t neededBytes)
 {
     const auto chosen =
         m_context.services.dialogs->ChooseFolder(parent, ToQt(DesktopText("DSK0103")));
@@ -54,17 +51,21 @@ bool RestoreFlow::AskFolder(QWidget* parent)
         return false;
     }
     m_context.state.restoreFolder = WithoutSeparator(*chosen);
-    return MayWriteTo(m_context.state.restoreFolder, parent);
+    const std::filesystem::path& folder = m_context.state.restoreFolder;
+    const Destination destination(folder, Layout::ByCategory);
+    return MayWriteTo(folder, parent) &&
+           MayFill({neededBytes, destination.FreeBytes().value_or(UINT64_MAX)}, parent);
 }
 
 void RestoreFlow::Start()
 {
     const FlowGuard guard(m_context);
-    if (!AskFolder(&m_context.window)) {
+    if (!AskFolder(&m_context.window, SelectedBytes(m_context.state.selection))) {
         return;
     }
     auto* process = new CRecoverProcessWnd;
     process->SetMain(&m_context.window, &m_context.state);
+    process->dialogs = m_context.services.dialogs;
     if (process->Create(&m_context.window, 500, 220)) {
         process->DoModal();
     }

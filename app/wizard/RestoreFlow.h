@@ -2,6 +2,9 @@
 #pragma once
 
 #include "app/wizard/MainContext.h"
+#include "session/RestoreFiles.h"
+
+#include <cstdint>
 
 class RestoreFlow
 {
@@ -10,10 +13,11 @@ public:
 
     void Start();
     // Asks for the folder with all its questions and stores it in the state. False when nothing is to be restored.
-    bool AskFolder(QWidget* parent);
+    bool AskFolder(QWidget* parent, std::uint64_t neededBytes);
 
 private:
     bool MayWriteTo(const std::filesystem::path& folder, QWidget* parent) const;
+    bool MayFill(const DestinationRoom& room, QWidget* parent) const;
 
     MainContext& m_context;
 };

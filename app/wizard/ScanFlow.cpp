@@ -36,6 +36,23 @@ void TellRemarks(QWidget& parent, const std::vector<ScanOutcome>& outcomes)
                       RemarkFrame + RemarkHeight * static_cast<int>(lines.size()));
 }
 
+// Those whose quick stage ended the scan; that is asked about, and no fault to be told of beside it.
+std::vector<RecoveryTarget*> TakeDamaged(const std::vector<RecoveryTarget*>& targets,
+                                         std::vector<ScanOutcome>& outcomes)
+{
+    std::vector<RecoveryTarget*> damaged;
+    for (std::size_t i = 0; i < outcomes.size() && i < targets.size(); ++i) {
+        ScanOutcome& outcome = outcomes[i];
+        const bool hasFailed = outcome.end == ScanEnd::Failed || outcome.end == ScanEnd::Incomplete;
+        if (hasFailed && outcome.quickFault != ResultSuccess) {
+            damaged.push_back(targets[i]);
+            outcome.end = ScanEnd::Complete;
+            outcome.quickFault = ResultSuccess;
+        }
+    }
+    return damaged;
+}
+
 }  // namespace
 
 ScanFlow::ScanFlow(MainContext& context,
@@ -68,28 +85,65 @@ void ScanFlow::Start(bool targetChosen)
         m_lastTarget->engine.reset();
     }
     m_lastTarget = targets.back();
+    Run run = Scan(targets, ScanDepth::Deep);
+    const std::vector<RecoveryTarget*> damaged = TakeDamaged(targets, run.outcomes);
+    TellRemarks(m_context.window, run.outcomes);
+    if (!WantsWhole(damaged)) {
+        return;
+    }
+    const bool wasTold = run.code == CloseDone;
+    run = Scan(damaged, ScanDepth::Whole);
+    m_doneToSkip += wasTold && run.code == CloseDone ? 1 : 0;
+    TellRemarks(m_context.window, run.outcomes);
+}
+
+ScanFlow::Run ScanFlow::Scan(const std::vector<RecoveryTarget*>& targets, ScanDepth depth)
+{
+    Run run;
     auto* process = new CScanProcessWnd;
     process->SetMain(&m_context.window, &m_context.state);
     process->targets = targets;
     process->engineMode = DeepEngineMode;
-    int code = CloseFailed;
+    process->depth = depth;
     if (process->Create(&m_context.window, 350, 250)) {
         m_isScanning = true;
-        code = process->DoModal();
+        run.code = process->DoModal();
     }
-    const std::vector<ScanOutcome> outcomes = std::move(process->outcomes);
+    run.outcomes = std::move(process->outcomes);
+    const std::optional<TargetRefusal> refusal = process->refusal;
     process->Release();
-    if (code == CloseFailed) {
-        CMessageBox::Show(&m_context.window, CMessageBox::Warning, {}, ToQt(MessageText("MSG0504")),
-                          300, 130);
+    if (run.code == CloseFailed) {
+        TellWhyNot(refusal);
     }
     m_isScanning = false;
-    TellRemarks(m_context.window, outcomes);
+    return run;
+}
+
+void ScanFlow::TellWhyNot(const std::optional<TargetRefusal>& refusal) const
+{
+    CMessageBox::Show(&m_context.window, CMessageBox::Warning, {}, ToQt(MessageText("MSG0504")),
+                      300, 130);
+    if (refusal) {
+        LanguageManager& languages = LanguageManager::GetInstance();
+        const std::string reason =
+            ReasonOf(*refusal, languages.GetSection("Desktop"), languages.GetSection("Extras"));
+        CMessageBox::Show(&m_context.window, CMessageBox::Information, {}, ToQt(reason), 450, 150);
+    }
+}
+
+bool ScanFlow::WantsWhole(const std::vector<RecoveryTarget*>& damaged) const
+{
+    return !damaged.empty() && CMessageBox::Show(&m_context.window, CMessageBox::Question, {},
+                                                 ToQt(ExtraText("EXT0241")), 450, 150) == CloseDone;
 }
 
 void ScanFlow::OnScanDone()
 {
     const FlowGuard guard(m_context);
+    if (m_doneToSkip > 0) {
+        --m_doneToSkip;
+        return;
+    }
     const DiskRows::Row* scanned = m_disks.FirstScanned();
     if (scanned == nullptr) {
         return;

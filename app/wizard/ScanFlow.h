@@ -1,12 +1,17 @@
 // From the scan button to the page of results: the scan of what is chosen, then the search of what it found.
 #pragma once
 
+#include "app/tasks/CloseCode.h"
 #include "app/wizard/DiskRows.h"
 #include "app/wizard/MainContext.h"
 #include "app/wizard/ResultPage.h"
 #include "app/wizard/TargetChooser.h"
 #include "app/wizard/WizardPages.h"
+#include "recovery/ScanDepth.h"
 #include "results/TypeFilterMap.h"
+
+#include <optional>
+#include <vector>
 
 class ScanFlow
 {
@@ -33,6 +38,16 @@ private:
     void Search(RecoveryTarget& target);
     // In place of the results that are shown; what is ticked among them stays ticked.
     void ShowResultsOf(RecoveryTarget& target);
+    struct Run
+    {
+        int code = CloseFailed;  // that the window was closed with
+        std::vector<ScanOutcome> outcomes;
+    };
+
+    Run Scan(const std::vector<RecoveryTarget*>& targets, ScanDepth depth);
+    void TellWhyNot(const std::optional<TargetRefusal>& refusal) const;
+    // True for those whose file system ended their scan, where the user wants all their sectors scanned.
+    bool WantsWhole(const std::vector<RecoveryTarget*>& damaged) const;
 
     MainContext& m_context;
     DiskRows& m_disks;
@@ -43,4 +58,5 @@ private:
     RecoveryTarget* m_lastTarget = nullptr;      // of the latest scan
     const RecoveryTarget* m_searched = nullptr;  // whose files are shown
     bool m_isScanning = false;
+    int m_doneToSkip = 0;  // ends of scans that another scan follows at once
 };

@@ -82,6 +82,10 @@ ResultCode CProfessionalRecovery::RunDeepPhase(bool isResume, Pass& pass)
     }
     if (!isResume) {
         FindFirstRange(pass);
+    } else {
+        const std::uint64_t unit = m_scanSource->SectorSize();
+        m_scanSource->Marks()->NoteRead(m_target.startLba * unit,
+                                        (pass.at.rangeStart + pass.at.position) * unit);
     }
     ResultCode result = RunPass(pass);
     // Also after a cancel: what was found gets its place.

@@ -54,6 +54,10 @@ public:
     {
         return m_scanSource != nullptr ? m_scanSource->UnreadSectors() : 0;
     }
+    std::shared_ptr<const ScanMarks> Marks() const override
+    {
+        return m_scanSource != nullptr ? m_scanSource->Marks() : nullptr;
+    }
     void ReadUnreadAgain() override { m_againUnread = true; }
     bool StandsInLog() const override { return m_saved; }
     ResultCode QuickFault() const override { return m_quickFault; }

@@ -12,7 +12,8 @@ class RoomForTexts : public SkinTest, public testing::WithParamInterface<std::st
 bool MayBeCut(const Scene& scene, const CControlUI& control)
 {
     // The path of a file, and a name behind a text.
-    return (scene.section == "RecoverProcessWnd" && control.GetName() == "current") ||
+    return (scene.section == "RecoverProcessWnd" &&
+            (control.GetName() == "current" || control.GetName() == "summary")) ||
            control.GetName() == "FileName";
 }
 

@@ -36,6 +36,8 @@ struct FakeScript
     ResultCode opens = ResultSuccess;  // why there is no engine
     bool recognised = true;
     ResultCode scans = ResultSuccess;
+    ResultCode quickFault = ResultSuccess;
+    std::vector<ScanDepth> depths;  // that engines were made for
     std::optional<ScanLogEntry> earlier;
     std::filesystem::path logFolder;
     std::string folders;                                           // above every record
@@ -74,6 +76,7 @@ public:
     SectorRanges Unread() const override { return m_script.unread; }
     std::uint64_t UnreadSectors() const override { return m_script.unread.Sectors(); }
     void ReadUnreadAgain() override { ++m_script.readAgain; }
+    ResultCode QuickFault() const override { return m_script.quickFault; }
     bool StandsInLog() const override { return m_script.standsInLog; }
 
     ResultCode SetCallbacks(ProgressCallback scan,
@@ -174,10 +177,11 @@ class FakeEngines : public IEngineMaker
 public:
     explicit FakeEngines(FakeScript& script) : m_script(script) {}
     std::unique_ptr<IFileRecoveryParse> Make(const EngineTarget& /*target*/,
-                                             ScanDepth /*depth*/,
+                                             ScanDepth depth,
                                              const std::shared_ptr<ScanLogDirectory>& /*log*/,
                                              ResultCode* outWhy) override
     {
+        m_script.depths.push_back(depth);
         *outWhy = m_script.opens;
         return m_script.opens == ResultSuccess && m_script.recognised
                    ? std::make_unique<FakeEngine>(m_script)

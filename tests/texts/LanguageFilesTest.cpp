@@ -51,6 +51,15 @@ constexpr SectionKeys Expected[] = {
      "EXT0101 EXT0102:dd EXT0103:d EXT0104 EXT0105 EXT0106 EXT0107 EXT0108 EXT0109:s EXT0110:s "
      "EXT0111:s EXT0112:s EXT0113:s EXT0114 EXT0115 EXT0116 EXT0117 EXT0118 EXT0119 EXT0120 "
      "EXT0121"},
+=======
+    // Scans, reports, rescue.
+    {"Extras",
+     "EXT0201:d% EXT0202:d% EXT0203:d EXT0204 EXT0205:ss EXT0206 EXT0207 EXT0208 EXT0209 EXT0211 "
+     "EXT0212 EXT0213 EXT0214 EXT0215:ss EXT0216:sd EXT0217 EXT0218:s EXT0219 EXT0220 EXT0221:s "
+     "EXT0222:s EXT0223:s EXT0224:s EXT0225 EXT0231 EXT0232 EXT0233 EXT0234 EXT0235 EXT0236 "
+     "EXT0237:s EXT0241 EXT0251 EXT0252 EXT0253:s EXT0254:ddds EXT0255 EXT0256:s EXT0257 "
+     "EXT0261:s EXT0271"},
+>>>>>>> tasks
 };
 
 // Words that another language shares with English.
@@ -76,6 +85,13 @@ constexpr BoxText DesktopBoxes[] = {
     {"DSK0104", 210}, {"DSK0106", 210}, {"DSK0107", 100}, {"DSK0109", 66},  {"DSK0110", 104},
     {"DSK0111", 104}, {"DSK0112", 104}, {"DSK0113", 104}, {"DSK0114", 104}, {"DSK0115", 150},
     {"DSK0301", 150}, {"DSK0302", 150}, {"DSK0303", 90}};
+
+// Of scans, reports and the rescue.
+constexpr BoxText ScanExtraBoxes[] = {
+    {"EXT0204", 180}, {"EXT0205", 210}, {"EXT0206", 180}, {"EXT0207", 210}, {"EXT0208", 210},
+    {"EXT0219", 150}, {"EXT0220", 150}, {"EXT0221", 150}, {"EXT0222", 150}, {"EXT0223", 150},
+    {"EXT0225", 150}, {"EXT0231", 150}, {"EXT0232", 150}, {"EXT0233", 150}, {"EXT0234", 150},
+    {"EXT0235", 210}, {"EXT0236", 150}, {"EXT0241", 210}};
 
 std::filesystem::path LanguagesFolder()
 {
@@ -255,6 +271,9 @@ TEST_P(LanguageFilesTest, FitsItsMessageBoxes)
     }
     for (const BoxText& box : DesktopBoxes) {
         EXPECT_LE(WidthOf(texts.at(std::string("Desktop/") + box.key)), box.letters) << box.key;
+    }
+    for (const BoxText& box : ScanExtraBoxes) {
+        EXPECT_LE(WidthOf(texts.at(std::string("Extras/") + box.key)), box.letters) << box.key;
     }
 }
 

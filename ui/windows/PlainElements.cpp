@@ -4,6 +4,7 @@
 #include "ui/controls/EditUI.h"
 #include "ui/controls/LabelUI.h"
 #include "ui/controls/RichEditUI.h"
+#include "ui/controls/StripUI.h"
 #include "ui/list/ListUI.h"
 #include "ui/list/TreeNodeUI.h"
 #include "ui/windows/MarkupBuilder.h"
@@ -44,6 +45,7 @@ constexpr std::array<PlainElement, 16> Elements = {{
     {"Combo", Make<CComboUI>},
     {"Progress", Make<CProgressUI>},
     {"RichEdit", Make<CRichEditUI>},
+    {"Strip", Make<CStripUI>},
     {"List", Make<CListUI>},
     {"ListHeader", Make<CListHeaderUI>},
     {"ListHeaderItem", MakeDrawn<CListHeaderItemUI>},

@@ -2,6 +2,7 @@
 #include "app/popups/CreateImageProcessWnd.h"
 #include "app/popups/PreviewProcessWnd.h"
 #include "app/popups/RecoverProcessWnd.h"
+#include "app/popups/RescueProcessWnd.h"
 #include "app/popups/ScanProcessWnd.h"
 #include "app/popups/SearchProcessWnd.h"
 #include "app/preview/PreviewWnd.h"
@@ -17,7 +18,7 @@
 
 namespace {
 
-// One window of each task. Its work stands still at its beginning until it is let go on; only the image has just begun.
+// One window of each task. Its work stands still at its beginning until it is let go on; only the image and the rescue have just begun.
 class TaskWindows : public PopupFixture
 {
 protected:
@@ -64,6 +65,13 @@ protected:
             auto window = std::make_unique<CPreviewProcessWnd>();
             window->previewWnd = &preview;
             window->record = rows.data();
+            return window;
+        }
+        case TaskKind::Rescue: {
+            auto window = std::make_unique<CRescueProcessWnd>();
+            disk = MakeDisk(256 << 20);
+            window->source = TargetOf(*disk.volume);
+            window->outputPath = folder / "new.img";
             return window;
         }
         case TaskKind::Image: {
@@ -127,7 +135,7 @@ TEST_P(StopTest, NoGoesOnAndYesEndsIt)
     Hold();
     window->SetMain(&main, &state);
     ASSERT_TRUE(window->Create(&main, 350, 250));
-    const bool isHeld = GetParam().kind != TaskKind::Image;
+    const bool isHeld = GetParam().kind != TaskKind::Image && GetParam().kind != TaskKind::Rescue;
     When([&] { return window->isVisible() && (isInside || !isHeld); },
          [&] {
              Stop(*window);
@@ -158,6 +166,7 @@ constexpr WayCase Ways[] = {
     {"ImageByEscape", TaskKind::Image, "Escape", 2, ""},
     {"ImageByClose", TaskKind::Image, "close", 2, ""},
     {"ImageByButton", TaskKind::Image, "closebtn", 2, ""},
+    {"RescueByButton", TaskKind::Rescue, "cancelbtn", 2, ""},
 };
 INSTANTIATE_TEST_SUITE_P(Tasks, StopTest, testing::ValuesIn(Ways), [](const auto& row) {
     return std::string(row.param.name);

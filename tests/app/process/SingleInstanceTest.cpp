@@ -17,13 +17,14 @@ QString TestName(const char* suffix)
     return QStringLiteral("lumivault-test-%1-%2").arg(ProcessNumber()).arg(suffix);
 }
 
-InstanceRole TakeElsewhere(const QString& name)
+InstanceRole TakeElsewhere(const QString& name,
+                           const std::vector<std::filesystem::path>& images = {})
 {
     InstanceRole role = InstanceRole::First;
     std::atomic<bool> done = false;
     std::thread other([&] {
         SingleInstance second(name);
-        role = second.Take();
+        role = second.Take(images);
         done = true;
     });
     while (!done) {
@@ -45,6 +46,24 @@ TEST(SingleInstanceTest, TheSecondStartIsToldWhetherAWindowWasShown)
     EXPECT_EQ(asked, 1);
     first.OnShowRequest([] { return false; });
     EXPECT_EQ(TakeElsewhere(name), InstanceRole::SilentElse);
+}
+
+TEST(SingleInstanceTest, ASecondStartHandsItsImagesOver)
+{
+    const QString name = TestName("hands");
+    SingleInstance first(name);
+    ASSERT_EQ(first.Take(), InstanceRole::First);
+    std::vector<std::filesystem::path> came;
+    first.OnShowRequest([] { return true; });
+    first.OnOpenRequest([&came](const auto& images) { came = images; });
+    const std::vector<std::filesystem::path> images = {"/tmp/a card.img", "/tmp/%\n\xFF.img"};
+    EXPECT_EQ(TakeElsewhere(name, images), InstanceRole::ShownElse);
+    EXPECT_EQ(came, images);
+    came.clear();
+    EXPECT_EQ(TakeElsewhere(name, {"here.img"}), InstanceRole::SilentElse) << "no whole path";
+    EXPECT_EQ(TakeElsewhere(name, {"/" + std::string(5000, 'x')}), InstanceRole::SilentElse);
+    EXPECT_EQ(TakeElsewhere(name, {std::string("/a\0b", 4)}), InstanceRole::SilentElse);
+    EXPECT_TRUE(came.empty());
 }
 
 TEST(SingleInstanceTest, TheNameIsFreeOnceTheFirstOneIsGone)

@@ -122,13 +122,13 @@ TEST(ProgressBoardTest, OneRequestBringsAllChangesAndTheNextOneTheRest)
     board.SetText("percent", "1%");
     board.SetText("percent", "2%");
     board.SetValue("progress", 2);
-    const std::size_t row = board.AddRow("a.jpg", "Success", true);
+    const std::size_t row = board.AddRow({0, "a.jpg", "Success", true});
     EXPECT_EQ(asked, 1);
     const BoardChanges first = board.Take();
     EXPECT_EQ(first.texts.at("percent"), "2%");
     EXPECT_EQ(first.rows.size(), 1u);
-    board.ChangeRow(row, "a.jpg", "Read fault.", false);
-    board.ChangeRow(row + 1, "", "", true);
+    board.ChangeRow({row, "a.jpg", "Read fault.", false});
+    board.ChangeRow({row + 1, "", "", true});
     EXPECT_EQ(asked, 2);
     const BoardChanges second = board.Take();
     EXPECT_TRUE(second.texts.empty());
@@ -146,7 +146,7 @@ TEST(ProgressBoardTest, WhatIsWrittenWhileItIsTakenIsNotLost)
     std::thread writer([&board] {
         for (int i = 0; i < Rows; ++i) {
             board.SetValue("progress", i);
-            board.AddRow(std::to_string(i), "Success", true);
+            board.AddRow({0, std::to_string(i), "Success", true});
         }
     });
     std::size_t seen = 0;

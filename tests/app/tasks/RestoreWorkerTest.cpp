@@ -111,6 +111,30 @@ TEST_F(RestoreWorkerTest, ADestinationThatCannotBeWrittenIsARowForEachFile)
     EXPECT_FALSE(board.Rows()[0].isGood);
 }
 
+TEST_F(RestoreWorkerTest, ThreeFilesInARowWithoutRoomAskWhetherToStop)
+{
+    extras.Set("EXT0206", "full?");
+    extras.Set("EXT0254", "%d of %d, %d");
+    for (int i = 0; i < 9; ++i) {
+        script.Add("f" + std::to_string(i) + ".jpg", 4);
+    }
+    const std::string hasRoom = "f2.jpg";  // two that fail in front of it do not count
+    script.restores = [&hasRoom](const FileRecord& record) {
+        return record.NameText() == hasRoom ? ResultSuccess : ResultDiskFull;
+    };
+    Restore();
+    EXPECT_EQ(told, "ask full? ");
+    EXPECT_EQ(board.Text("recovered"), "6 of 9, 1, 5");
+    EXPECT_EQ(board.Text("summary"), "1 of 9, 5") << "the report stands";
+    EXPECT_TRUE(board.IsVisible("FinishBtn"));
+
+    told.clear();
+    answer = CloseCancelled;
+    Run();
+    EXPECT_EQ(told, "ask full? ") << "once in a row";
+    EXPECT_EQ(board.Text("recovered"), "9 of 9, 1, 8");
+}
+
 TEST_F(RestoreWorkerTest, OneRecordAloneAndNone)
 {
     script.Add("a.jpg", 4);

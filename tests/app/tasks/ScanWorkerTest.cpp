@@ -4,8 +4,10 @@
 #include "app/tasks/PreviewWorker.h"
 #include "app/tasks/SearchWorker.h"
 #include "platform/FileHandle.h"
+#include "recovery/UnreadFile.h"
 #include "tests/app/tasks/TaskFixture.h"
 
+#include <algorithm>
 #include <future>
 
 namespace {
@@ -120,6 +122,37 @@ TEST_F(ScanWorkerTest, AnEarlierScanIsDroppedUnlessTheAnswerIsYes)
         EXPECT_EQ(script.discarded, row.discarded);
         EXPECT_EQ(told, row.told);
     }
+}
+
+TEST_F(ScanWorkerTest, AnEarlierScanSaysWhatItLacksAndWhatWasNotReadIsTriedAgain)
+{
+    extras.Set("EXT0201", "stopped %d");
+    extras.Set("EXT0202", "killed %d");
+    extras.Set("EXT0203", "unread %d");
+    extras.Set("EXT0204", "again?");
+    ScanLogEntry earlier{};
+    earlier.sectorCount = 1000;
+    earlier.sectorsDone = 400;
+    earlier.rangeLength = 1000;
+    script.earlier = earlier;
+    Scan();
+    EXPECT_EQ(told.substr(0, told.find(" show")), "ask Earlier?\nstopped 36") << told;
+    script.earlier->rangeLength = 0;
+    told.clear();
+    gate.Reset();
+    Scan();
+    EXPECT_EQ(told, "ask Earlier? show done close1 ") << "a complete one lacks nothing";
+
+    const std::u16string log = (folder / "").u16string();
+    std::copy(log.begin(), log.end(), script.earlier->logFolder);
+    SectorRanges unread;
+    unread.Add(7, 5);
+    ASSERT_EQ(WriteUnread(folder.Path(), unread), ResultSuccess);
+    told.clear();
+    gate.Reset();
+    Scan();
+    EXPECT_EQ(told, "ask Earlier?\nunread 5 ask again? show done close1 ");
+    EXPECT_EQ(script.readAgain, 1);
 }
 
 TEST_F(ScanWorkerTest, ASearchPutsTargetsOneBehindTheOtherAndEndsAtOneWithoutAnEngine)

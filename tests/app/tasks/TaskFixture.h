@@ -43,7 +43,7 @@ protected:
             return answer;
         };
         host.onOpening = [](bool) {};
-        return {gate, board, m_messages, m_desktop, host};
+        return {gate, board, m_messages, m_desktop, extras, host};
     }
 
     // "path status" of each row in the order of their coming, the path from the folder on.
@@ -58,6 +58,7 @@ protected:
         return texts;
     }
 
+    LanguageSection extras;
     TaskGate gate;
     ProgressBoard board;
     std::string told;  // on the worker's thread; read when it has ended

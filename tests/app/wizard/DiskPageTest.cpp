@@ -4,6 +4,7 @@
 #include "app/wizard/DiskRefresh.h"
 #include "app/wizard/DiskTexts.h"
 #include "tests/app/wizard/WizardFixture.h"
+#include "tests/support/FailingReader.h"
 #include "tests/support/LoopDevice.h"
 #include "tests/support/RunCommand.h"
 #include "texts/LanguageManager.h"
@@ -328,6 +329,39 @@ TEST_F(DiskPageTest, APartitionIsCopiedAndTheImageGoneOnWith)
     EXPECT_EQ(m_asked[1], "2 An image can only be saved as a plain file in a folder that exists.");
     EXPECT_EQ(ReadFileBytes(m_folder / "whole.img"), disk);
     EXPECT_EQ(Page(), 1) << "the image was not wanted";
+}
+
+TEST_F(DiskPageTest, ADiskWithBadSectorsIsRescuedFromWhereItsCopyEnded)
+{
+    Click("BtnCreateImageMode");
+    const std::filesystem::path image = m_folder / "copy.img";
+    const std::uint64_t bad = 10 * MiB + 512;  // of the partition
+    FailingReader source;
+    source.FailBytes(2048 * 512 + bad, 2048 * 512 + bad + 1024);
+    CopyTo(image);
+    ASSERT_EQ(m_asked.size(), 4u);
+    EXPECT_EQ(m_asked[0], "2 The image file could not be completed.");
+    EXPECT_EQ(m_asked[1].substr(0, 38), "4 A part of the disk cannot be read. D");
+    EXPECT_EQ(m_asked[2], "2 Read: 32.00 MB of 32.00 MB. What could not be read stays empty in "
+                          "the image file.");
+    EXPECT_EQ(m_asked[3].substr(0, 25), "4 Do you want to open the");
+    EXPECT_EQ(Page(), 2);
+    const ByteVector disk = ReadFileBytes(m_system.Node("sda"));
+    ByteVector wanted(disk.begin() + 2048 * 512, disk.begin() + 2048 * 512 + 32 * MiB);
+    std::fill_n(wanted.begin() + static_cast<std::ptrdiff_t>(bad), 1024, std::uint8_t{0});
+    EXPECT_EQ(ReadFileBytes(image), wanted);
+    EXPECT_LT(source.BytesRead(), 33 * MiB) << "what was copied is not read again";
+
+    // The next image of that name can go on with it, and the disk reads well again.
+    source.Heal();
+    m_asked.clear();
+    Click("BtnPrev");
+    Click("BtnPrev");
+    Click("BtnCreateImageMode");
+    CopyTo(image);
+    ASSERT_EQ(m_asked.size(), 3u);
+    EXPECT_EQ(m_asked[0].substr(0, 22), "4 An earlier rescue in");
+    EXPECT_EQ(m_asked[1], "2 All of the disk could be read. The image file is complete.");
 }
 
 TEST_F(DiskPageTest, TheLanguageChangesOnEachPage)

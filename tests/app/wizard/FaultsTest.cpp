@@ -1,6 +1,7 @@
 // What goes wrong around the main window, and what the user is told of it; what is no fault beside it: the menu and the preview
 // in a window of its own.
 #include "app/popups/Messages.h"
+#include "app/popups/RecoverProcessWnd.h"
 #include "app/preview/PreviewWnd.h"
 #include "app/process/HelpPages.h"
 #include "platform/ResultCode.h"
@@ -124,9 +125,97 @@ TEST_F(FaultsTest, ADriveThatCannotBeOpenedIsToldBeforeWhatTheOthersLack)
     m_script.scans = ResultNotConnected;
     m_script.inScan = [this] { m_script.opens = ResultShortRead; };
     Click("BtnScan");
-    ASSERT_EQ(m_asked.size(), 2u);
+    ASSERT_EQ(m_asked.size(), 3u);
     EXPECT_EQ(m_asked[0], "3 The scan could not start: the drive or image cannot be read.");
-    EXPECT_EQ(m_asked[1].substr(0, 22), "3 The drive stopped an");
+    EXPECT_EQ(m_asked[2].substr(0, 22), "3 The drive stopped an");
+}
+
+TEST_F(FaultsTest, AScanThatCannotOpenItsTargetSaysWhy)
+{
+    OpenWithImages(1);
+    const std::pair<ResultCode, const char*> cases[] = {
+        {ResultAccessDenied, "2 You do not have the rights to read the drive or image."},
+        {ResultNotConnected, "2 The drive or image is no longer there."},
+        {ResultShortRead, "2 The drive or image is too short to hold a file system."},
+        {ResultBusy, "2 The drive or image is in use by another program."},
+        {ResultTooManyOpenFiles, "2 The system says: Too many files are open."},
+    };
+    for (const auto& [why, reason] : cases) {
+        m_asked.clear();
+        m_script.opens = why;
+        Click("BtnScan");
+        EXPECT_EQ(m_asked,
+                  (std::vector<std::string>{
+                      "3 The scan could not start: the drive or image cannot be read.", reason}));
+    }
+}
+
+TEST_F(FaultsTest, ADamagedFileSystemLeadsToAScanOfAllSectors)
+{
+    OpenWithImages(1);
+    m_script.scans = ResultShortRead;
+    m_script.quickFault = ResultShortRead;
+    int begun = 0;
+    m_script.begins = [this, &begun] {
+        if (++begun == 2) {
+            m_script.scans = m_script.quickFault = ResultSuccess;
+        }
+    };
+    Click("BtnScan");
+    ASSERT_TRUE(WaitFor([this] { return Page() == 3 && !CPopUpWnd::IsAnyModal(); }));
+    ASSERT_EQ(m_asked.size(), 1u);
+    EXPECT_EQ(m_asked[0].substr(0, 29), "4 The file system is damaged,");
+    EXPECT_EQ(m_script.depths, (std::vector{ScanDepth::Deep, ScanDepth::Whole}));
+    EXPECT_EQ(begun, 3) << "two scans, and one search";
+    EXPECT_EQ(Files().GetCount(), 2);
+}
+
+TEST_F(FaultsTest, TheReportIsSavedWithDamagedFilesAndHowManyCameBack)
+{
+    m_script.Add("cut.jpg", 2048 + 4);
+    OpenWithImages(1);
+    Click("BtnScan");
+    ASSERT_TRUE(WaitFor([this] { return Page() == 3 && !CPopUpWnd::IsAnyModal(); }));
+    Node("NodePhoto").GetItemAt(0)->GetCheckBox().Selected(true);
+    const fs::path out = m_folder / "out\u202E\nout";
+    fs::create_directory(out);
+    m_dialogs.folder = out;
+    m_dialogs.text = m_folder / "report.txt";
+    OnPopup<CRecoverProcessWnd>([](CRecoverProcessWnd& popup) {
+        const auto click = [&popup](const char* name) {
+            popup.SendNotify(*popup.FindControl(QLatin1String(name)), NotifyClick);
+        };
+        ASSERT_TRUE(WaitFor(
+            [&popup] { return popup.FindControl(QStringLiteral("SaveBtn"))->IsEnabled(); }));
+        click("DetailBtn");
+        click("SaveBtn");
+        click("FinishBtn");
+    });
+    Click("BtnRecover");
+    const ByteVector bytes = ReadFileBytes(m_folder / "report.txt");
+    const std::string text(bytes.begin(), bytes.end());
+    const std::string shown = (m_folder / "out").string() + "\\u202E?out";
+    EXPECT_EQ(text.substr(0, 16), "Recovery report\n");
+    const std::size_t cut = text.find("Success; Missing: 2.00 KB\t" + shown + "/photo/cut.jpg\n");
+    EXPECT_LT(cut, text.find("Success\t" + shown + "/photo/a.jpg\n")) << text;
+    EXPECT_TRUE(
+        text.ends_with("\n\nFiles recovered: 3 of 3, damaged: 1, in the folder " + shown + ".\n"))
+        << text;
+}
+
+TEST_F(FaultsTest, FilesThatDoNotFitAreAskedAboutBefore)
+{
+    m_script.Add("huge.jpg", std::uint64_t{1} << 60);
+    OpenWithImages(1);
+    Click("BtnScan");
+    ASSERT_TRUE(WaitFor([this] { return Page() == 3 && !CPopUpWnd::IsAnyModal(); }));
+    m_dialogs.folder = m_folder.Path();
+    Node("NodePhoto").GetItemAt(0)->GetCheckBox().Selected(true);
+    m_answers = {CloseCancelled};
+    Click("BtnRecover");
+    ASSERT_EQ(m_asked.size(), 1u);
+    EXPECT_EQ(m_asked[0].substr(0, 43), "1 The selected files need 1048576.00 TB, bu");
+    EXPECT_FALSE(fs::exists(m_folder / "photo"));
 }
 
 TEST_F(FaultsTest, AListOfDisksThatCannotBeMadeIsToldOnceAndTakesNothingAway)

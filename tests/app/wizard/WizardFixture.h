@@ -25,7 +25,13 @@ public:
                                                    const std::filesystem::path& proposal) override;
     std::optional<std::filesystem::path> ChooseFolder(QWidget*, const QString& title) override;
 
+    std::optional<std::filesystem::path> SaveText(QWidget*, const std::filesystem::path&) override
+    {
+        return text;
+    }
+
     std::optional<std::filesystem::path> image;
+    std::optional<std::filesystem::path> text;
     std::optional<std::filesystem::path> folder;
     std::deque<std::filesystem::path> saves;  // one a dialog; then it is cancelled
     std::vector<std::string> proposals;

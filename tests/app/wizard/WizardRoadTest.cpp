@@ -3,6 +3,7 @@
 #include "app/popups/PopUpWnd.h"
 #include "app/preview/PreviewWnd.h"
 #include "tests/app/wizard/WizardFixture.h"
+#include "tests/support/FailingReader.h"
 #include "tests/support/Pictures.h"
 #include "ui/controls/ButtonUI.h"
 #include "ui/controls/ComboUI.h"
@@ -10,6 +11,8 @@
 #include "ui/controls/RichEditUI.h"
 
 #include <QApplication>
+#include <QDropEvent>
+#include <QMimeData>
 #include <QTest>
 #include <QTimer>
 
@@ -186,6 +189,49 @@ TEST_F(WizardRoadTest, AHeaderScansAllOfItsDiskAndShowsTheFirst)
     EXPECT_FALSE(fs::exists(m_folder / "out"));
 }
 
+TEST_F(WizardRoadTest, AStripShowsWhereAScanReadFailedAndFoundFiles)
+{
+    LoadImage();
+    FailingReader source;
+    source.FailBytes(12 * MiB, 12 * MiB + 4096);
+    ScanUntilResults();
+    const std::string strip = m_window->State().targets[0]->engine->Strip()(64);
+    ASSERT_EQ(strip.size(), 64u);
+    EXPECT_EQ(strip[48], '-') << strip;
+    EXPECT_EQ(strip[60], '+') << strip;
+    EXPECT_EQ(strip.find('!'), std::string::npos) << strip;
+    // The folder and the photos stand at the beginning.
+    const std::size_t found = strip.find('F');
+    EXPECT_LT(found, 4u) << strip;
+    EXPECT_EQ(strip.find('F', 16), std::string::npos) << strip;
+}
+
+TEST_F(WizardRoadTest, AnImageDroppedOnTheWindowIsListedAndSelected)
+{
+    FillCard(m_folder / "card.img");
+    Open();
+    const auto drop = [this](const fs::path& path) {
+        QMimeData data;
+        data.setUrls({QUrl::fromLocalFile(QString::fromStdString(path.string()))});
+        QDragEnterEvent enter(QPoint(50, 50), Qt::CopyAction, &data, Qt::LeftButton,
+                              Qt::NoModifier);
+        QCoreApplication::sendEvent(m_window, &enter);
+        EXPECT_TRUE(enter.isAccepted());
+        QDropEvent event(QPointF(50, 50), Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
+        QCoreApplication::sendEvent(m_window, &event);
+        QCoreApplication::processEvents();
+    };
+    drop(m_folder / "card.img");
+    EXPECT_EQ(Page(), 1);
+    EXPECT_EQ(Text("Label1"), "Image: card.img");
+    EXPECT_TRUE(Get("BtnAdvanceScan").IsEnabled());
+    EXPECT_TRUE(m_asked.empty());
+    drop(m_folder.Path());
+    EXPECT_EQ(m_asked,
+              std::vector<std::string>{"2 This is no image file: " + m_folder.Path().string()});
+    EXPECT_EQ(m_window->State().targets.size(), 1u);
+}
+
 TEST_F(WizardRoadTest, AScanThatIsStoppedShowsWhatWasFound)
 {
     LoadImage();
@@ -199,8 +245,9 @@ TEST_F(WizardRoadTest, AnUnreadableImageIsAMessage)
     LoadImage();
     fs::remove(m_folder / "card.img");
     Click("BtnScan");
-    ASSERT_EQ(m_asked.size(), 1u);
-    EXPECT_EQ(m_asked[0], "3 The scan could not start: the drive or image cannot be read.");
+    EXPECT_EQ(m_asked, (std::vector<std::string>{
+                           "3 The scan could not start: the drive or image cannot be read.",
+                           "2 The drive or image is no longer there."}));
     EXPECT_EQ(Page(), 1);
 }
 

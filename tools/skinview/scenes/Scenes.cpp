@@ -39,7 +39,8 @@ void FillScan(SceneWindow& window, const SceneTexts& texts, const QString& messa
                       {"percent", With(texts.Message("MSG0704"), "42%")},
                       {"time", texts.Message("MSG0708") + QStringLiteral("1 Hour 12 Min 20 Sec")},
                       {"sectors", With(texts.Message("MSG0706"), "818405376 / 1953525168")},
-                      {"totalfile", With(texts.Message("MSG0707"), "123456")}});
+                      {"totalfile", With(texts.Message("MSG0707"), "123456")},
+                      {"strip", QStringLiteral("F++F+++-+++!++F+++8642????????????????")}});
     FillProgress(window);
 }
 
@@ -69,6 +70,23 @@ void FillCopy(SceneWindow& window, const SceneTexts& texts, const QString& messa
     FillProgress(window);
 }
 
+void FillRescue(SceneWindow& window, const SceneTexts& texts, const QString& message)
+{
+    const auto text = [&texts](const char* key, const QStringList& values = {}) {
+        return SceneTexts::Filled(texts.Text("Extras", QLatin1String(key)), values);
+    };
+    SetTexts(window,
+             {{"title", text("EXT0209")},
+              {"stage", With(texts.Message("MSG0302"), "/media/card.img")},
+              {"percent", With(texts.Message("MSG0301"), "42%")},
+              {"step", SceneTexts::Filled(texts.Text("Extras", message), {"12 Min 20 Sec"})},
+              {"rescued", text("EXT0215", {"118.40 GB", "931.51 GB"})},
+              {"unreadable", text("EXT0216", {"123.50 MB", "12345"})},
+              {"time", With(text("EXT0217"), "1 Hour 12 Min 20 Sec")},
+              {"strip", QStringLiteral("+++++-+++++//+++**++++????????????????")}});
+    FillProgress(window);
+}
+
 void FillPreview(SceneWindow& window, const SceneTexts& texts, const QString&)
 {
     SetTexts(window, {{"FileName", "f0123456.jpg"},
@@ -81,20 +99,27 @@ void FillRecovery(SceneWindow& window, const SceneTexts& texts, const QString&)
 {
     SetTexts(window, {{"current", "E:\\Recovered\\photo\\f0123456.jpg"},
                       {"percent", With(texts.Message("MSG1101"), "42%")},
-                      {"recovered", texts.Message("MSG1102", {"4321", "9876", "4309", "12"})}});
+                      {"recovered", texts.Message("MSG1102", {"4321", "9876", "4309", "12"})},
+                      {"SaveBtn", texts.Text("Extras", QStringLiteral("EXT0251"))},
+                      {"Damage", texts.Text("Extras", QStringLiteral("EXT0252"))}});
     FillProgress(window);
 }
 
 void FillReport(SceneWindow& window, const SceneTexts& texts, const QString& message)
 {
     FillRecovery(window, texts, message);
-    Show(window, {"FinishBtn", "DetailList"}, true);
+    SetTexts(window,
+             {{"summary", SceneTexts::Filled(texts.Text("Extras", QStringLiteral("EXT0254")),
+                                             {"4309", "9876", "3", "/home/user/Recovered"})}});
+    Show(window, {"FinishBtn", "DetailList", "SaveBtn"}, true);
     Show(window, {"CancelBtn"}, false);
     auto* list = window.FindControlAs<CListUI>(QStringLiteral("DetailList"));
     for (const char* name : {"f0123456.jpg", "f0123457.jpg", "f0123458.cr2", "f0123459.png"}) {
         auto row = std::make_unique<CListUI::Row>();
         row->SetColumnText(0, QLatin1String(name));
         row->SetColumnText(1, QStringLiteral("Success"));
+        row->SetColumnText(
+            2, SceneTexts::Filled(texts.Text("Extras", QStringLiteral("EXT0253")), {"123.40 KB"}));
         std::unique_ptr<CControlUI> child = std::move(row);
         list->Add(child);
     }
@@ -114,7 +139,10 @@ void FillBox(SceneWindow& window, const SceneTexts& texts, const QString& messag
             SetTexts(window, {{"title", texts.Message(title)}});
         }
     }
-    SetTexts(window, {{"message", texts.Message(message)}});
+    const bool isExtra = message.startsWith(QLatin1String("EXT"));
+    SetTexts(window, {{"message", isExtra ? SceneTexts::Filled(texts.Text("Extras", message),
+                                                               {"118.40 GB", "931.51 GB"})
+                                          : texts.Message(message)}});
 }
 
 void FillPicture(SceneWindow& window, const SceneTexts&, const QString&)
@@ -142,7 +170,13 @@ const Box Boxes[] = {
     {"MSG0709", "Question", {350, 130}},    {"MSG0805", "Confirm", {450, 150}},
     {"MSG0903", "Question", {350, 150}},    {"MSG1103", "Question", {350, 150}},
     {"MSG1205", "Question", {350, 150}},    {"MSG1206", "Question", {350, 150}},
-    {"MSG1207", "Error", {350, 130}},
+    {"MSG1207", "Error", {350, 130}},       {"EXT0204", "Question", {400, 150}},
+    {"EXT0205", "Confirm", {450, 150}},     {"EXT0206", "Question", {400, 150}},
+    {"EXT0207", "Question", {450, 150}},    {"EXT0208", "Question", {450, 150}},
+    {"EXT0219", "Question", {350, 150}},    {"EXT0220", "Information", {450, 150}},
+    {"EXT0223", "Information", {450, 150}}, {"EXT0231", "Information", {450, 150}},
+    {"EXT0233", "Information", {450, 150}}, {"EXT0235", "Information", {450, 150}},
+    {"EXT0241", "Question", {450, 150}},
 };
 
 }  // namespace
@@ -239,6 +273,8 @@ std::vector<Scene> AllScenes()
         {"preview", "PreviewProcessWnd", {370, 200}, "PreviewProcessWnd", FillPreview, {}},
         {"copy", "CreateImageProcessWnd", {450, 250}, "CreateImageWnd", FillCopy, "MSG0305"},
         {"copy-start", "CreateImageProcessWnd", {450, 250}, "CreateImageWnd", FillCopy, "MSG0304"},
+        {"rescue", "RescueProcessWnd", {450, 270}, "CreateImageWnd", FillRescue, "EXT0213"},
+        {"rescue-hangs", "RescueProcessWnd", {450, 270}, "CreateImageWnd", FillRescue, "EXT0218"},
         {"picture", "PreviewWnd", {600, 500}, "", FillPicture, {}},
         {"thanks", "LikeItWnd", {520, 230}, "", FillNothing, {}},
     };

@@ -50,10 +50,9 @@ public:
     {
         return Filled(Text("Extras", key), values);
     }
-
-private:
     static QString Filled(const QString& text, const QStringList& values);
 
+private:
     std::map<std::string, LanguageSection> m_sections;
 };
 
