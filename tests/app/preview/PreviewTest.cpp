@@ -1,6 +1,6 @@
 // What a preview shows of good and of hostile files, and the window that shows it alone.
 #include "app/popups/Messages.h"
-#include "app/preview/PictureDecoder.h"
+#include "app/preview/PictureDecoding.h"
 #include "app/preview/PictureSteps.h"
 #include "app/preview/PreviewPane.h"
 #include "app/preview/PreviewWnd.h"
@@ -133,16 +133,6 @@ const PictureCase Pictures[] = {
 INSTANTIATE_TEST_SUITE_P(Files, PictureTest, testing::ValuesIn(Pictures), [](const auto& row) {
     return std::string(row.param.name);
 });
-
-TEST(PictureDecoderTest, WhatTakesTooLongIsGivenUp)
-{
-    const TempFolder folder;
-    WriteFileBytes(folder / "tmp.jpg", Encoded(400, 400, "png"));
-    PictureLimits limits;
-    limits.longest = std::chrono::milliseconds(-1);
-    EXPECT_TRUE(DecodePicture(folder / "tmp.jpg", limits).isNull());
-    EXPECT_TRUE(DecodePicture(folder.Path()).isNull()) << "a folder";
-}
 
 class PreviewTest : public PopupFixture
 {

@@ -1,19 +1,20 @@
-#include "app/preview/PictureDecoder.h"
+#include "decoder/PictureReading.h"
 
+#include "decoder/DecoderProtocol.h"
 #include "platform/ByteView.h"
 
 #include <QElapsedTimer>
-#include <QFile>
+#include <QIODevice>
 #include <QImageReader>
 
 #include <algorithm>
 #include <array>
+#include <vector>
 
 namespace {
 
 constexpr int LeastSide = 3;
-constexpr std::int64_t BytesAPixel = 4;
-constexpr int HeadBytes =
+constexpr std::size_t HeadBytes =
     64 * 1024;  // camera data and colour tables stand in front of a picture's frame
 
 // Others are no pictures, or can name files and addresses to be read beside.
@@ -21,25 +22,38 @@ constexpr std::array<const char*, 12> Formats = {"jpeg", "jpg", "png", "gif", "b
                                                  "tiff", "tif", "ico", "pgm", "ppm", "pbm"};
 
 // A file that gives nothing more when the time is over, which ends whatever reads it.
-class TimedFile : public QFile
+class TimedFile : public QIODevice
 {
 public:
-    TimedFile(const QString& path, std::chrono::milliseconds longest)
-        : QFile(path), m_longest(longest.count())
+    TimedFile(const FileHandle& file, std::uint64_t sizeBytes, std::chrono::milliseconds longest)
+        : m_file(file), m_size(static_cast<qint64>(sizeBytes)), m_longest(longest.count())
     {
         m_clock.start();
+        // What others read ahead here would come in pieces that are not timed.
+        open(QIODevice::ReadOnly | QIODevice::Unbuffered);
     }
-    bool IsOver() const { return m_clock.elapsed() > m_longest; }
+    bool isSequential() const override { return false; }
+    qint64 size() const override { return m_size; }
 
 protected:
     qint64 readData(char* bytes, qint64 count) override
     {
         // In pieces so small that none keeps a decoder busy for long: a hundred bytes can mean a pass over all of a picture.
         constexpr qint64 MostAtOnce = 512;
-        return IsOver() ? -1 : QFile::readData(bytes, std::min(count, MostAtOnce));
+        const qint64 wanted = std::min({count, MostAtOnce, m_size - pos()});
+        std::size_t read = 0;
+        if (m_clock.elapsed() > m_longest || wanted < 0 ||
+            m_file.ReadAt(static_cast<std::uint64_t>(pos()), bytes,
+                          static_cast<std::size_t>(wanted), &read) != ResultSuccess) {
+            return -1;
+        }
+        return static_cast<qint64>(read);
     }
+    qint64 writeData(const char*, qint64) override { return -1; }
 
 private:
+    const FileHandle& m_file;
+    qint64 m_size;
     qint64 m_longest;
     QElapsedTimer m_clock;
 };
@@ -50,11 +64,14 @@ bool IsFrame(std::uint8_t marker)
 }
 
 // A frame that comes in several passes over the whole picture. Where none is found in the head it counts as one.
-bool IsProgressiveJpeg(const QByteArray& head)
+bool IsProgressiveJpeg(const FileHandle& file)
 {
-    const auto* const bytes = head.constData();
-    const std::vector<std::uint8_t> copy(bytes, bytes + head.size());
-    const ByteView view(copy.data(), copy.size());
+    std::vector<std::uint8_t> head(HeadBytes);
+    std::size_t read = 0;
+    if (file.ReadAt(0, head.data(), head.size(), &read) != ResultSuccess) {
+        return true;
+    }
+    const ByteView view(head.data(), read);
     std::size_t at = 2;
     while (view.Covers(at, 4) && view.U8(at) == 0xFF) {
         const std::uint8_t marker = view.U8(at + 1);
@@ -68,7 +85,7 @@ bool IsProgressiveJpeg(const QByteArray& head)
 
 bool IsWithin(const QSize& size,
               const QByteArray& format,
-              TimedFile& file,
+              const FileHandle& file,
               const PictureLimits& limits)
 {
     const std::int64_t pixels = std::int64_t{size.width()} * size.height();
@@ -78,20 +95,16 @@ bool IsWithin(const QSize& size,
     if (pixels > limits.mostPixels || pixels <= limits.mostPixelsOfProgressive) {
         return pixels <= limits.mostPixels;
     }
-    QFile head(file.fileName());
-    return head.open(QIODevice::ReadOnly) && !IsProgressiveJpeg(head.read(HeadBytes));
+    return !IsProgressiveJpeg(file);
 }
 
 }  // namespace
 
-QImage DecodePicture(const std::filesystem::path& path, const PictureLimits& limits)
+QImage ReadPicture(const FileHandle& file, const PictureWish& wish, const PictureLimits& limits)
 {
-    TimedFile file(QString::fromStdString(path.string()), limits.longest);
-    if (!file.open(QIODevice::ReadOnly | QIODevice::Unbuffered)) {
-        return {};
-    }
+    TimedFile timed(file, wish.sizeBytes, limits.longest);
     QImageReader::setAllocationLimit(limits.mostMegabytes);
-    QImageReader reader(&file);
+    QImageReader reader(&timed);
     reader.setDecideFormatFromContent(true);
     reader.setAutoTransform(true);
     const QByteArray format = reader.format();
@@ -102,12 +115,16 @@ QImage DecodePicture(const std::filesystem::path& path, const PictureLimits& lim
     if (!IsWithin(size, format, file, limits)) {
         return {};
     }
-    if (size.width() > limits.mostSide || size.height() > limits.mostSide) {
+    if (wish.isRough) {
+        constexpr int RoughQuality = 1;  // readers that know a quicker way take it
+        reader.setQuality(RoughQuality);
+    }
+    if (size.width() > wish.mostSide || size.height() > wish.mostSide) {
         // One that is very long and thin would vanish.
-        reader.setScaledSize(size.scaled(limits.mostSide, limits.mostSide, Qt::KeepAspectRatio)
-                                 .expandedTo(QSize(1, 1)));
+        reader.setScaledSize(
+            size.scaled(wish.mostSide, wish.mostSide, Qt::KeepAspectRatio).expandedTo(QSize(1, 1)));
     }
     const QImage picture = reader.read();
     const bool isSeen = picture.width() >= LeastSide || picture.height() >= LeastSide;
-    return isSeen ? picture : QImage();
+    return isSeen ? picture.convertToFormat(QImage::Format_ARGB32_Premultiplied) : QImage();
 }
