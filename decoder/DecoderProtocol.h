@@ -1,8 +1,8 @@
 // What lumivault and lumivault-decoder tell each other, a message each, over the decoder's standard input. The decoder tells once
 // that it is ready; from then on each request gets one answer.
 //
-// A request comes with two descriptors: the picture, and memory for the pixels, which the asker has made as long as the largest
-// answer takes. So nothing that the decoder makes is ever mapped, and a size that it claims is held against the asker's own figure.
+// A request comes with two descriptors: the picture, and memory for the pixels, which the asker has made as long as the
+// largest answer takes. So nothing that the decoder makes is ever mapped, and a size that it claims is held against the asker's own figure.
 #pragma once
 
 #include <cstdint>

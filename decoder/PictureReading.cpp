@@ -33,20 +33,25 @@ public:
         open(QIODevice::ReadOnly | QIODevice::Unbuffered);
     }
     bool isSequential() const override { return false; }
+    bool seek(qint64 position) override
+    {
+        m_at = position;
+        return QIODevice::seek(position);
+    }
     qint64 size() const override { return m_size; }
 
 protected:
     qint64 readData(char* bytes, qint64 count) override
     {
-        // In pieces so small that none keeps a decoder busy for long: a hundred bytes can mean a pass over all of a picture.
-        constexpr qint64 MostAtOnce = 512;
-        const qint64 wanted = std::min({count, MostAtOnce, m_size - pos()});
+        // All that is asked for: some readers take a short piece for the end, others for the whole.
+        const qint64 wanted = std::min(count, m_size - m_at);
         std::size_t read = 0;
         if (m_clock.elapsed() > m_longest || wanted < 0 ||
-            m_file.ReadAt(static_cast<std::uint64_t>(pos()), bytes,
-                          static_cast<std::size_t>(wanted), &read) != ResultSuccess) {
+            m_file.ReadAt(static_cast<std::uint64_t>(m_at), bytes, static_cast<std::size_t>(wanted),
+                          &read) != ResultSuccess) {
             return -1;
         }
+        m_at += static_cast<qint64>(read);
         return static_cast<qint64>(read);
     }
     qint64 writeData(const char*, qint64) override { return -1; }
@@ -55,6 +60,7 @@ private:
     const FileHandle& m_file;
     qint64 m_size;
     qint64 m_longest;
+    qint64 m_at = 0;  // where the device stands, which runs ahead of where its reader does
     QElapsedTimer m_clock;
 };
 

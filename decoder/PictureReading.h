@@ -26,7 +26,7 @@ struct PictureWish
     bool isRough = false;         // rather soon than well
 };
 
-// Looks at what the file holds, whatever its name says. Turned as the camera was held; 32 bits a pixel, premultiplied. Null when it
-// is no picture, or one that is too small to be seen, or takes more than the limits.
+// Looks at what the file holds, whatever its name says. Turned as the camera was held; 32 bits a pixel, premultiplied. Null
+// when it is no picture, or one that is too small to be seen, or takes more than the limits.
 QImage
 ReadPicture(const FileHandle& file, const PictureWish& wish, const PictureLimits& limits = {});

@@ -73,6 +73,17 @@ ByteVector Noise(std::size_t size)
     return bytes;
 }
 
+// Hundreds of kilobytes.
+ByteVector EncodedNoise(const char* format)
+{
+    const ByteVector noise = Noise(400 * 300 * 4);
+    const QImage image(noise.data(), 400, 300, QImage::Format_RGB32);
+    QByteArray bytes;
+    QBuffer buffer(&bytes);
+    EXPECT_TRUE(QImageWriter(&buffer, format).write(image));
+    return {bytes.begin(), bytes.end()};
+}
+
 // A few kilobytes that become half a gigabyte.
 ByteVector PngBomb()
 {
@@ -108,6 +119,9 @@ TEST_P(PictureTest, IsDecodedWithinLimitsOrNotAtAll)
 const PictureCase Pictures[] = {
     {"Jpeg", [] { return Encoded(40, 20, "jpg"); }, {40, 20}},
     {"PngUnderAnotherName", [] { return Encoded(40, 20, "png"); }, {40, 20}},
+    {"PngThatIsReadInManyPieces", [] { return EncodedNoise("png"); }, {400, 300}},
+    {"Tiff", [] { return EncodedNoise("tiff"); }, {400, 300}},
+    {"Webp", [] { return EncodedNoise("webp"); }, {400, 300}},
     {"Bmp", [] { return Encoded(40, 20, "bmp"); }, {40, 20}},
     {"TurnedByItsCamera", TurnedJpeg, {20, 40}},
     {"LargeIsScaled", [] { return Encoded(5000, 2500, "jpg"); }, {2048, 1024}},
