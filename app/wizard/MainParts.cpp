@@ -9,6 +9,7 @@ MainParts::MainParts(MainContext& mainContext)
       types(context.window),
       disks(*context.window.FindControlAs<CDiskListUI>(QStringLiteral("DiskList")), context.state),
       results(context, types.Filter()),
+      grid(context),
       scan(context, disks, results, pages, types.Filter()),
       restore(context),
       image(context, disks, [this](const std::filesystem::path& path) { UseImage(path); }),
@@ -97,4 +98,5 @@ void MainParts::RewriteTexts()
     pages.RewriteTexts();
     disks.RewriteTexts();
     results.RewriteTexts();
+    grid.RewriteTexts();
 }

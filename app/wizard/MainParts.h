@@ -9,6 +9,7 @@
 #include "app/wizard/RestoreFlow.h"
 #include "app/wizard/ResultPage.h"
 #include "app/wizard/ScanFlow.h"
+#include "app/wizard/ThumbnailGrid.h"
 #include "app/wizard/TypePage.h"
 #include "app/wizard/WizardPages.h"
 
@@ -32,6 +33,7 @@ struct MainParts
     TypePage types;
     DiskRows disks;
     ResultPage results;
+    ThumbnailGrid grid;
     ScanFlow scan;
     RestoreFlow restore;
     CreateImageFlow image;

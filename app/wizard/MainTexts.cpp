@@ -25,3 +25,8 @@ std::string DesktopText(std::string_view key)
 {
     return TextOf("Desktop", key);
 }
+
+std::string ExtraText(std::string_view key)
+{
+    return TextOf("Extras", key);
+}

@@ -8,10 +8,11 @@
 #include <string>
 #include <string_view>
 
-// Of the sections "Messages", "MainWnd" and "Desktop"; empty for a key that the file does not have.
+// Of the sections "Messages", "MainWnd", "Desktop" and "Extras"; empty for a key that the file does not have.
 std::string MessageText(std::string_view key);
 std::string MainWndText(std::string_view key);
 std::string DesktopText(std::string_view key);
+std::string ExtraText(std::string_view key);
 
 inline QString ToQt(std::string_view text)
 {

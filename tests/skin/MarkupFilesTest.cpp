@@ -27,7 +27,8 @@ const WindowNames Windows[] = {
      "ToolBtn "
      "SubBar1 SubBar2 TabScan TabFileType TabRecover TabPage PreviewEdit SelectedFileInfo "
      "ToolBar2Logo "
-     "CheckAll PartitionListBar WaitBar WaitText TypeTree FileList DiskList DiskListHeader "
+     "CheckAll PartitionListBar WaitBar WaitText TypeTree FileList FileGrid OptGrid DiskList "
+     "DiskListHeader "
      "NodePhoto NodeAudio "
      "NodeVideo "
      "Txt1 Txt2 TxtMainInfo MainTitle LblProductName Label1 Label2 Label3 Label4 Label5 Label6 "
@@ -157,7 +158,7 @@ TEST_F(SkinTest, EveryKeyOfALanguageNamesAControl)
 {
     for (const std::string& stem : LanguageStems()) {
         const SceneTexts texts = TextsOf(stem);
-        std::set<std::string> sections = {"Messages", "Desktop"};
+        std::set<std::string> sections = {"Messages", "Desktop", "Extras"};
         for (const WindowNames& wanted : Windows) {
             const auto window = MakeWindow(wanted);
             sections.insert(wanted.sections);

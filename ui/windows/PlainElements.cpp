@@ -3,6 +3,7 @@
 #include "ui/controls/EditUI.h"
 #include "ui/controls/LabelUI.h"
 #include "ui/controls/RichEditUI.h"
+#include "ui/list/GridUI.h"
 #include "ui/list/ListUI.h"
 #include "ui/list/TreeNodeUI.h"
 #include "ui/windows/MarkupBuilder.h"
@@ -30,7 +31,7 @@ struct PlainElement
     std::unique_ptr<CControlUI> (*make)(const std::shared_ptr<Skin>& skin);
 };
 
-constexpr std::array<PlainElement, 15> Elements = {{
+constexpr std::array<PlainElement, 16> Elements = {{
     {"HorizontalLayout", Make<CHorizontalLayoutUI>},
     {"VerticalLayout", Make<CVerticalLayoutUI>},
     {"TabLayout", Make<CTabLayoutUI>},
@@ -43,6 +44,7 @@ constexpr std::array<PlainElement, 15> Elements = {{
     {"Progress", Make<CProgressUI>},
     {"RichEdit", Make<CRichEditUI>},
     {"List", Make<CListUI>},
+    {"Grid", Make<CGridUI>},
     {"ListHeader", Make<CListHeaderUI>},
     {"ListHeaderItem", MakeDrawn<CListHeaderItemUI>},
     {"TreeNode", MakeDrawn<CTreeNodeUI>},
