@@ -2,7 +2,8 @@
 // that it is ready; from then on each request gets one answer.
 //
 // A request comes with two descriptors: the picture, and memory for the pixels, which the asker has made as long as the
-// largest answer takes. So nothing that the decoder makes is ever mapped, and a size that it claims is held against the asker's own figure.
+// largest answer takes. So nothing that the decoder makes is ever mapped, and a size that it claims is held against the
+// asker's own figure.
 #pragma once
 
 #include <cstdint>

@@ -1,15 +1,39 @@
 #include "app/wizard/ThumbnailGrid.h"
 
+#include "app/decoding/PictureDecoder.h"
 #include "app/wizard/FileList.h"
 #include "app/wizard/MainTexts.h"
 #include "ui/list/TreeNodeUI.h"
 
+#include <QPainter>
+
+#include <algorithm>
+
 namespace {
 
-constexpr int MostKilobytes = 24 * 1024;  // of pictures that are kept
 constexpr int BytesAKilobyte = 1024;
+constexpr int MostKilobytesOfOne = ThumbnailSide * ThumbnailSide * 3 / BytesAKilobyte;
+constexpr int LeastShown = 16;
 // In which the user may scroll on.
 constexpr int RestMilliseconds = 80;
+
+// Two screens of them: with less than one they would drive each other out for ever.
+int KilobytesFor(std::size_t shownRows)
+{
+    return 2 * std::max(static_cast<int>(shownRows), LeastShown) * MostKilobytesOfOne;
+}
+
+// In three bytes a pixel: nothing shows through.
+QImage OnGround(const QImage& picture, const QColor& ground)
+{
+    if (picture.isNull()) {
+        return {};
+    }
+    QImage opaque(picture.size(), QImage::Format_RGB888);
+    opaque.fill(ground);
+    QPainter(&opaque).drawImage(0, 0, picture);
+    return opaque;
+}
 
 int KilobytesOf(const QImage& picture)
 {
@@ -23,7 +47,6 @@ ThumbnailGrid::ThumbnailGrid(MainContext& context)
       m_list(context.window.FindControlAs<CListUI>(QStringLiteral("FileList"))),
       m_grid(context.window.FindControlAs<CGridUI>(QStringLiteral("FileGrid"))),
       m_switch(context.window.FindControlAs<COptionUI>(QStringLiteral("OptGrid"))),
-      m_pictures(MostKilobytes),
       m_maker(context.state.turns, [this](const ThumbnailMaker::Wish& wish, const QImage& picture) {
           QMetaObject::invokeMethod(
               this, [this, wish, picture] { Keep(wish, picture); }, Qt::QueuedConnection);
@@ -94,7 +117,9 @@ const QImage* ThumbnailGrid::PictureOf(const CListUI::Row& row)
 void ThumbnailGrid::WantShown()
 {
     std::vector<ThumbnailMaker::Wish> wishes;
-    for (const CListUI::Row* row : m_grid->ShownRows()) {
+    const std::vector<CListUI::Row*> shown = m_grid->ShownRows();
+    m_pictures.setMaxCost(KilobytesFor(shown.size()));
+    for (const CListUI::Row* row : shown) {
         const FoundRow& found = static_cast<const FileRow*>(row)->Found();
         const SelectionKey key = KeyOf(found);
         if (found.record.IsFolder == 0 && !m_pictures.contains(key)) {
@@ -108,7 +133,8 @@ void ThumbnailGrid::WantShown()
 void ThumbnailGrid::Keep(const ThumbnailMaker::Wish& wish, const QImage& picture)
 {
     if (wish.results == m_results) {
-        m_pictures.insert(wish.key, new QImage(picture), KilobytesOf(picture));
+        const QImage kept = OnGround(picture, m_grid->Look().backColor);
+        m_pictures.insert(wish.key, new QImage(kept), KilobytesOf(kept));
         m_grid->Invalidate();
     }
 }
