@@ -26,7 +26,7 @@ QImage ImageOf(DecodedPicture decoded)
     const auto* const pixels = static_cast<const void*>(kept->pixels.data());
     const int width = kept->width;
     const int height = kept->height;
-    return {static_cast<const uchar*>(pixels),   width,    height,        width * 4,
+    return {static_cast<const uchar*>(pixels),   width,    height,        qsizetype{width} * 4,
             QImage::Format_ARGB32_Premultiplied, &Release, kept.release()};
 }
 

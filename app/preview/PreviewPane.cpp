@@ -16,7 +16,7 @@ constexpr int TwipsAnInch = 1440;
 constexpr int PixelsAnInch = 96;
 constexpr std::size_t DumpLine = 1024;
 // A pane takes seconds for a megabyte, and nobody reads that far.
-constexpr std::size_t MostDumped = 256 * 1024;
+constexpr std::size_t MostDumped = 262144;
 
 // A large picture takes seconds: the windows are drawn meanwhile, and what the user does comes afterwards.
 QImage DecodeMeanwhile(const std::filesystem::path& path)
@@ -64,7 +64,8 @@ void ShowText(CRichEditUI& pane, const QString& text, int spacing)
 QString DumpText(std::span<const std::uint8_t> bytes)
 {
     QString text;
-    text.reserve(static_cast<qsizetype>(bytes.size() + bytes.size() / DumpLine * 2 + 2));
+    const std::size_t lineEnds = bytes.size() / DumpLine * 2 + 2;
+    text.reserve(static_cast<qsizetype>(bytes.size()) + static_cast<qsizetype>(lineEnds));
     for (std::size_t i = 0; i < bytes.size(); ++i) {
         text += bytes[i] == 0 ? QLatin1Char('.') : QLatin1Char(static_cast<char>(bytes[i]));
         if ((i + 1) % DumpLine == 0) {

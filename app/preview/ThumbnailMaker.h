@@ -1,4 +1,5 @@
-// Makes small pictures of found files in the background: reads each out of its target while no task needs that, and has it decoded.
+// Makes small pictures of found files in the background: reads each out of its target while no task needs that, and has it
+// decoded.
 #pragma once
 
 #include "app/tasks/EngineTurns.h"

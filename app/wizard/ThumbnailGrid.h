@@ -1,5 +1,5 @@
-// Photos as a grid of small pictures in place of the list on page 3, which goes on below: rows, order, ticks and the current row are
-// the list's. A switch above it turns it on. Pictures are made of what is on the screen alone.
+// Photos as a grid of small pictures in place of the list on page 3, which goes on below: rows, order, ticks and the current row
+// are the list's. A switch above it turns it on. Pictures are made of what is on the screen alone.
 #pragma once
 
 #include "app/preview/ThumbnailMaker.h"

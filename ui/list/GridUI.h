@@ -1,5 +1,5 @@
-// The rows of a list as a grid of pictures, each with its name and its check mark. It has no rows of its own: order, current row and
-// marks are the list's, whose notifications come from the list as ever. Space changes the mark of the current row.
+// The rows of a list as a grid of pictures, each with its name and its check mark. It has no rows of its own: order, current row
+// and marks are the list's, whose notifications come from the list as ever. Space changes the mark of the current row.
 #pragma once
 
 #include "ui/list/ListUI.h"
