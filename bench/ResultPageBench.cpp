@@ -72,6 +72,12 @@ public:
         window->HandleMessage(WM_SEARCH_DONE, 0, 0);
         Draw();
     }
+    // Without the pictures themselves, which come one by one and take no more than is set aside for them.
+    void ShowGrid(bool isGrid)
+    {
+        window->FindControlAs<COptionUI>("OptGrid")->Selected(isGrid);
+        Draw();
+    }
     void Click(const char* header)
     {
         window->FindControl(header)->SendNotify(NotifyHeaderClick);
@@ -114,6 +120,35 @@ void ResultPageMemory(benchmark::State& state)
         state.counters["MiB_sorted"] = ResidentMemory() - empty;
         main.Click("CheckAll");
         state.counters["MiB_ticked"] = ResidentMemory() - empty;
+        main.ShowGrid(true);
+        state.counters["MiB_grid"] = ResidentMemory() - empty;
+    }
+}
+
+void ResultPageShowsGrid(benchmark::State& state)
+{
+    MainWindow main;
+    main.window->State().results = MakeResults();
+    main.Show();
+    for (auto pass : state) {
+        (void)pass;
+        main.ShowGrid(true);
+        state.PauseTiming();
+        main.ShowGrid(false);
+        state.ResumeTiming();
+    }
+}
+
+// As ResultPageShows, while the grid is on.
+void ResultPageShowsInGrid(benchmark::State& state)
+{
+    MainWindow main;
+    main.window->State().results = MakeResults();
+    main.Show();
+    main.ShowGrid(true);
+    for (auto pass : state) {
+        (void)pass;
+        main.Show();
     }
 }
 
@@ -199,6 +234,8 @@ void ResultPageHidesDoubles(benchmark::State& state)
 
 BENCHMARK(ResultPageMemory)->Unit(benchmark::kMillisecond)->Iterations(1);
 BENCHMARK(ResultPageShows)->Unit(benchmark::kMillisecond);
+BENCHMARK(ResultPageShowsGrid)->Unit(benchmark::kMillisecond);
+BENCHMARK(ResultPageShowsInGrid)->Unit(benchmark::kMillisecond);
 BENCHMARK(ResultPageSortsByName)->Unit(benchmark::kMillisecond);
 BENCHMARK(ResultPageSortsBySize)->Unit(benchmark::kMillisecond);
 BENCHMARK(ResultPageSortsByType)->Unit(benchmark::kMillisecond);

@@ -2,5 +2,6 @@
 include(GNUInstallDirs)
 set(LUMIVAULT_HELPER_NAME lumivault-open-device)
 set(LUMIVAULT_HELPER_FOLDER libexec/lumivault)
+set(LUMIVAULT_DECODER_NAME lumivault-decoder)
 set(LUMIVAULT_PLAYER_FOLDER libexec/lumivault)
 set(LUMIVAULT_DOCUMENTATION_FOLDER share/doc/lumivault)

@@ -2,30 +2,26 @@
 
 #include "platform/Folders.h"
 #include "platform/InstallPaths.h"
+#include "platform/MessageChannel.h"
 
 #include <array>
 #include <cerrno>
 #include <csignal>
-#include <cstring>
 #include <fcntl.h>
 #include <optional>
 #include <poll.h>
 #include <spawn.h>
-#include <sys/socket.h>
 #include <sys/stat.h>
 #include <sys/syscall.h>
-#include <sys/uio.h>
 #include <sys/wait.h>
 #include <unistd.h>
+#include <utility>
 
 namespace {
 
 // Of the starter: the user dismissed the dialogue, or the system does not let this user ask.
 constexpr int ExitDismissed = 126;
 constexpr int ExitNotAuthorised = 127;
-// More than the one that is allowed, so that surplus ones are seen and closed; the system closes any beyond.
-constexpr std::size_t DescriptorsTaken = 8;
-
 struct Answer
 {
     bool valid = false;  // one whole message with no more than one descriptor
@@ -33,62 +29,31 @@ struct Answer
     FileHandle device;
 };
 
-// Every descriptor that came is owned at once, so that none is left open whatever the message says.
-Answer ReadMessage(msghdr& message, std::int32_t errorNumber, std::size_t bytes)
+// Nothing when the other end was closed without one, or has not sent one yet.
+std::optional<Answer> Receive(const FileHandle& channel)
 {
     Answer answer;
-    std::size_t count = 0;
-    for (cmsghdr* header = CMSG_FIRSTHDR(&message); header != nullptr;
-         header = CMSG_NXTHDR(&message, header)) {
-        if (header->cmsg_level != SOL_SOCKET || header->cmsg_type != SCM_RIGHTS) {
-            continue;
-        }
-        const std::size_t held = (header->cmsg_len - CMSG_LEN(0)) / sizeof(int);
-        for (std::size_t index = 0; index < held; ++index) {
-            int descriptor = -1;
-            std::memcpy(&descriptor, CMSG_DATA(header) + index * sizeof descriptor,
-                        sizeof descriptor);
-            answer.device = FileHandle(descriptor);
-            ++count;
-        }
-    }
-    const bool cut = (message.msg_flags & (MSG_TRUNC | MSG_CTRUNC)) != 0;
-    answer.errorNumber = errorNumber;
-    answer.valid = !cut && bytes == sizeof errorNumber && count == (errorNumber == 0 ? 1U : 0U);
-    return answer;
-}
-
-// Nothing when the other end was closed without one, or has not sent one yet.
-std::optional<Answer> Receive(int channel)
-{
-    std::int32_t errorNumber = 0;
-    iovec data = {&errorNumber, sizeof errorNumber};
-    alignas(cmsghdr) std::array<unsigned char, CMSG_SPACE(DescriptorsTaken * sizeof(int))> control =
-        {};
-    msghdr message = {};
-    message.msg_iov = &data;
-    message.msg_iovlen = 1;
-    message.msg_control = control.data();
-    message.msg_controllen = control.size();
-    ssize_t got = 0;
-    do {
-        got = ::recvmsg(channel, &message, MSG_CMSG_CLOEXEC | MSG_DONTWAIT);
-    } while (got < 0 && errno == EINTR);
-    if (got < 0) {
+    ReceivedMessage message =
+        ReceiveMessage(channel, &answer.errorNumber, sizeof answer.errorNumber);
+    if (message.bytes == 0) {
         return std::nullopt;
     }
-    // No bytes are the end of the channel, or an empty message, which may hold descriptors all the same.
-    Answer answer = ReadMessage(message, errorNumber, static_cast<std::size_t>(got));
-    return got == 0 ? std::nullopt : std::optional(std::move(answer));
+    answer.valid = !message.isCut && message.bytes == sizeof answer.errorNumber &&
+                   message.descriptors.size() == (answer.errorNumber == 0 ? 1U : 0U);
+    if (!message.descriptors.empty()) {
+        answer.device = std::move(message.descriptors.back());
+    }
+    return answer;
 }
 
 // Ends with an answer, with the end of the child, or with its end of the channel closed, whichever comes first. The child is
 // watched too: something that it left behind might keep the channel open for ever.
-std::optional<Answer> WaitForAnswer(int channel, pid_t child)
+std::optional<Answer> WaitForAnswer(const FileHandle& channel, pid_t child)
 {
     // By its number: the C library's own function for it cannot be linked from C++ everywhere.
     const FileHandle childEnd(static_cast<int>(::syscall(SYS_pidfd_open, child, 0U)));
-    std::array<pollfd, 2> waiting = {{{channel, POLLIN, 0}, {childEnd.Descriptor(), POLLIN, 0}}};
+    std::array<pollfd, 2> waiting = {
+        {{channel.Descriptor(), POLLIN, 0}, {childEnd.Descriptor(), POLLIN, 0}}};
     while (::poll(waiting.data(), waiting.size(), -1) < 0) {
         if (errno != EINTR) {
             return std::nullopt;
@@ -179,19 +144,18 @@ ResultCode OpenDevicePrivileged(const std::filesystem::path& node,
     if (::access(opener.starter.c_str(), X_OK) != 0 || ::access(opener.helper.c_str(), X_OK) != 0) {
         return ResultNotSupported;
     }
-    std::array<int, 2> ends = {};
-    if (::socketpair(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0, ends.data()) != 0) {
-        return ErrorFromErrno(errno, FileOperation::Open);
+    FileHandle ours;
+    FileHandle theirs;
+    if (const ResultCode result = MakeChannel(ours, theirs)) {
+        return result;
     }
-    const FileHandle ours(ends[0]);
-    FileHandle theirs(ends[1]);
     pid_t child = -1;
     const int failure = Start(opener, resolved.string(), theirs.Descriptor(), &child);
     theirs.Close();
     if (failure != 0) {
         return ErrorFromErrno(failure, FileOperation::Open);
     }
-    std::optional<Answer> answer = WaitForAnswer(ours.Descriptor(), child);
+    std::optional<Answer> answer = WaitForAnswer(ours, child);
     const int exitStatus = WaitForEnd(child);
     if (!answer) {
         return ResultWithoutAnswer(exitStatus);

@@ -21,10 +21,6 @@
 #include <unistd.h>
 #include <utility>
 
-namespace {
-
-constexpr std::size_t LongestProcessName = 15;
-
 // The lists that a start needs, given back on every way out.
 class SpawnPlan
 {
@@ -52,9 +48,9 @@ public:
     {
         ::posix_spawn_file_actions_addopen(&m_actions, descriptor, "/dev/null", O_RDWR, 0);
     }
-    void UsePipe(int descriptor, int writeEnd)
+    void Use(int descriptor, int given)
     {
-        ::posix_spawn_file_actions_adddup2(&m_actions, writeEnd, descriptor);
+        ::posix_spawn_file_actions_adddup2(&m_actions, given, descriptor);
     }
     const posix_spawn_file_actions_t* Actions() const { return &m_actions; }
     const posix_spawnattr_t* Attributes() const { return &m_attributes; }
@@ -63,6 +59,10 @@ private:
     posix_spawn_file_actions_t m_actions = {};
     posix_spawnattr_t m_attributes = {};
 };
+
+namespace {
+
+constexpr std::size_t LongestProcessName = 15;
 
 std::optional<std::int32_t> NumberOf(const std::string& name)
 {
@@ -159,12 +159,33 @@ ResultCode LaunchedProgram::Start(const std::filesystem::path& program,
         }
         readEnd = FileHandle(ends[0]);
         writeEnd = FileHandle(ends[1]);
-        plan.UsePipe(STDOUT_FILENO, writeEnd.Descriptor());
-        plan.UsePipe(STDERR_FILENO, writeEnd.Descriptor());
+        plan.Use(STDOUT_FILENO, writeEnd.Descriptor());
+        plan.Use(STDERR_FILENO, writeEnd.Descriptor());
     } else {
         plan.UseNothing(STDOUT_FILENO);
         plan.UseNothing(STDERR_FILENO);
     }
+    if (const ResultCode result = Spawn(program, arguments, plan)) {
+        return result;
+    }
+    m_output = std::move(readEnd);
+    return ResultSuccess;
+}
+
+ResultCode LaunchedProgram::StartOnChannel(const std::filesystem::path& program,
+                                           const FileHandle& channel)
+{
+    SpawnPlan plan;
+    plan.Use(STDIN_FILENO, channel.Descriptor());
+    plan.UseNothing(STDOUT_FILENO);
+    plan.UseNothing(STDERR_FILENO);
+    return Spawn(program, {}, plan);
+}
+
+ResultCode LaunchedProgram::Spawn(const std::filesystem::path& program,
+                                  const std::vector<std::string>& arguments,
+                                  const SpawnPlan& plan)
+{
     std::string name = program.filename().string();
     std::vector<std::string> texts = arguments;
     std::vector<char*> pointers = {name.data()};
@@ -179,8 +200,16 @@ ResultCode LaunchedProgram::Start(const std::filesystem::path& program,
         return ErrorFromErrno(error, FileOperation::Open);
     }
     m_number = number;
-    m_output = std::move(readEnd);
     return ResultSuccess;
+}
+
+void LaunchedProgram::Kill()
+{
+    if (IsStarted() && !m_ended) {
+        ::kill(m_number, SIGKILL);
+        constexpr int EndMilliseconds = 5000;  // one that the system holds back ends later
+        (void)HasEnded(EndMilliseconds);
+    }
 }
 
 bool LaunchedProgram::HasEnded(int waitMilliseconds)

@@ -27,7 +27,9 @@ bool ProcessIsAlive(std::int32_t number);
 // A pipe whose reader is gone gives an error from now on, here and in programs that are started later, and ends nobody.
 void IgnoreBrokenPipes();
 
-// A program that runs beside this one and may outlive it. Its standard input is empty.
+class SpawnPlan;
+
+// A program that runs beside this one and may outlive it. Its standard input is empty, but for one that is started on a channel.
 class LaunchedProgram
 {
 public:
@@ -43,6 +45,11 @@ public:
     [[nodiscard]] ResultCode Start(const std::filesystem::path& program,
                                    const std::vector<std::string>& arguments,
                                    bool keepsOutput);
+    // Its standard input is that channel, and what it writes goes nowhere.
+    [[nodiscard]] ResultCode StartOnChannel(const std::filesystem::path& program,
+                                            const FileHandle& channel);
+    // At once; waits for its end.
+    void Kill();
 
     bool IsStarted() const { return m_number > 0; }
     // Waits that long, in milliseconds, for its end. Once true it stays true.
@@ -58,6 +65,10 @@ public:
     void CloseOutput() { m_output.Close(); }
 
 private:
+    [[nodiscard]] ResultCode Spawn(const std::filesystem::path& program,
+                                   const std::vector<std::string>& arguments,
+                                   const SpawnPlan& plan);
+
     std::int32_t m_number = 0;
     bool m_ended = false;
     bool m_killed = false;

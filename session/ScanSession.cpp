@@ -372,6 +372,15 @@ ResultCode ScanSession::Restore(const FileRecord& record,
     return result;
 }
 
+PreviewOutcome ScanSession::ReadBytes(const FileRecord& record,
+                                      std::uint32_t mostBytes,
+                                      const ProgressFunction& progress)
+{
+    FileRecord unnamed = record;
+    unnamed.SetName("");  // whether it goes to a file is told by its extension alone
+    return Preview(unnamed, mostBytes, progress);
+}
+
 PreviewOutcome ScanSession::Preview(const FileRecord& record,
                                     std::uint32_t mostBytes,
                                     const ProgressFunction& progress)

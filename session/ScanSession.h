@@ -113,6 +113,9 @@ public:
                        const std::filesystem::path& path,
                        std::uint32_t baseDepth,
                        const FileProgressFunction& progress);
+    // The first bytes of any file, also of one that Preview() would write to a file.
+    PreviewOutcome
+    ReadBytes(const FileRecord& record, std::uint32_t mostBytes, const ProgressFunction& progress);
     PreviewOutcome
     Preview(const FileRecord& record, std::uint32_t mostBytes, const ProgressFunction& progress);
 

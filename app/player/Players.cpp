@@ -1,10 +1,12 @@
 #include "app/player/Players.h"
 
+#include "platform/Confinement.h"
 #include "platform/Folders.h"
 #include "platform/InstallPaths.h"
 
 #include <algorithm>
 #include <condition_variable>
+#include <future>
 #include <mutex>
 #include <thread>
 #include <utility>
@@ -107,13 +109,30 @@ std::vector<std::string> ArgumentsFor(const std::filesystem::path& path,
     return arguments;
 }
 
+// From a thread that gives up the network before it starts the player, which then never had it: whatever it opens in spite of its
+// arguments, it tells nobody. Where the system has no such filter there is no player.
+ResultCode StartPlayer(LaunchedProgram& player,
+                       const char* name,
+                       const std::vector<std::string>& arguments,
+                       bool keepsOutput)
+{
+    return std::async(std::launch::async,
+                      [&] {
+                          const ResultCode refused = RefuseNetwork();
+                          return refused != ResultSuccess
+                                     ? refused
+                                     : player.Start(PlayerFolder() / name, arguments, keepsOutput);
+                      })
+        .get();
+}
+
 void PlayerThread(const std::filesystem::path& path, const std::function<void()>& onFailed)
 {
     LaunchedProgram player;
     const std::vector<std::string> arguments =
         ArgumentsFor(path, {"--geometry=326x189+845+260", "--video-aspect-override=16:9",
                             "--term-status-msg=P ${percent-pos}%"});
-    if (player.Start(PlayerFolder() / VideoPlayer, arguments, true) != ResultSuccess) {
+    if (StartPlayer(player, VideoPlayer, arguments, true) != ResultSuccess) {
         return;
     }
     const PlayerStart start = PlayerPipe().Watch(player);
@@ -153,7 +172,7 @@ void StartAudio(const std::filesystem::path& path)
     LaunchedProgram player;
     const std::vector<std::string> arguments = ArgumentsFor(
         path, {"--force-window=immediate", "--audio-display=no", "--geometry=326x189+845+260"});
-    if (player.Start(PlayerFolder() / AudioPlayer, arguments, false) == ResultSuccess) {
+    if (StartPlayer(player, AudioPlayer, arguments, false) == ResultSuccess) {
         Players().Keep(std::move(player));
     }
 }

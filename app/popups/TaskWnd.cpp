@@ -62,6 +62,10 @@ void CTaskWnd::RunGuarded()
 {
     LanguageManager& languages = LanguageManager::GetInstance();
     try {
+        std::optional<EngineTurns::Task> turn;
+        if (m_state != nullptr) {
+            turn.emplace(m_state->turns);
+        }
         RunTask({m_gate, m_board, languages.GetSection("Messages"), languages.GetSection("Desktop"),
                  languages.GetSection("Extras"), MakeHost()});
     } catch (...) {

@@ -1,6 +1,6 @@
 #include "app/preview/PreviewPane.h"
 
-#include "app/preview/PictureDecoder.h"
+#include "app/preview/PictureDecoding.h"
 #include "ui/controls/RichEditUI.h"
 
 #include <QEventLoop>

@@ -4,6 +4,7 @@
 // in the search, selection and restoreFolder in the restore.
 #pragma once
 
+#include "app/tasks/EngineTurns.h"
 #include "results/SelectionMap.h"
 #include "session/Destination.h"
 #include "session/Session.h"
@@ -42,6 +43,7 @@ struct RecoveryState
     std::vector<FoundRow> results;
     SelectionMap selection;
     std::filesystem::path restoreFolder;  // no separator at its end
+    EngineTurns turns;                    // of all engines; any thread
 
     // Of the first target whose records carry that letter; null when there is none, or when it has none.
     std::shared_ptr<ScanSession> FindEngine(const FileRecord& record) const;

@@ -36,6 +36,7 @@ InlinePreview::InlinePreview(MainContext& context, std::function<const FoundRow*
     m_keyAtWork.setSingleShot(true);
     connect(&m_delay, &QTimer::timeout, this, [this] { ShowCurrent(); });
     m_list->installEventFilter(this);
+    m_context.window.FindControl(QStringLiteral("FileGrid"))->Widget()->installEventFilter(this);
 }
 
 InlinePreview::~InlinePreview()

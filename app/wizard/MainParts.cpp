@@ -9,6 +9,7 @@ MainParts::MainParts(MainContext& mainContext)
       types(context.window),
       disks(*context.window.FindControlAs<CDiskListUI>(QStringLiteral("DiskList")), context.state),
       results(context, types.Filter()),
+      grid(context),
       scan(context, disks, results, pages, types.Filter()),
       restore(context),
       image(context, disks, [this](const std::filesystem::path& path) { UseImage(path); }),
@@ -124,4 +125,5 @@ void MainParts::RewriteTexts()
     disks.RewriteTexts();
     results.RewriteTexts();
     scan.RewriteTexts();
+    grid.RewriteTexts();
 }

@@ -4,13 +4,14 @@
 #include "app/wizard/CreateImageFlow.h"
 #include "app/wizard/DiskRefresh.h"
 #include "app/wizard/DiskRows.h"
-#include "app/wizard/ImagePartsListing.h"
 #include "app/wizard/ImageArrivals.h"
+#include "app/wizard/ImagePartsListing.h"
 #include "app/wizard/InlinePreview.h"
 #include "app/wizard/MainContext.h"
 #include "app/wizard/RestoreFlow.h"
 #include "app/wizard/ResultPage.h"
 #include "app/wizard/ScanFlow.h"
+#include "app/wizard/ThumbnailGrid.h"
 #include "app/wizard/TypePage.h"
 #include "app/wizard/WizardPages.h"
 
@@ -36,6 +37,7 @@ struct MainParts
     TypePage types;
     DiskRows disks;
     ResultPage results;
+    ThumbnailGrid grid;
     ScanFlow scan;
     RestoreFlow restore;
     CreateImageFlow image;

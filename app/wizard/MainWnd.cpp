@@ -65,6 +65,7 @@ void CMainWnd::BindHandlers()
     bind("BtnAssist", NotifyClick, [this](const Notification&) { ShowAssistMenu(*this); });
     bind("CheckAll", NotifyHeaderClick,
          [this](const Notification&) { m_parts->results.OnCheckAll(); });
+    bind("OptGrid", NotifySelectChanged, [this](const Notification&) { m_parts->grid.Refresh(); });
     bind("PartitionListBar", NotifyTimer,
          [this](const Notification& timer) { m_parts->refresh.OnTimer(timer.wParam); });
     const auto toggles = [this](TypeCategory category) {
@@ -149,6 +150,7 @@ void CMainWnd::OnItemSelect(const CControlUI& sender)
         m_parts->preview.OnSelect();
     } else if (name == QLatin1String("TypeTree")) {
         m_parts->results.ShowGroup();
+        m_parts->grid.Refresh();
     }
 }
 
@@ -314,7 +316,9 @@ bool CMainWnd::HandleMessage(std::uint32_t number, std::intptr_t wParam, std::in
         m_parts->scan.OnScanDone();
         return true;
     case WM_SEARCH_DONE:
+        m_parts->grid.Forget();
         m_parts->scan.OnSearchDone();
+        m_parts->grid.Refresh();
         return true;
     case WM_SHOW_PREVIEW:
         ShowPreviewWindow(lParam);

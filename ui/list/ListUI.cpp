@@ -26,6 +26,14 @@ CListUI::~CListUI()
     setModel(nullptr);
 }
 
+void CListUI::Invalidate()
+{
+    CItemViewUI::Invalidate();
+    if (m_onLook) {
+        m_onLook();
+    }
+}
+
 CListUI::Row* CListUI::GetItemAt(int index) const
 {
     return index >= 0 && index < GetCount() ? m_rows[static_cast<std::size_t>(index)].get()

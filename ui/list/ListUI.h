@@ -8,7 +8,9 @@
 #include "ui/list/ListElementUI.h"
 #include "ui/list/ListHeaderUI.h"
 
+#include <functional>
 #include <memory>
+#include <utility>
 #include <vector>
 
 class ListModel;
@@ -59,6 +61,13 @@ public:
     // Rows have a check mark in this column, drawn by the two pictures; -1 for none.
     void SetCheckColumn(int column) { m_checkColumn = column; }
     int GetCheckColumn() const { return m_checkColumn; }
+    const QString& GetCheckImage(bool isChecked) const
+    {
+        return isChecked ? m_checkedImage : m_uncheckedImage;
+    }
+    // Called when the look of a row has changed: another view may show the same rows.
+    void SetFollower(std::function<void()> onLook) { m_onLook = std::move(onLook); }
+    void Invalidate() override;
 
     // After its height or visibility has changed; for the row.
     void RefreshRow(const Row& row);
@@ -99,4 +108,5 @@ private:
     mutable bool m_areNumbered = true;
     bool m_isQuiet = false;  // changes of the selection are not told
     Row* m_pressedRow = nullptr;
+    std::function<void()> m_onLook;
 };

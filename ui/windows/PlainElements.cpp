@@ -5,6 +5,7 @@
 #include "ui/controls/LabelUI.h"
 #include "ui/controls/RichEditUI.h"
 #include "ui/controls/StripUI.h"
+#include "ui/list/GridUI.h"
 #include "ui/list/ListUI.h"
 #include "ui/list/TreeNodeUI.h"
 #include "ui/windows/MarkupBuilder.h"
@@ -32,7 +33,7 @@ struct PlainElement
     std::unique_ptr<CControlUI> (*make)(const std::shared_ptr<Skin>& skin);
 };
 
-constexpr std::array<PlainElement, 16> Elements = {{
+constexpr std::array<PlainElement, 18> Elements = {{
     {"HorizontalLayout", Make<CHorizontalLayoutUI>},
     {"VerticalLayout", Make<CVerticalLayoutUI>},
     {"TabLayout", Make<CTabLayoutUI>},
@@ -47,6 +48,7 @@ constexpr std::array<PlainElement, 16> Elements = {{
     {"RichEdit", Make<CRichEditUI>},
     {"Strip", Make<CStripUI>},
     {"List", Make<CListUI>},
+    {"Grid", Make<CGridUI>},
     {"ListHeader", Make<CListHeaderUI>},
     {"ListHeaderItem", MakeDrawn<CListHeaderItemUI>},
     {"TreeNode", MakeDrawn<CTreeNodeUI>},

@@ -1,6 +1,7 @@
 // The real player, without screen and loudspeaker.
 #include "app/player/Players.h"
 
+#include "platform/Confinement.h"
 #include "platform/Folders.h"
 #include "tests/support/Bytes.h"
 #include "tests/support/RunCommand.h"
@@ -10,6 +11,7 @@
 
 #include <arpa/inet.h>
 #include <atomic>
+#include <cerrno>
 #include <chrono>
 #include <poll.h>
 #include <sys/socket.h>
@@ -169,6 +171,25 @@ TEST_F(PlayersTest, NoFileMakesItOpenAConnection)
         EXPECT_FALSE(listener.SomebodyCame()) << name;
         KillPlayers();
     }
+}
+
+TEST_F(PlayersTest, WhatStartsItHasGivenUpTheNetwork)
+{
+    std::thread([] {
+        ASSERT_EQ(RefuseNetwork(), ResultSuccess);
+        for (const int family : {AF_INET, AF_INET6, AF_PACKET, 43}) {
+            EXPECT_FALSE(FileHandle(::socket(family, SOCK_STREAM, 0)).IsOpen()) << family;
+            EXPECT_EQ(errno, EACCES) << family;
+        }
+        EXPECT_TRUE(FileHandle(::socket(AF_UNIX, SOCK_STREAM, 0)).IsOpen())
+            << "its window, its sound";
+    }).join();
+    EXPECT_TRUE(FileHandle(::socket(AF_INET, SOCK_STREAM, 0)).IsOpen()) << "other threads have it";
+    // An address that it is told itself, past all that keeps files from naming one.
+    const Listener listener;
+    AddPlayerArguments({listener.Address()});
+    FailsToPlay(m_folder / "not there.avi");
+    EXPECT_FALSE(listener.SomebodyCame());
 }
 
 }  // namespace

@@ -1,6 +1,6 @@
 // What a preview shows of good and of hostile files, and the window that shows it alone.
 #include "app/popups/Messages.h"
-#include "app/preview/PictureDecoder.h"
+#include "app/preview/PictureDecoding.h"
 #include "app/preview/PictureSteps.h"
 #include "app/preview/PreviewPane.h"
 #include "app/preview/PreviewWnd.h"
@@ -73,6 +73,17 @@ ByteVector Noise(std::size_t size)
     return bytes;
 }
 
+// Hundreds of kilobytes.
+ByteVector EncodedNoise(const char* format)
+{
+    const ByteVector noise = Noise(400 * 300 * 4);
+    const QImage image(noise.data(), 400, 300, QImage::Format_RGB32);
+    QByteArray bytes;
+    QBuffer buffer(&bytes);
+    EXPECT_TRUE(QImageWriter(&buffer, format).write(image));
+    return {bytes.begin(), bytes.end()};
+}
+
 // A few kilobytes that become half a gigabyte.
 ByteVector PngBomb()
 {
@@ -108,6 +119,9 @@ TEST_P(PictureTest, IsDecodedWithinLimitsOrNotAtAll)
 const PictureCase Pictures[] = {
     {"Jpeg", [] { return Encoded(40, 20, "jpg"); }, {40, 20}},
     {"PngUnderAnotherName", [] { return Encoded(40, 20, "png"); }, {40, 20}},
+    {"PngThatIsReadInManyPieces", [] { return EncodedNoise("png"); }, {400, 300}},
+    {"Tiff", [] { return EncodedNoise("tiff"); }, {400, 300}},
+    {"Webp", [] { return EncodedNoise("webp"); }, {400, 300}},
     {"Bmp", [] { return Encoded(40, 20, "bmp"); }, {40, 20}},
     {"TurnedByItsCamera", TurnedJpeg, {20, 40}},
     {"LargeIsScaled", [] { return Encoded(5000, 2500, "jpg"); }, {2048, 1024}},
@@ -133,16 +147,6 @@ const PictureCase Pictures[] = {
 INSTANTIATE_TEST_SUITE_P(Files, PictureTest, testing::ValuesIn(Pictures), [](const auto& row) {
     return std::string(row.param.name);
 });
-
-TEST(PictureDecoderTest, WhatTakesTooLongIsGivenUp)
-{
-    const TempFolder folder;
-    WriteFileBytes(folder / "tmp.jpg", Encoded(400, 400, "png"));
-    PictureLimits limits;
-    limits.longest = std::chrono::milliseconds(-1);
-    EXPECT_TRUE(DecodePicture(folder / "tmp.jpg", limits).isNull());
-    EXPECT_TRUE(DecodePicture(folder.Path()).isNull()) << "a folder";
-}
 
 class PreviewTest : public PopupFixture
 {

@@ -1,5 +1,6 @@
 // The question whether to stop, at each of the five tasks: the worker stands still as long as it is open.
 #include "app/tasks/CancelQuestion.h"
+#include "app/tasks/EngineTurns.h"
 #include "app/tasks/ImageWorker.h"
 #include "app/tasks/PreviewWorker.h"
 #include "app/tasks/RestoreWorker.h"
@@ -7,6 +8,7 @@
 #include "app/tasks/SearchWorker.h"
 #include "tests/app/tasks/TaskFixture.h"
 
+#include <atomic>
 #include <chrono>
 #include <thread>
 
@@ -160,6 +162,33 @@ TEST(ProgressBoardTest, WhatIsWrittenWhileItIsTakenIsNotLost)
     writer.join();
     EXPECT_EQ(seen, std::size_t{Rows});
     EXPECT_EQ(board.Value("progress"), Rows - 1);
+}
+
+TEST(EngineTurnsTest, TheBackgroundStopsForATaskAndWaitsUntilItIsOver)
+{
+    EngineTurns turns;
+    std::atomic<int> steps = 0;
+    std::atomic<bool> isInside = false;
+    std::thread background([&] {
+        EXPECT_TRUE(turns.RunInBackground([&] {
+            isInside = true;
+            while (!turns.IsTaskWaiting()) {
+                ++steps;
+                std::this_thread::yield();
+            }
+            isInside = false;
+        }));
+    });
+    while (steps == 0) {
+        std::this_thread::yield();
+    }
+    {
+        const EngineTurns::Task task(turns);
+        EXPECT_FALSE(isInside);
+        EXPECT_FALSE(turns.RunInBackground([] { FAIL() << "a task has the engines"; }));
+    }
+    background.join();
+    EXPECT_TRUE(turns.RunInBackground([] {}));
 }
 
 }  // namespace

@@ -9,6 +9,7 @@
 #include "ui/controls/ComboUI.h"
 #include "ui/controls/EditUI.h"
 #include "ui/controls/RichEditUI.h"
+#include "ui/list/GridUI.h"
 
 #include <QApplication>
 #include <QDropEvent>
@@ -96,6 +97,50 @@ protected:
 
     std::vector<ByteVector> m_photos;
 };
+
+TEST_F(WizardRoadTest, PhotosAreShownAsAGridWithRowsAndTicksOfTheList)
+{
+    LoadImage();
+    ScanUntilResults();
+    auto& grid = Get<CGridUI>("FileGrid");
+    auto& option = Get<COptionUI>("OptGrid");
+    EXPECT_FALSE(grid.IsVisible());
+    auto& pane = Get<CRichEditUI>("PreviewEdit");
+    ASSERT_TRUE(WaitFor([&] { return pane.HasPicture() && !CPopUpWnd::IsAnyModal(); }));
+    option.Selected(true);
+    EXPECT_FALSE(Files().IsVisible());
+    const auto sides = [&grid] {
+        int sum = 0;
+        for (const CListUI::Row* row : grid.ShownRows()) {
+            const QImage* const picture = grid.picture(*row);
+            sum += picture != nullptr ? picture->width() : 0;
+        }
+        return sum;
+    };
+    EXPECT_TRUE(WaitFor([&] { return sides() == 3 * 64; })) << sides();
+    Shoot("page3-grid");
+
+    pane.Clear();
+    QTest::keyClick(&grid, Qt::Key_Right);
+    EXPECT_EQ(Files().GetCurSel(), 1);
+    QTest::keyClick(&grid, Qt::Key_Space);
+    EXPECT_TRUE(Files().GetItemAt(1)->IsChecked());
+    const QRect last = grid.visualRect(grid.model()->index(2, grid.modelColumn()));
+    QTest::mouseClick(grid.viewport(), Qt::LeftButton, {}, last.topLeft() + QPoint(15, 15));
+    EXPECT_EQ(m_window->State().selection.size(), 2u);
+    EXPECT_EQ(Files().GetCurSel(), 1) << "a tick selects nothing";
+    EXPECT_FALSE(pane.HasPicture());
+    EXPECT_TRUE(WaitFor([&] { return pane.HasPicture() && !CPopUpWnd::IsAnyModal(); }));
+
+    auto& tree = Get<CTreeViewUI>("TypeTree");
+    tree.SelectNode(Node("NodeAudio").GetItemAt(0));
+    EXPECT_FALSE(grid.IsVisible() || option.IsVisible()) << "sound has no pictures";
+    tree.SelectNode(&Jpg());
+    EXPECT_TRUE(grid.IsVisible());
+    EXPECT_EQ(sides(), 3 * 64) << "they were kept";
+    m_window->HandleMessage(WM_SEARCH_DONE, 0, 0);
+    EXPECT_EQ(sides(), 0) << "other files may stand in their places now";
+}
 
 TEST_F(WizardRoadTest, FromAnImageToTheRestoredFiles)
 {
