@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <condition_variable>
+#include <exception>
 #include <future>
 #include <mutex>
 #include <thread>
@@ -116,14 +117,17 @@ ResultCode StartPlayer(LaunchedProgram& player,
                        const std::vector<std::string>& arguments,
                        bool keepsOutput)
 {
-    return std::async(std::launch::async,
-                      [&] {
-                          const ResultCode refused = RefuseNetwork();
-                          return refused != ResultSuccess
-                                     ? refused
-                                     : player.Start(PlayerFolder() / name, arguments, keepsOutput);
-                      })
-        .get();
+    const auto start = [&] {
+        const ResultCode refused = RefuseNetwork();
+        return refused != ResultSuccess
+                   ? refused
+                   : player.Start(PlayerFolder() / name, arguments, keepsOutput);
+    };
+    try {
+        return std::async(std::launch::async, start).get();
+    } catch (const std::exception&) {
+        return ResultOutOfMemory;  // or no more threads
+    }
 }
 
 void PlayerThread(const std::filesystem::path& path, const std::function<void()>& onFailed)

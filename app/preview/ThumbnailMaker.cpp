@@ -5,12 +5,13 @@
 #include <algorithm>
 #include <chrono>
 #include <exception>
+#include <system_error>
 #include <utility>
 
 namespace {
 
-// Few pictures are larger; of one that is, its beginning has to do.
-constexpr std::uint64_t MostBytes = 32 << 20;
+// Few pictures are larger; of one that is, its beginning has to do. They are held while they are decoded.
+constexpr std::uint64_t MostBytes = 16 << 20;
 // After which it is tried again whether the task is over.
 constexpr std::chrono::milliseconds TaskPause{100};
 
@@ -40,8 +41,13 @@ void ThumbnailMaker::Want(std::vector<Wish> wishes)
     std::reverse(wishes.begin(), wishes.end());
     m_wishes = std::move(wishes);
     m_hasChanged.notify_all();
-    if (!m_thread.joinable() && !m_wishes.empty()) {
+    if (m_thread.joinable() || m_wishes.empty()) {
+        return;
+    }
+    try {
         m_thread = std::thread([this] { Run(); });
+    } catch (const std::system_error&) {
+        m_wishes.clear();  // icons stand in their places
     }
 }
 
@@ -83,7 +89,8 @@ bool ThumbnailMaker::Make(const Wish& wish)
     PreviewOutcome read;
     const bool hasRun = m_turns.RunInBackground([&] {
         if (const std::shared_ptr<ScanSession> engine = wish.engine.lock()) {
-            const auto most = static_cast<std::uint32_t>(std::min(wish.record.FileSize, MostBytes));
+            const std::uint64_t size = wish.record.FileSize;  // of a packed record
+            const auto most = static_cast<std::uint32_t>(std::min(size, MostBytes));
             read = engine->ReadBytes(wish.record, most, [this](const Progress&) {
                 return m_isEnding || m_turns.IsTaskWaiting() ? Answer::Stop : Answer::GoOn;
             });

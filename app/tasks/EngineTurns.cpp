@@ -1,5 +1,7 @@
 #include "app/tasks/EngineTurns.h"
 
+#include <chrono>
+
 EngineTurns::Task::Task(EngineTurns& turns) : m_turns(turns)
 {
     std::unique_lock held(m_turns.m_lock);
@@ -9,8 +11,28 @@ EngineTurns::Task::Task(EngineTurns& turns) : m_turns(turns)
 
 EngineTurns::Task::~Task()
 {
-    const std::lock_guard held(m_turns.m_lock);
-    --m_turns.m_tasks;
+    m_turns.EndTask();
+}
+
+void EngineTurns::EndTask()
+{
+    const std::lock_guard held(m_lock);
+    --m_tasks;
+}
+
+bool EngineTurns::BeginShortly()
+{
+    constexpr std::chrono::milliseconds Moment{200};
+    std::unique_lock held(m_lock);
+    if (m_tasks > 0) {
+        return false;
+    }
+    ++m_tasks;
+    if (!m_hasEnded.wait_for(held, Moment, [this] { return !m_isBackgroundAtWork; })) {
+        --m_tasks;
+        return false;
+    }
+    return true;
 }
 
 bool EngineTurns::IsTaskWaiting() const

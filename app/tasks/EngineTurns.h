@@ -29,7 +29,19 @@ public:
         if (!Begin()) {
             return false;
         }
-        const Ending ending(*this);
+        const Ending ending(*this, &EngineTurns::End);
+        work();
+        return true;
+    }
+    // For the thread of windows: runs work that takes no time, unless a task has the engines, or the background does not stop
+    // within a moment, as on a disk that hangs.
+    template <typename Work>
+    bool RunShortly(const Work& work)
+    {
+        if (!BeginShortly()) {
+            return false;
+        }
+        const Ending ending(*this, &EngineTurns::EndTask);
         work();
         return true;
     }
@@ -39,17 +51,20 @@ private:
     class Ending
     {
     public:
-        explicit Ending(EngineTurns& turns) : m_turns(turns) {}
+        Ending(EngineTurns& turns, void (EngineTurns::*end)()) : m_turns(turns), m_end(end) {}
         Ending(const Ending&) = delete;
         Ending& operator=(const Ending&) = delete;
-        ~Ending() { m_turns.End(); }
+        ~Ending() { (m_turns.*m_end)(); }
 
     private:
         EngineTurns& m_turns;
+        void (EngineTurns::*m_end)();
     };
 
     bool Begin();
     void End();
+    bool BeginShortly();
+    void EndTask();
 
     mutable std::mutex m_lock;
     std::condition_variable m_hasEnded;

@@ -67,9 +67,7 @@ ThumbnailGrid::ThumbnailGrid(MainContext& context)
 
 void ThumbnailGrid::RewriteTexts()
 {
-    const QString text = ToQt(ExtraText("EXT0301"));
-    m_switch->SetAttribute(QStringLiteral("tooltip"), text);
-    m_grid->SetAttribute(QStringLiteral("accname"), text);
+    m_switch->SetAttribute(QStringLiteral("tooltip"), ToQt(ExtraText("EXT0301")));
 }
 
 bool ThumbnailGrid::IsOfPhotos() const

@@ -184,10 +184,15 @@ TEST(EngineTurnsTest, TheBackgroundStopsForATaskAndWaitsUntilItIsOver)
     }
     {
         const EngineTurns::Task task(turns);
+        EXPECT_FALSE(turns.RunShortly([] { FAIL() << "a task has the engines"; }));
         EXPECT_FALSE(isInside);
         EXPECT_FALSE(turns.RunInBackground([] { FAIL() << "a task has the engines"; }));
     }
     background.join();
+    EXPECT_TRUE(turns.RunInBackground([&turns] {
+        EXPECT_FALSE(turns.RunShortly([] { FAIL() << "the background does not stop"; }));
+    }));
+    EXPECT_TRUE(turns.RunShortly([&turns] { EXPECT_FALSE(turns.RunInBackground([] {})); }));
     EXPECT_TRUE(turns.RunInBackground([] {}));
 }
 

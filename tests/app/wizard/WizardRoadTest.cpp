@@ -11,6 +11,7 @@
 #include "ui/controls/RichEditUI.h"
 #include "ui/list/GridUI.h"
 
+#include <QAccessible>
 #include <QApplication>
 #include <QDropEvent>
 #include <QMimeData>
@@ -125,6 +126,10 @@ TEST_F(WizardRoadTest, PhotosAreShownAsAGridWithRowsAndTicksOfTheList)
     EXPECT_EQ(Files().GetCurSel(), 1);
     QTest::keyClick(&grid, Qt::Key_Space);
     EXPECT_TRUE(Files().GetItemAt(1)->IsChecked());
+    QAccessibleInterface* const cell =
+        QAccessible::queryAccessibleInterface(&grid)->tableInterface()->cellAt(1, 0);
+    EXPECT_EQ(cell->text(QAccessible::Name), Files().GetItemAt(1)->GetColumnText(1));
+    EXPECT_TRUE(cell->state().checkable && cell->state().checked);
     const QRect last = grid.visualRect(grid.model()->index(2, grid.modelColumn()));
     QTest::mouseClick(grid.viewport(), Qt::LeftButton, {}, last.topLeft() + QPoint(15, 15));
     EXPECT_EQ(m_window->State().selection.size(), 2u);
