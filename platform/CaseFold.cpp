@@ -3,8 +3,8 @@
 #include "platform/Text.h"
 
 #include <algorithm>
+#include <clocale>
 #include <cwctype>
-#include <locale.h>
 
 namespace {
 

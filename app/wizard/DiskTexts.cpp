@@ -153,7 +153,7 @@ QString ToolTipOf(const DiskFacts& disk)
 
 QString ScannedName(const RecoveryTarget& target)
 {
-    const QString name = ToQt(Printable(DetailsOf(target).front().toStdString()));
+    QString name = ToQt(Printable(DetailsOf(target).front().toStdString()));
     if (!target.volume) {
         return name;
     }

@@ -131,7 +131,7 @@ bool FileList::IsHeadMarked() const
     return Head()->GetUserData() == MarkedData;
 }
 
-void FileList::MarkHead(bool isMarked)
+void FileList::MarkHead(bool isMarked) const
 {
     Head()->SetUserData(isMarked ? QString(MarkedData) : QStringLiteral("unchecked"));
     Head()->SetText(isMarked ? QStringLiteral("{i checked.png 1 0}")

@@ -73,7 +73,7 @@ public:
 
     // The mark of the head: all rows have theirs.
     bool IsHeadMarked() const;
-    void MarkHead(bool isMarked);
+    void MarkHead(bool isMarked) const;
     CListHeaderItemUI* Head() const;
 
     // A click on one of the other headers.
