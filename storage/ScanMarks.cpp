@@ -13,6 +13,7 @@ ScanMarks::ScanMarks(std::uint64_t startByte, std::uint64_t byteCount)
     m_parts = static_cast<std::size_t>(last >> m_shift) + 1;
 }
 
+// NOLINTNEXTLINE(readability-make-member-function-const): the bits are its own
 void ScanMarks::Note(Bits& bits, std::uint64_t position, std::uint64_t count)
 {
     if (position < m_start || position >= m_end || count == 0) {

@@ -14,7 +14,7 @@ constexpr int AnswerMilliseconds = 1000;
 // "show", a blank and the code of each image, a line break. The codes have neither blanks nor line breaks.
 constexpr char Show[] = "show";
 constexpr char Shown[] = "shown\n";
-constexpr qint64 LongestQuestion = 256 * 1024;
+constexpr qint64 LongestQuestion = 1 << 18;
 constexpr qint64 LongestAnswer = 64;
 constexpr std::size_t MostImages = 16;
 constexpr qsizetype LongestPath = 4096;

@@ -41,6 +41,7 @@ std::string RestoreReportText(const std::vector<ReportRow>& rows,
                               LanguageSection& extras)
 {
     std::vector<const ReportRow*> sorted;
+    sorted.reserve(rows.size());
     for (const ReportRow& row : rows) {
         sorted.push_back(&row);
     }

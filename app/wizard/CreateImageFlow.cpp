@@ -42,8 +42,19 @@ void CreateImageFlow::Start(bool targetChosen)
     }
     std::filesystem::path proposal = ProposedName(*source);
     while (const auto chosen = m_context.services.dialogs->SaveImage(&m_context.window, proposal)) {
-        if (MayWrite(*source, *chosen)) {
-            Make(*source, *chosen);
+        const Earlier earlier = AskForEarlier(*source, *chosen);
+        if (earlier == Earlier::GoOn) {
+            Rescue(*source, *chosen, std::nullopt);
+            OfferImage(*chosen);
+            return;
+        }
+        if (earlier != Earlier::NotThere && MayWrite(*source, *chosen)) {
+            if (earlier == Earlier::Drop) {
+                // It would say of the new image what is missing in the old one.
+                (void)RemoveFile(RescueTask(TargetOf(*source), *chosen).MapFile());
+            }
+            Copy(*source, *chosen);
+            OfferImage(*chosen);
             return;
         }
         proposal = *chosen;
@@ -65,35 +76,34 @@ bool CreateImageFlow::MayWrite(const ImageSource& source, const std::filesystem:
     return true;
 }
 
-void CreateImageFlow::Make(const ImageSource& source, const std::filesystem::path& file)
+void CreateImageFlow::OfferImage(const std::filesystem::path& file) const
 {
-    if (GoesOn(source, file)) {
-        Rescue(source, file, std::nullopt);
-    } else {
-        Copy(source, file);
-    }
     if (Ask(CMessageBox::Question, MessageText("MSG0214"), 400, 150) == CloseDone) {
         m_useImage(file);
     }
 }
 
-bool CreateImageFlow::GoesOn(const ImageSource& source, const std::filesystem::path& file) const
+// What speaks against the file for a rescue speaks against it for a copy too, and is told there.
+CreateImageFlow::Earlier CreateImageFlow::AskForEarlier(const ImageSource& source,
+                                                        const std::filesystem::path& file) const
 {
     RescueTask task(TargetOf(source), file);
+    bool mayBeOnSource = false;
     while (const std::optional<RescueProblem> problem = task.NextProblem()) {
         if (problem->fault != RescueFault::Image || !problem->image.IsQuestion()) {
-            return false;
+            return Earlier::None;
         }
+        mayBeOnSource = mayBeOnSource || problem->image.fault == ImageFault::MayBeOnSource;
     }
     if (!task.GoesOn()) {
-        return false;
+        return Earlier::None;
     }
-    if (Ask(CMessageBox::Question, ExtraText("EXT0208"), 450, 150) == CloseDone) {
-        return true;
+    if (Ask(CMessageBox::Question, ExtraText("EXT0208"), 450, 150) != CloseDone) {
+        return Earlier::Drop;
     }
-    // It would say of the new image what is missing in the old one.
-    (void)RemoveFile(task.MapFile());
-    return false;
+    const bool isRefused =
+        mayBeOnSource && Ask(CMessageBox::Confirm, DesktopText("DSK0106"), 450, 150) != CloseDone;
+    return isRefused ? Earlier::NotThere : Earlier::GoOn;
 }
 
 void CreateImageFlow::Copy(const ImageSource& source, const std::filesystem::path& file)

@@ -23,11 +23,17 @@ private:
     int Ask(CMessageBox::Kind kind, const std::string& message, int width, int height) const;
     // False: back to the dialog.
     bool MayWrite(const ImageSource& source, const std::filesystem::path& file) const;
-    // From the copy, or what an earlier rescue has left, to the offer to scan the image.
-    void Make(const ImageSource& source, const std::filesystem::path& file);
+    enum class Earlier  // rescue into that file
+    {
+        None,
+        GoOn,
+        Drop,
+        NotThere  // back to the dialog
+    };
+
+    Earlier AskForEarlier(const ImageSource& source, const std::filesystem::path& file) const;
     void Copy(const ImageSource& source, const std::filesystem::path& file);
-    // True when the user goes on with what an earlier rescue has left; what he does not want of it is removed.
-    bool GoesOn(const ImageSource& source, const std::filesystem::path& file) const;
+    void OfferImage(const std::filesystem::path& file) const;
     // Copies what can be read, also around faults, and tells what became of it.
     void Rescue(const ImageSource& source,
                 const std::filesystem::path& file,

@@ -18,7 +18,8 @@
 
 namespace {
 
-// One window of each task. Its work stands still at its beginning until it is let go on; only the image and the rescue have just begun.
+// One window of each task. Its work stands still at its beginning until it is let go on; only the image and the rescue have
+// just begun.
 class TaskWindows : public PopupFixture
 {
 protected:

@@ -77,7 +77,7 @@ void FillRescue(SceneWindow& window, const SceneTexts& texts, const QString& mes
     };
     SetTexts(window,
              {{"title", text("EXT0209")},
-              {"stage", With(texts.Message("MSG0302"), "/media/card.img")},
+              {"stage", With(texts.Message("MSG0302"), "E:\\card.img")},
               {"percent", With(texts.Message("MSG0301"), "42%")},
               {"step", SceneTexts::Filled(texts.Text("Extras", message), {"12 Min 20 Sec"})},
               {"rescued", text("EXT0215", {"118.40 GB", "931.51 GB"})},
@@ -110,7 +110,7 @@ void FillReport(SceneWindow& window, const SceneTexts& texts, const QString& mes
     FillRecovery(window, texts, message);
     SetTexts(window,
              {{"summary", SceneTexts::Filled(texts.Text("Extras", QStringLiteral("EXT0254")),
-                                             {"4309", "9876", "3", "/home/user/Recovered"})}});
+                                             {"4309", "9876", "3", "E:\\Recovered"})}});
     Show(window, {"FinishBtn", "DetailList", "SaveBtn"}, true);
     Show(window, {"CancelBtn"}, false);
     auto* list = window.FindControlAs<CListUI>(QStringLiteral("DetailList"));
