@@ -78,12 +78,13 @@ void MoveTicks(SelectionMap& selection, const std::vector<DoubleRow>& doubles)
     }
     std::vector<Place> ticked;
     ticked.reserve(selection.size());
-    for (const auto& [key, row] : selection) {
+    for (const auto& [key, kept] : selection) {
+        const FoundRow row = kept.Row();
         ticked.push_back(PlaceOf(row, row.at));
     }
     std::sort(ticked.begin(), ticked.end());
     std::erase_if(selection, [&ticked](const auto& entry) {
-        const FoundRow& row = entry.second;
+        const FoundRow row = entry.second.Row();
         return row.doubleOf &&
                std::binary_search(ticked.begin(), ticked.end(), PlaceOf(row, *row.doubleOf));
     });

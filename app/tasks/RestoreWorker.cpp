@@ -17,7 +17,7 @@ void RestoreWorker::RunMany()
     std::vector<FoundRow> rows;
     rows.reserve(m_state.selection.size());
     for (const auto& [key, row] : m_state.selection) {
-        rows.push_back(row);
+        rows.push_back(row.Row());
     }
     if (!Restore(rows, true)) {
         End();

@@ -97,10 +97,10 @@ void ResultPage::ShowGroup()
 QString ResultPage::ToolTipOf(const FoundRow& found) const
 {
     std::string folder;
-    // A task that runs may use the engine on its own thread.
+    // A task that runs, and the small pictures, use the engine on threads of their own.
     const auto engine = m_context.flows == 0 ? m_context.state.FindEngine(found.record) : nullptr;
     if (engine != nullptr) {
-        folder = engine->FolderPath(found.record);
+        (void)m_context.state.turns.RunShortly([&] { folder = engine->FolderPath(found.record); });
     }
     return ToQt(RowTip(found.record, folder, LanguageManager::GetInstance().GetSection("Extras")));
 }

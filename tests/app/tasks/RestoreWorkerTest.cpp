@@ -68,7 +68,10 @@ TEST_F(RestoreWorkerTest, ARecordWithoutAnEngineFailsWithoutARow)
     OpenAll();
     SelectAll();
     // Of a target that was taken from the list behind the search.
-    state.selection.rbegin()->second.record.DriveLetter = 7;
+    FoundRow last = state.selection.rbegin()->second.Row();
+    SetSelected(state.selection, last, false);
+    last.record.DriveLetter = 7;
+    SetSelected(state.selection, last, true);
     Run();
     EXPECT_EQ(board.Text("recovered"), "2 of 2, 1, 1");
     EXPECT_EQ(RowTexts(), (Rows{"photo/a.jpg Success"}));

@@ -136,7 +136,7 @@ TEST_F(ResultPageTest, TheHeadTicksAllRowsOfTheTypeAndSortsByTheOthers)
     EXPECT_EQ(Get("Path").GetAttribute("bkimage"), "file='list_header_desc.png' corner='0,1,13,1'");
     EXPECT_EQ(Get("Size").GetAttribute("bkimage"), "file='list_header_bg.png' corner='0,1,0,1'");
     Tick(0);
-    EXPECT_EQ(m_window->State().selection.begin()->second.record.NameText(), "c.jpg")
+    EXPECT_EQ(m_window->State().selection.begin()->second.Row().record.NameText(), "c.jpg")
         << "a row keeps its file when it is sorted";
 }
 
