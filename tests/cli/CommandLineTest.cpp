@@ -4,6 +4,7 @@
 #include "cli/TextForms.h"
 #include "platform/FileHandle.h"
 #include "platform/Folders.h"
+#include "platform/Version.h"
 #include "tests/cli/CliFixture.h"
 #include "tests/support/FakeEngines.h"
 
@@ -108,7 +109,7 @@ TEST_F(CommandLineTest, HelpAndTheVersionAreGivenAsPeopleAskForThem)
         EXPECT_EQ(outcome.status, 0) << arguments[0];
         EXPECT_NE(outcome.out.find(says), std::string::npos) << outcome.out;
     }
-    EXPECT_TRUE(RunAsGiven({"-v"}).out.starts_with("lumivault-cli 0."));
+    EXPECT_EQ(RunAsGiven({"-v"}).out, std::string("lumivault-cli ") + LumivaultVersion + "\n");
     EXPECT_EQ(RunAsGiven({"-v"}).out, RunAsGiven({"--version"}).out);
 }
 

@@ -252,7 +252,7 @@ def scan_stopped(visit):
     screen.wait("label", words.message("MSG0501"))
     screen.click("table cell", long_image.name)
     visit.press("BtnScan")
-    screen.wait("label", words.message("MSG1206"), seconds=SCAN_SECONDS)
+    screen.wait("label", re.compile(f"^{re.escape(words.message('MSG1206'))} ."), seconds=SCAN_SECONDS)
     visit.shot("resume-question")
     screen.click("push button", words.text("MessageBox", "okbtn"))
     visit.wait_for_results("Photos (3)")
