@@ -109,7 +109,7 @@ bool WritesAboutItself(const CLI::App& app,
                        Session& session)
 {
     const std::string word = arguments.empty() ? std::string() : arguments.front();
-    if (word == "write-manual") {
+    if (word == "--write-manual") {
         WriteManual(app, streams.out);
     } else if (word == "complete") {
         WriteCompletions(app, {arguments.begin() + 1, arguments.end()}, session, streams.out);

@@ -1,5 +1,6 @@
 #include "cli/Manual.h"
 
+#include "platform/Text.h"
 #include "platform/Version.h"
 
 #include <CLI/CLI.hpp>
@@ -10,30 +11,9 @@
 
 namespace {
 
-// As plain text: a hyphen is one, and no line is taken for an instruction.
-std::string Plain(std::string_view text)
-{
-    std::string plain;
-    bool lineBegins = true;
-    for (const char c : text) {
-        if (lineBegins && (c == '.' || c == '\'')) {
-            plain += "\\&";
-        }
-        lineBegins = c == '\n';
-        if (c == '\\') {
-            plain += "\\e";
-        } else if (c == '-') {
-            plain += "\\-";
-        } else {
-            plain += c;
-        }
-    }
-    return plain;
-}
-
 void WriteExamples(std::string_view lines, std::ostream& out)
 {
-    out << ".PP\n.nf\n" << Plain(lines) << (lines.ends_with('\n') ? "" : "\n") << ".fi\n";
+    out << ".PP\n.nf\n" << ManualText(lines) << (lines.ends_with('\n') ? "" : "\n") << ".fi\n";
 }
 
 constexpr std::string_view ExamplesHead = "Examples:\n";
@@ -78,22 +58,22 @@ void WriteOptions(const CLI::App& command, std::ostream& out)
         }
         out << ".TP\n";
         if (option->get_positional()) {
-            out << "\\fI" << Plain(option->get_name(true)) << "\\fR\n";
+            out << "\\fI" << ManualText(option->get_name(true)) << "\\fR\n";
         } else {
-            out << "\\fB" << Plain(NamesOf(*option)) << "\\fR"
+            out << "\\fB" << ManualText(NamesOf(*option)) << "\\fR"
                 << (option->get_items_expected_max() != 0
-                        ? " \\fI" + Plain(option->get_type_name()) + "\\fR"
+                        ? " \\fI" + ManualText(option->get_type_name()) + "\\fR"
                         : std::string())
                 << '\n';
         }
-        out << Plain(option->get_description()) << '\n';
+        out << ManualText(option->get_description()) << '\n';
     }
 }
 
 void WriteCommand(const CLI::App& command, std::ostream& out)
 {
-    out << ".SS \"" << Plain(UsageOf(command)) << "\"\n"
-        << Plain(command.get_description()) << '\n';
+    out << ".SS \"" << ManualText(UsageOf(command)) << "\"\n"
+        << ManualText(command.get_description()) << '\n';
     WriteOptions(command, out);
     WriteExamples(Behind(command.get_footer(), ExamplesHead), out);
 }
@@ -104,13 +84,13 @@ void WriteManual(const CLI::App& app, std::ostream& out)
 {
     const std::string footer = app.get_footer();
     const std::string_view examples = Behind(footer, ExamplesHead);
-    const std::string name = Plain(app.get_name());
+    const std::string name = ManualText(app.get_name());
     out << ".TH LUMIVAULT\\-CLI 1 \"\" \"Lumivault " << LumivaultVersion << "\" \"User Commands\"\n"
         << ".SH NAME\n"
         << name << " \\- get deleted files back from disks and disk images\n"
         << ".SH SYNOPSIS\n\\fB" << name << "\\fR \\fICOMMAND\\fR [\\fIOPTION\\fR ...]\n"
         << ".SH DESCRIPTION\n"
-        << Plain(app.get_description()) << "\n.SH OPTIONS\n";
+        << ManualText(app.get_description()) << "\n.SH OPTIONS\n";
     WriteOptions(app, out);
     out << ".SH COMMANDS\n";
     for (const CLI::App* const command :
@@ -120,7 +100,7 @@ void WriteManual(const CLI::App& app, std::ostream& out)
     out << ".SH EXAMPLES\n";
     WriteExamples(examples.substr(0, examples.find("\n\n")), out);
     out << ".SH EXIT STATUS\n"
-        << Plain(Behind(footer, ExitHead)) << '\n'
+        << ManualText(Behind(footer, ExitHead)) << '\n'
         << ".SH FILES\n.TP\n\\fI~/.local/share/OrvantaLumivault/ScanLog\\fR\n"
            "records of earlier scans, one folder a scan; \\fB"
         << name << " scans\\fR lists them, \\fBforget\\fR removes them\n"

@@ -216,3 +216,23 @@ std::string Printable(std::string_view text)
     }
     return Utf16ToUtf8(shown);
 }
+
+std::string ManualText(std::string_view text)
+{
+    std::string plain;
+    bool lineBegins = true;
+    for (const char c : text) {
+        if (lineBegins && (c == '.' || c == '\'')) {
+            plain += "\\&";
+        }
+        lineBegins = c == '\n';
+        if (c == '\\') {
+            plain += "\\e";
+        } else if (c == '-') {
+            plain += "\\-";
+        } else {
+            plain += c;
+        }
+    }
+    return plain;
+}

@@ -30,3 +30,6 @@ std::string CutText(std::string_view text, std::size_t maxBytes);
 // The name cut to at most maxBytes in its stem, at a code point, so that the last extension stays. An
 // extension that is too long itself is cut as plain text.
 std::string CutName(std::string_view name, std::size_t maxBytes);
+
+// For a manual page, as plain text: a hyphen is one, and no line is taken for an instruction.
+std::string ManualText(std::string_view text);

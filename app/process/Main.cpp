@@ -1,52 +1,26 @@
 // The program with windows: one for each user.
 #include "app/popups/MessageBox.h"
 #include "app/process/HelpPages.h"
+#include "app/process/ProgramOptions.h"
 #include "app/process/ProgramRun.h"
 #include "app/process/SingleInstance.h"
 #include "platform/FaultGuard.h"
 #include "platform/Folders.h"
 #include "platform/HttpGet.h"
 #include "platform/Process.h"
-#include "platform/Version.h"
 #include "session/Session.h"
 #include "texts/LanguageManager.h"
 
 #include <QApplication>
 
-#include <cstdio>
 #include <filesystem>
+#include <iostream>
 #include <string_view>
 #include <vector>
 
 namespace {
 
 constexpr char DesktopFileName[] = "lumivault";
-constexpr char HelpText[] =
-    "Usage: lumivault [OPTION] [IMAGE...]\n"
-    "\n"
-    "Finds deleted and lost photos, audio and video on a drive or in a disk image, and saves\n"
-    "them to another drive. Opens a window; lumivault-cli does the same without one.\n"
-    "Image files that are named are listed in it, also when the window is open already.\n"
-    "\n"
-    "  -h, --help     print this help and exit\n"
-    "  --version      print the version and exit\n";
-
-// True when the command line asked for a text only.
-bool AnswersInWords(int count, char** arguments)
-{
-    for (int index = 1; index < count; ++index) {
-        const std::string_view argument = arguments[index];
-        if (argument == "-h" || argument == "--help") {
-            std::fputs(HelpText, stdout);
-            return true;
-        }
-        if (argument == "--version") {
-            std::printf("lumivault %s\n", LumivaultVersion);
-            return true;
-        }
-    }
-    return false;
-}
 
 // What is no option, as whole paths: the first window stands in another folder. Qt has taken its own options by then.
 std::vector<std::filesystem::path> ImagesIn(int count, char** arguments)
@@ -86,7 +60,7 @@ MainServices Services()
 
 int main(int argumentCount, char** arguments)
 {
-    if (AnswersInWords(argumentCount, arguments)) {
+    if (AnswersInWords(argumentCount, arguments, std::cout)) {
         return 0;
     }
     IgnoreBrokenPipes();

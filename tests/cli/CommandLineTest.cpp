@@ -128,7 +128,7 @@ TEST_F(CommandLineTest, AShellLearnsWhatMayStandNext)
         std::vector<std::string> words;
         std::string offered;
         std::string left;
-    } cases[] = {{{""}, "\nforget\t", "write-manual"},
+    } cases[] = {{{""}, "\nforget\t", "--write-manual"},
                  {{"li"}, "\nlist\t", "\nscan\t"},
                  {{"scan", "--wh"}, "\n--whole\t", "--fast"},
                  {{"scan", ""}, "\nFILES\n", "--fast"},
