@@ -117,3 +117,17 @@ def end_group(process):
 def missing_tools(names):
     search = os.environ.get("PATH", "") + ":/usr/sbin:/sbin"
     return [name for name in names if shutil.which(name, path=search) is None]
+
+
+def unpacked(program, folder):
+    """A copy of the program with what belongs to it: it writes the chosen language beside itself when it can."""
+    programs = folder / "bin"
+    programs.mkdir(parents=True)
+    for name in ("lumivault", "lumivault-open-device", "config.ini"):
+        if (program.parent / name).exists():
+            shutil.copy(program.parent / name, programs / name)
+    shutil.copytree(program.parent / "Languages", programs / "Languages")
+    started = program.parent.parent / "libexec"
+    if started.is_dir():
+        shutil.copytree(started, folder / "libexec", symlinks=True)
+    return programs / "lumivault"

@@ -21,6 +21,9 @@ class Wording:
         values = iter(values)
         return PLACEHOLDER.sub(lambda place: str(next(values)), self._texts[section, key]).replace("%%", "%")
 
+    def text_as_it_stands(self, section, key):
+        return self._texts[section, key]
+
     def button(self, key):
         return self.text("MainWnd", key)
 
