@@ -9,7 +9,11 @@
 #include <sys/types.h>
 #include <unistd.h>
 
-enum { ErrorMicroseconds = 3000, SmallestSlowedBytes = 4096 };
+enum
+{
+    ErrorMicroseconds = 3000,
+    SmallestSlowedBytes = 4096
+};
 
 // What the program starts reads no failing disk.
 __attribute__((constructor)) static void LeaveChildrenAlone(void)
@@ -42,7 +46,8 @@ static int IsFailingPath(int descriptor)
 
 ssize_t pread64(int descriptor, void* bytes, size_t count, off64_t offset)
 {
-    ssize_t (*next)(int, void*, size_t, off64_t) = (ssize_t(*)(int, void*, size_t, off64_t))dlsym(RTLD_NEXT, "pread64");
+    ssize_t (*next)(int, void*, size_t, off64_t) =
+        (ssize_t(*)(int, void*, size_t, off64_t))dlsym(RTLD_NEXT, "pread64");
     if (IsFailingPath(descriptor)) {
         const off64_t from = Setting("FAILING_FROM");
         if (offset < Setting("FAILING_TO") && offset + (off64_t)count > from) {
