@@ -39,7 +39,13 @@ void OpenPage(const std::string& address)
 void OpenInstalledGuide(QWidget* parent)
 {
     const std::filesystem::path folder = InstalledPath(DocumentationBelowPrefix);
-    const std::filesystem::path guide = folder / "user-guide.html";
+    // Each language names the page that is written in it, if there is one.
+    const std::filesystem::path own =
+        LanguageManager::GetInstance().GetSection("Extras").Get("EXT0282");
+    std::filesystem::path guide = folder / own.filename();
+    if (own.extension() != ".html" || !PathExists(guide)) {
+        guide = folder / "user-guide.html";
+    }
     if (PathExists(guide)) {
         QDesktopServices::openUrl(QUrl::fromLocalFile(QString::fromStdString(guide.string())));
     } else {

@@ -9,6 +9,7 @@
 
 #include <QStringList>
 
+#include <algorithm>
 #include <utility>
 
 namespace {
@@ -80,6 +81,9 @@ void ScanFlow::Start(bool targetChosen)
                           ToQt(MessageText("MSG0505")), 400, 130);
         return;
     }
+    if (!MayWriteRecords(targets)) {
+        return;
+    }
     m_pages.cameFromTypes = m_pages.Current() == WizardPage::Types;
     if (m_lastTarget != nullptr) {
         m_lastTarget->engine.reset();
@@ -95,6 +99,17 @@ void ScanFlow::Start(bool targetChosen)
     run = Scan(damaged, ScanDepth::Whole);
     m_doneToSkip += wasTold && run.code == CloseDone ? 1 : 0;
     TellRemarks(m_context.window, run.outcomes);
+}
+
+// What a scan writes down could land on the very files that it looks for.
+bool ScanFlow::MayWriteRecords(const std::vector<RecoveryTarget*>& targets) const
+{
+    const bool isOnSource =
+        std::any_of(targets.begin(), targets.end(), [this](const RecoveryTarget* target) {
+            return m_context.state.session.History().LiesOn(target->Place());
+        });
+    return !isOnSource || CMessageBox::Show(&m_context.window, CMessageBox::Question, {},
+                                            ToQt(ExtraText("EXT0281")), 450, 150) == CloseDone;
 }
 
 ScanFlow::Run ScanFlow::Scan(const std::vector<RecoveryTarget*>& targets, ScanDepth depth)

@@ -44,6 +44,7 @@ private:
         std::vector<ScanOutcome> outcomes;
     };
 
+    bool MayWriteRecords(const std::vector<RecoveryTarget*>& targets) const;
     Run Scan(const std::vector<RecoveryTarget*>& targets, ScanDepth depth);
     void TellWhyNot(const std::optional<TargetRefusal>& refusal) const;
     // True for those whose file system ended their scan, where the user wants all their sectors scanned.

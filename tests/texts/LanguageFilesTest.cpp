@@ -55,15 +55,15 @@ constexpr SectionKeys Expected[] = {
      "EXT0212 EXT0213 EXT0214 EXT0215:ss EXT0216:sd EXT0217 EXT0218:s EXT0219 EXT0220 EXT0221:s "
      "EXT0222:s EXT0223:s EXT0224:s EXT0225 EXT0231 EXT0232 EXT0233 EXT0234 EXT0235 EXT0236 "
      "EXT0237:s EXT0241 EXT0251 EXT0252 EXT0253:s EXT0254:ddds EXT0255 EXT0256:s EXT0257 "
-     "EXT0261:s EXT0271 "
+     "EXT0261:s EXT0271 EXT0281 EXT0282 "
      "EXT0301"},
 };
 
 // Words that another language shares with English.
 const std::set<std::string> SharedWords = {
-    "OK",           "Audio",  "Confirmation", "Details",     "Error",  "File", "File system",
-    "File system:", "Image:", "Folder:",      "Information", "Model:", "Name", "Photos",
-    "Question",     "Status", "Support",      "Type",        "Videos"};
+    "OK",           "Audio",  "Confirmation",    "Details",     "Error",  "File",  "File system",
+    "File system:", "Image:", "Folder:",         "Information", "Model:", "Name",  "Photos",
+    "Question",     "Status", "user-guide.html", "Support",     "Type",   "Videos"};
 
 // What a message box of its size holds, in half-width letters of about 7 pixels: the small ones two
 // lines, the others three or four.
@@ -88,7 +88,7 @@ constexpr BoxText ScanExtraBoxes[] = {
     {"EXT0204", 180}, {"EXT0205", 210}, {"EXT0206", 180}, {"EXT0207", 210}, {"EXT0208", 210},
     {"EXT0219", 150}, {"EXT0220", 150}, {"EXT0221", 150}, {"EXT0222", 150}, {"EXT0223", 150},
     {"EXT0225", 150}, {"EXT0231", 150}, {"EXT0232", 150}, {"EXT0233", 150}, {"EXT0234", 150},
-    {"EXT0235", 210}, {"EXT0236", 150}, {"EXT0241", 210}};
+    {"EXT0235", 210}, {"EXT0236", 150}, {"EXT0241", 210}, {"EXT0281", 210}};
 
 std::filesystem::path LanguagesFolder()
 {

@@ -237,6 +237,13 @@ TEST_F(WizardRoadTest, AHeaderScansAllOfItsDiskAndShowsTheFirst)
     ASSERT_EQ(m_asked.size(), 1u);
     EXPECT_EQ(m_asked[0].substr(0, 30), "1 The folder is on the drive t");
     EXPECT_FALSE(fs::exists(m_folder / "out"));
+    // Nor is it scanned when the records of the scan would land on it.
+    Click("BtnPrev");
+    m_answers = {CloseCancelled};
+    Click("BtnScan");
+    ASSERT_EQ(m_asked.size(), 2u);
+    EXPECT_EQ(m_asked[1].substr(0, 30), "4 The records of this scan wou");
+    EXPECT_FALSE(CPopUpWnd::IsAnyModal());
 }
 
 TEST_F(WizardRoadTest, AStripShowsWhereAScanReadFailedAndFoundFiles)
