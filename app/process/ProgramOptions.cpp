@@ -70,8 +70,8 @@ void WriteManual(std::ostream& out)
     }
     out << ".SH FILES\n.TP\n\\fI~/.local/share/OrvantaLumivault/ScanLog\\fR\n"
            "records of earlier scans, one folder a scan\n"
-        << ".TP\n\\fI~/.config/Orvanta/Orvanta Lumivault.conf\\fR\n"
-           "what the program keeps from one start to the next\n"
+        << ".TP\n\\fI~/.config/OrvantaLumivault/config.ini\\fR\n"
+           "the chosen language\n"
         << ".SH SEE ALSO\n\\fBlumivault\\-cli\\fR(1)\n";
 }
 
