@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <atomic>
 #include <utility>
+#include <vector>
 
 namespace {
 
@@ -64,18 +65,42 @@ ResultCode SectorSource::ReadSectors(std::uint8_t* buffer,
     std::size_t done = 0;
     ResultCode result = ResultSuccess;
     while (done < wanted && result == ResultSuccess) {
+        const std::size_t piece = std::min(LargestPiece, wanted - done);
         std::size_t got = 0;
-        result = m_source->Reader().ReadAt(lba * unit + done, buffer + done,
-                                           std::min(LargestPiece, wanted - done), &got);
+        result = m_source->Reader().ReadAt(lba * unit + done, buffer + done, piece, &got);
         done += got;
         if (result != ResultSuccess || got == 0) {
-            m_source->NoteUnread(lba * unit + done, wanted - done, result);
+            m_source->NoteUnread(lba * unit + done, piece - got, result);
+            NoteWhatElseFails(lba * unit + done + piece - got, wanted - done - (piece - got));
             result = ResultReadFault;
         }
     }
     m_source->Marks()->NoteRead(lba * unit, done);
     *outSectorsRead = static_cast<std::int32_t>(done / unit);
     return result;
+}
+
+// A long read ends at the first fault, and its caller gets nothing of the rest; what of that cannot be read is told exactly all
+// the same. Of a disk that fails all over, the rest counts without being tried.
+void SectorSource::NoteWhatElseFails(std::uint64_t position, std::uint64_t count)
+{
+    constexpr int MostFaults = 8;
+    std::vector<std::uint8_t> piece(std::min<std::uint64_t>(LargestPiece, count));
+    int faults = 0;
+    while (count > 0 && faults < MostFaults && !m_source->IsGone()) {
+        const std::size_t wanted = std::min<std::uint64_t>(piece.size(), count);
+        std::size_t got = 0;
+        const ResultCode result = m_source->Reader().ReadAt(position, piece.data(), wanted, &got);
+        if (result != ResultSuccess || got < wanted) {
+            m_source->NoteUnread(position + got, wanted - got, result);
+            ++faults;
+        }
+        position += wanted;
+        count -= wanted;
+    }
+    if (count > 0) {
+        m_source->NoteUnread(position, count, ResultReadFault);
+    }
 }
 
 bool SectorSource::Misses(std::uint64_t lba, std::uint64_t sectorCount) const

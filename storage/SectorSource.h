@@ -47,6 +47,8 @@ public:
     std::uint64_t totalBytes = 0;    // the same in bytes, a partial last sector included
 
 private:
+    void NoteWhatElseFails(std::uint64_t position, std::uint64_t count);
+
     std::shared_ptr<ScanSource> m_source;
     std::uint64_t m_openNumber = 0;
 };
