@@ -51,7 +51,7 @@ void NtfsLostTables::Enter(std::uint64_t mftLba, const RunList& runs)
     m_tables[mftLba] = std::make_shared<const RunList>(runs);
 }
 
-// Position and sector run on from table to table, so only the first gets an honest test. It decides where records go.
+// Position and sector run on from table to table, so only the first gets an honest test. Which table a record gets rests on it.
 bool NtfsLostTables::FindMftOfRecord(std::uint64_t sectorInTable,
                                      std::uint64_t lba,
                                      std::uint32_t sectorsPerCluster,
