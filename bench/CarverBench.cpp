@@ -106,7 +106,7 @@ void Text(benchmark::State& state)
     Run(state, image);
 }
 
-// Pictures of 1 to 60 KiB, one behind the other at sector borders, noise between some.
+// Pictures of 1 to 60 KiB, one after the other at sector borders, noise between some.
 void Pictures(benchmark::State& state)
 {
     ByteVector pending;
@@ -146,7 +146,7 @@ void TransportStream(benchmark::State& state)
     Run(state, image);
 }
 
-// The same head at the start of every sector, noise behind it: each is tried, measured and mostly recorded.
+// The same head at the start of every sector, noise after it: each is tried, measured and mostly recorded.
 void HeadInEverySector(benchmark::State& state, std::string_view head)
 {
     const std::uint64_t size = MebibytesFromEnvironment("LUMIVAULT_BENCH_HEADS_MIB", 64) * Mebibyte;
@@ -159,7 +159,7 @@ void HeadInEverySector(benchmark::State& state, std::string_view head)
     Run(state, image);
 }
 
-// A zip's head in every sector and nothing but signatures behind it: the most that there is to look at.
+// A zip's head in every sector and nothing but signatures after it: the most that there is to look at.
 void SignaturesThroughout(benchmark::State& state)
 {
     const std::uint64_t size =

@@ -138,7 +138,7 @@ void DeepDirectories(benchmark::State& state)
     Run(state, image, ScanDepth::Deep);
 }
 
-// The same with each folder inside the one behind it, whose entry for it comes when all below it has been placed.
+// The same with each folder inside the one after it, whose entry for it comes when all below it has been placed.
 void DeepFoldersBehind(benchmark::State& state)
 {
     const auto size = static_cast<std::uint64_t>(state.range(0)) * Mebibyte;

@@ -17,7 +17,7 @@ constexpr std::uint32_t FolderEvery = 20;  // one folder, live, to so many recor
 constexpr std::uint32_t FolderLevels = 6;
 constexpr std::uint64_t TableStart = std::uint64_t{NtfsImage::MftCluster} * NtfsImage::SectorSize;
 constexpr std::uint64_t BlockBytes = 65536;
-constexpr std::uint32_t DataSectors = 128;  // behind the table, shared by all files
+constexpr std::uint32_t DataSectors = 128;  // after the table, shared by all files
 constexpr int Repeats = 5;
 
 struct Table

@@ -87,7 +87,7 @@ std::optional<Refusal> WhyNoCommand(const std::vector<std::string>& arguments)
                        CommandNames() + ". See 'lumivault-cli --help'."};
 }
 
-// "help" and "help scan" are what --help is behind the command, and -v is what many type for the version.
+// "help" and "help scan" are what --help is after the command, and -v is what many type for the version.
 void TranslateHabits(std::vector<std::string>& arguments)
 {
     if (arguments.empty()) {

@@ -11,7 +11,7 @@ class App;
 
 class Session;
 
-// words: what stands behind the program's name up to the cursor; the last is the one being typed, and may be empty. A line
+// words: what follows the program's name up to the cursor; the last is the one being typed, and may be empty. A line
 // for each: the word, then a tab and what it means where that is known. "FILES" or "FOLDERS" alone on the last line: paths may
 // stand there too.
 void WriteCompletions(const CLI::App& app,

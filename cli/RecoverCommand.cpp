@@ -48,7 +48,7 @@ void AddBytes(std::uint64_t& sum, const FoundRow& row)
     sum = std::min(sum + std::min(size, MostBytes), MostBytes);
 }
 
-// One run of the command behind the search.
+// One run of the command after the search.
 class Restorer
 {
 public:

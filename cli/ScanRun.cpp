@@ -51,7 +51,7 @@ std::string ScanRun::About(const ScanPart& part) const
     return part.row ? NameOfPart(*part.row) + ": " : std::string();
 }
 
-// Asked in front of the lock, which is a file there already.
+// Asked before the lock, which is a file there already.
 std::optional<Refusal> ScanRun::CheckRecords()
 {
     const std::filesystem::path records = m_session.History().RecordsFolder();
@@ -220,7 +220,7 @@ Answer ScanRun::OnProgress(const Progress& progress, const ScanPart& part)
     return Answer::GoOn;
 }
 
-// Earlier scans of the target or its parts that stand in the log: whether they are gone on with, or dropped.
+// Earlier scans of the target or its parts that stand in the log: whether they are resumed, or dropped.
 bool ScanRun::ChooseEarlierScans()
 {
     std::vector<const EarlierScan*> scans;

@@ -86,7 +86,7 @@ private:
     EarlierChoice ChoiceFor(const ScanPart& part, bool goesOn);
     bool AskToResume(const std::string& scans);
     void TellLosses();
-    // "Part 2 (partition, FAT32): " in front of a sentence about a part; nothing for one piece.
+    // "Part 2 (partition, FAT32): " before a sentence about a part; nothing for one piece.
     std::string About(const ScanPart& part) const;
     bool GoesOn() const;
 

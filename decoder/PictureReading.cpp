@@ -15,7 +15,7 @@ namespace {
 
 constexpr int LeastSide = 3;
 constexpr std::size_t HeadBytes =
-    65536;  // camera data and colour tables stand in front of a picture's frame
+    65536;  // camera data and colour tables come before a picture's frame
 
 // Others are no pictures, or can name files and addresses to be read beside.
 constexpr std::array<const char*, 12> Formats = {"jpeg", "jpg", "png", "gif", "bmp", "webp",

@@ -36,7 +36,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
 {
     constexpr std::size_t Most = 64 * 512;
     ByteVector image(data, data + std::min(size, Most));
-    image.resize(image.size() + 4 * 512);  // a turn of the zip's classifier behind the last one
+    image.resize(image.size() + 4 * 512);  // a turn of the zip's classifier after the last one
     const MemorySource memory(std::move(image));
     if (Classify(memory, true) != Classify(memory, false)) {
         std::abort();

@@ -15,7 +15,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     image[36] = 8;    // a FAT of 8 sectors
     image[44] = 2;    // the root's cluster
     std::memcpy(image.data() + 82, "FAT32   ", 8);
-    // Behind the root whatever is left of the input: folders and files that its entries lead to.
+    // After the root, whatever is left of the input: folders and files that its entries lead to.
     std::memcpy(image.data() + RootSector * 512, data,
                 std::min(size, image.size() - RootSector * 512));
     const ScratchImage scratch(image.data(), image.size());

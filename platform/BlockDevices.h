@@ -44,7 +44,7 @@ struct BlockDevice
 // All that there are, hidden and empty ones too. Nothing when the system's folder of them cannot be listed.
 std::optional<std::vector<BlockDevice>> ReadBlockDevices();
 // Those among them that a user may want to scan, in the order in which they are shown: disks by name, sda2 before sda10,
-// behind them mapped volumes and arrays, behind them loop devices.
+// then mapped volumes and arrays, then loop devices.
 std::vector<BlockDevice> DisksToShow(std::vector<BlockDevice> devices);
 
 // What the device manager has found out about a device, so that it need not be opened.

@@ -25,7 +25,7 @@ struct ProbedTable
     std::vector<ProbedPartition> partitions;
 };
 
-// The disk's main table, its entries in the table's order. What lies behind the disk's end is listed too, but
+// The disk's main table, its entries in the table's order. What lies past the disk's end is listed too, but
 // no more than 256 entries. sectorSize is
 // the disk's own.
 ProbedTable ProbePartitionTable(const FileHandle& disk, std::uint32_t sectorSize);

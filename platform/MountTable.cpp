@@ -76,13 +76,13 @@ std::vector<MountEntry> ReadMountTable(const std::filesystem::path& path)
 {
     std::vector<MountEntry> mounts;
     for (const std::string& line : LinesOf(path)) {
-        // Optional fields of any number stand in front of the hyphen.
+        // Optional fields of any number stand before the hyphen.
         const std::string_view text = line;
         const std::size_t hyphen = text.find(" - ");
         if (hyphen == text.npos) {
             continue;
         }
-        // In front: number, parent's number, device, folder inside of it, mount point. Behind: type, source, options.
+        // Before it: number, parent's number, device, folder inside of it, mount point. After it: type, source, options.
         const std::vector<std::string> front = FieldsOf(text.substr(0, hyphen));
         const std::vector<std::string> back = FieldsOf(text.substr(hyphen + 3));
         if (front.size() < 5 || front[4].empty() || back[0].empty()) {

@@ -21,7 +21,7 @@ struct MountEntry
 
 // The table in a file of the form of /proc/self/mountinfo. Lines that make no sense are left out.
 std::vector<MountEntry> ReadMountTable(const std::filesystem::path& path);
-// Another file system is mounted over it or over a folder above it, so that its mount point leads to that one.
+// Another file system is mounted over it or over a folder above it, so its mount point leads to that one.
 bool IsCovered(const MountEntry& mount, const std::vector<MountEntry>& mounts);
 // The name that is shown for a mounted file system: "NTFS", "FAT32", "exFAT", or the kernel's own. Of a FAT volume and of
 // one that a program mounts it can be another of the family: the volume itself knows better.

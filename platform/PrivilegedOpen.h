@@ -18,7 +18,7 @@ struct PrivilegedOpener
     std::filesystem::path helper;
 };
 
-// Asks for the node, in general by a dialogue of the system, and waits for as long as the user takes: not for the thread of
+// Asks for the node, usually by a dialogue of the system, and waits for as long as the user takes: not for the thread of
 // the windows. The handle is for reading alone and is replaced only on success. ResultNotSupported when there is no starter or
 // no helper on this system, ResultInvalidParameter for what is no block device (nobody is asked then), ResultAccessDenied when
 // consent was refused, ResultGeneralFailure for an answer that makes no sense, else why the device could not be opened.

@@ -218,7 +218,7 @@ bool LaunchedProgram::HasEnded(int waitMilliseconds)
     for (int waited = 0; !m_ended; waited += StepMilliseconds) {
         int status = 0;
         const pid_t ended = ::waitpid(m_number, &status, WNOHANG);
-        // Nobody else waits for it, so that an error too means that it is no more.
+        // Nobody else waits for it, so an error too means that it is no more.
         if (ended == m_number || (ended < 0 && errno != EINTR)) {
             m_ended = true;
             m_killed = ended == m_number && WIFSIGNALED(status);

@@ -11,10 +11,10 @@
 class UniquePaths
 {
 public:
-    // The path itself for 0, else the one with "(number)" behind its stem, which is cut where the component would grow too
+    // The path itself for 0, else the one with "(number)" after its stem, which is cut where the component would grow too
     // long for a file system. An ending that leaves no room for a stem counts as a part of it.
     static std::filesystem::path Numbered(const std::filesystem::path& path, std::uint64_t number);
-    // The path itself when nothing has it, a dangling link included; else with "(1)", "(2)" and so on behind the
+    // The path itself when nothing has it, a dangling link included; else with "(1)", "(2)" and so on after the
     // stem, the first that is free.
     std::filesystem::path Next(const std::filesystem::path& path);
 

@@ -1,5 +1,5 @@
-// How far a scan is, in a file of its own in the scan's log folder, from which a scan that was stopped or killed is gone
-// on with exactly. Its name begins with a full stop, so that listings of stores pass it over. See docs/formats.md.
+// How far a scan is, in a file of its own in the scan's log folder, from which a scan that was stopped or killed is resumed
+// exactly. Its name begins with a full stop, so listings of stores pass it over. See docs/formats.md.
 #pragma once
 
 #include "platform/ResultCode.h"
@@ -10,7 +10,7 @@
 #include <vector>
 
 #pragma pack(push, 1)
-// The fixed part of the file, behind its mark.
+// The fixed part of the file, after its mark.
 struct CheckpointState
 {
     ScanLogEntry entry;               // the target and the position

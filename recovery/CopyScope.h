@@ -37,7 +37,7 @@ private:
 };
 
 // Reads the sectors of a piece, as SectorSource does. In a scope that fills, a sector that cannot be read comes as zeros;
-// what lies behind the source's end is no such sector.
+// what lies past the source's end is no such sector.
 [[nodiscard]] ResultCode ReadForCopy(SectorSource& source,
                                      std::uint8_t* buffer,
                                      std::int32_t sectorCount,

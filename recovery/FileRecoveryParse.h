@@ -85,7 +85,7 @@ public:
     [[nodiscard]] virtual ResultCode RestoreRecord(const FileRecord* record,
                                                    const std::filesystem::path& destPath,
                                                    std::uint32_t baseDepth) = 0;
-    // The next run of free sectors at or behind *inOutSector, relative to the partition start. 0 when the
+    // The next run of free sectors at or after *inOutSector, relative to the partition start. 0 when the
     // engine has no map; the arguments are untouched then.
     virtual std::int32_t NextFreeRange(std::uint64_t& inOutSector, std::uint64_t& outLength) = 0;
     virtual ResultCode SetSearchCallback(SearchProgressCallback callback, void* context) = 0;

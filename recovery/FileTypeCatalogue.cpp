@@ -33,7 +33,7 @@ constexpr FamilyRow Categories[] = {
     {&FamilyDocument, "document"}, {&FamilyArchive, "archive"},
 };
 
-// Document stands before video here, unlike in the categories, and must stay so.
+// Document comes before video, unlike in the categories: an extension of both families shows the icon of a document.
 constexpr FamilyRow Icons[] = {
     {&FamilyPhoto, "image"}, {&FamilyAudio, "music"}, {&FamilyDocument, "doc"},
     {&FamilyVideo, "video"}, {&FamilyArchive, "zip"},

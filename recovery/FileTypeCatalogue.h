@@ -15,7 +15,7 @@ extern const std::string_view FamilyVideo;
 extern const std::string_view FamilyDocument;
 extern const std::string_view FamilyArchive;
 
-// The text behind the last full stop, as it stands. ResultInvalidParameter, and nothing written, when the name
+// The text after the last full stop, as it stands. ResultInvalidParameter, and nothing written, when the name
 // has no full stop.
 [[nodiscard]] ResultCode ExtensionOf(std::string_view name, std::string& outExtension);
 // The same in lower case; empty when there is none.

@@ -8,7 +8,7 @@
 // What one folder says of the way up.
 struct FolderStep
 {
-    bool isLevel = false;  // false: the root, or nothing that counts; the chain ends in front of it
+    bool isLevel = false;    // false: the root, or nothing that counts; the chain ends before it
     bool hasParent = false;  // false: the chain ends here
     std::uint32_t parent = 0;
 };

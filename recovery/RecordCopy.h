@@ -14,10 +14,10 @@ struct CopyManners
 {
     bool tellsOpenFailure = false;  // an output that cannot be opened is told at 100
     bool tellsEmptyFile = false;    // a file of size 0 is told once, at 100
-    // Each step is told with its error so far, and the answer replaces that: 0 goes on behind a write error. But a
+    // Each step is told with its error so far, and the answer replaces that: 0 goes on after a write error. But a
     // write that took nothing ends the copy: what is full stays full.
     bool answerReplacesWriteError = false;
-    bool readsToItsEnd = false;      // also what lies behind the last byte that is wanted
+    bool readsToItsEnd = false;      // also what lies after the last byte that is wanted
     bool clearsPreviewPath = false;  // of a preview that failed
 };
 

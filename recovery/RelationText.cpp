@@ -20,7 +20,7 @@ std::uint64_t LeadingNumber(std::string_view text)
     return value;
 }
 
-// Takes the numbers from text, which begins behind "- [". Returns how far it went.
+// Takes the numbers from text, which begins after "- [". Returns how far it went.
 std::size_t ParseList(std::string_view text, std::vector<std::uint32_t>& outNumbers)
 {
     std::size_t start = 0;

@@ -1,4 +1,4 @@
-// What the restoring sides of all engines share: the output file, the folder in front of it, the walk through a
+// What the restoring sides of all engines share: the output file, the folder that holds it, the walk through a
 // folder's tree, and where a preview goes.
 #pragma once
 

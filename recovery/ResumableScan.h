@@ -1,4 +1,4 @@
-// What engines offer whose records stand in the log, and whose scans can be gone on with.
+// What engines offer whose records stand in the log, and whose scans can be resumed.
 #pragma once
 
 #include "platform/ResultCode.h"
@@ -52,7 +52,7 @@ public:
     virtual void DiscardResumableScan() = 0;
     // Scan only reads what the earlier scan could not, and adds what it finds; for one that came to its end.
     virtual void ReadUnreadAgain() = 0;
-    // The scan that ended last stands in the log, so that it can be gone on with or taken as it is.
+    // The scan that ended last stands in the log, so it can be resumed or taken as it is.
     virtual bool StandsInLog() const = 0;
     // Why the quick stage of the scan that ended last failed. A scan of all sectors goes on without it, any other ends there.
     virtual ResultCode QuickFault() const { return ResultSuccess; }

@@ -59,7 +59,7 @@ std::uint64_t StampIn(const ScanLogEntry& entry, const ScanIdentity& target)
     return target.imagePath.empty() ? entry.volumeStamp : entry.imageTime;
 }
 
-// Numbers of drives are given anew in each run, so that a log folder says in a file of its own which disk it is of.
+// Numbers of drives are given anew in each run, so a log folder says in a file of its own which disk it is of.
 constexpr const char* IdentityFile = ".disk";
 constexpr std::size_t LargestIdentity = 4096;
 
@@ -81,7 +81,7 @@ void WriteIdentity(const std::filesystem::path& logFolder, const ScanIdentity& t
         return;
     }
     const std::string text = CutText(DiskIdentity(target.diskNumber), LargestIdentity);
-    // Without the file the scan is not gone on with: the safe side.
+    // Without the file the scan is not resumed: the safe side.
     (void)WriteWholeFile(logFolder / IdentityFile, text.data(), text.size());
 }
 
@@ -298,7 +298,7 @@ ResultCode ScanLogDirectory::FindLogFile(const std::filesystem::path& folder,
     if (const ResultCode result = ListFolder(folder, names)) {
         return result;
     }
-    // Sorted, a store's main file stands in front of its indexes.
+    // Sorted, a store's main file comes before its indexes.
     for (std::string& name : names) {
         if (name.find(prefix) != std::string::npos) {
             outName = std::move(name);
@@ -334,7 +334,7 @@ ResultCode ScanLogDirectory::SaveProgress(const ScanIdentity& target,
     ScanLogEntry added;
     if (!SetImagePath(added, target.imagePath) ||
         !SetLogFolder(added, WithoutSeparator(logFolder) / "")) {
-        return SaveLocked();  // its path does not fit: it cannot be gone on with, and what it found is there all the same
+        return SaveLocked();  // its path does not fit: it cannot be resumed, but what it found is there all the same
     }
     added.diskNumber = target.imagePath.empty() ? target.diskNumber : ImageDiskNumber;
     added.startLba = target.startLba;

@@ -40,7 +40,7 @@ public:
     const std::filesystem::path& Root() const { return m_root; }
 
     // The earlier scan of a target, if one stands in the log: one of the same range of the same drive or image, one that was
-    // killed in front of one that was saved. A target
+    // killed rather than one that was saved. A target
     // that has changed since loses its log.
     bool FindScan(const ScanSource& target, ScanLogEntry& outEntry);
     // An entry for a scan whose stores lie in a log folder, not entered yet. False when its paths do not fit.

@@ -104,7 +104,7 @@ ResultCode ScanRecordStore::OpenStore(const std::filesystem::path& folder, std::
     }
     std::uint64_t size = 0;
     (void)m_mainFile.Size(&size);  // 0 appends at the start, as to a new file
-    // A torn last record would shift everything behind it.
+    // A torn last record would shift everything after it.
     m_appendPosition = size - size % sizeof(FileRecord);
     if (m_appendPosition != size) {
         (void)m_mainFile.Truncate(m_appendPosition);
@@ -213,7 +213,7 @@ ResultCode ScanRecordStore::WriteBuffer()
     std::size_t written = 0;
     const ResultCode result = m_mainFile.WriteAt(m_appendPosition, m_buffer.data(),
                                                  records * sizeof(FileRecord), &written);
-    // What was written of a torn record is written over: it would shift everything behind it.
+    // What was written of a torn record is written over: it would shift everything after it.
     const std::size_t whole = written / sizeof(FileRecord);
     m_appendPosition += whole * sizeof(FileRecord);
     m_lostRecords += records - whole;
@@ -254,7 +254,7 @@ ResultCode ScanRecordStore::WriteRelation()
     }
     std::uint64_t position = 0;
     std::string text;
-    // Only this side changes the index, so that reading it here needs no lock.
+    // Only this side changes the index, so reading it here needs no lock.
     const StoreRelation& relation = m_index->relation;
     for (auto at = relation.begin(); at != relation.end();) {
         AppendRelationEntry(at->first, at->second, text);

@@ -35,7 +35,7 @@ public:
     [[nodiscard]] ResultCode OpenStore(const std::filesystem::path& folder,
                                        std::string_view logName);
 
-    // The same, cut to its first records, which all lie under one key, with the count going on behind them and no folders:
+    // The same, cut to its first records, which all lie under one key, with the count going on after them and no folders:
     // what a scan wrote before it was killed.
     [[nodiscard]] ResultCode OpenStoreCut(const std::filesystem::path& folder,
                                           std::string_view logName,

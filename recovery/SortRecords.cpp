@@ -13,7 +13,7 @@ namespace {
 // What an item is sorted by: records are large, and most names differ in their first bytes.
 struct SortKey
 {
-    std::uint64_t start = 0;  // folders behind files, then the first bytes of the name, lower-cased
+    std::uint64_t start = 0;  // folders after files, then the first bytes of the name, lower-cased
     std::uint32_t place = 0;
 };
 

@@ -101,7 +101,7 @@ protected:
                                          const std::filesystem::path& path);
     // The scan callback, range and all; 0 without one.
     ResultCode Report(std::int32_t progress, std::int32_t secondsLeft) const;
-    // Of a phase in front of the first figures.
+    // Of a phase before the first figures.
     ResultCode ReportIfDue(Heartbeat& heartbeat) const
     {
         return heartbeat.IsDue() ? Report(0, -1) : ResultSuccess;

@@ -14,7 +14,7 @@ using SelectionKey = std::uint64_t;
 
 SelectionKey KeyOf(const FoundRow& row);
 
-// A copy of a row in a third of its memory: most of a record is room behind its name.
+// A copy of a row in a third of its memory: most of a record is room after its name.
 class KeptRow
 {
 public:

@@ -34,6 +34,6 @@ const TypeOption* LookUpOption(TypeFilterMap& filter, std::string_view extension
 
 // "*.jpg|*.png", in the order of the extensions; photos, audio and videos as a whole for an empty filter.
 std::string WildcardFilter(const TypeFilterMap& filter);
-// The wildcards as the engines read them. "*" stands for one character in front of the dot, which is less than it seems to
+// The wildcards as the engines read them. "*" stands for one character before the dot, which is less than it seems to
 // and is meant so.
 std::string FilterPattern(std::string_view wildcardFilter);

@@ -54,7 +54,7 @@ struct ImageOutcome
     std::uint64_t writtenSectors = 0;
     std::uint64_t failedSector = 0;  // of the disk
     std::uint64_t oldBytes =
-        0;  // that the file had before; what lies behind the written ones is still there
+        0;  // that the file had before; what lies after the written ones is still there
 
     std::uint64_t WrittenBytes() const { return writtenSectors * sectorSize; }
 };
@@ -66,7 +66,7 @@ public:
     ImageTask(const ScanTarget& source, const std::filesystem::path& file);
 
     // The next thing that speaks against it, in the order of the list above; nothing when all have been looked at. Calling it
-    // again answers a question with yes. Behind a problem that is none there is no next one: it comes again.
+    // again answers a question with yes. After a problem that is no question there is no next one: it comes again.
     std::optional<ImageProblem> NextProblem();
     // Copies, once NextProblem has given nothing. Progress counts sectors.
     ImageOutcome Run(const ProgressFunction& progress);

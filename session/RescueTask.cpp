@@ -115,7 +115,7 @@ std::optional<RescueProblem> RescueTask::NextProblem()
         if (const std::optional<ImageProblem> next = m_image.NextProblem()) {
             problem = {RescueFault::Image, *next};
         }
-        // What stands in front of this one says that a file can be there at all.
+        // What comes before this one says that a file can be there at all.
         const bool named =
             problem.fault == RescueFault::None || problem.image.fault >= ImageFault::Exists;
         if (named && !m_mapLookedAt) {

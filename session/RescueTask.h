@@ -81,10 +81,10 @@ class RescueTask
 public:
     RescueTask(const ScanTarget& source, const std::filesystem::path& file);
 
-    // The image begins with so many bytes that have just been copied from the source: they are not read again. What stands
-    // behind them, or in a map of an earlier rescue, does not count. Before NextProblem.
+    // The image begins with so many bytes that have just been copied from the source: they are not read again. What comes
+    // after them, or stands in a map of an earlier rescue, does not count. Before NextProblem.
     void TakeCopied(std::uint64_t bytes) { m_copiedBytes = bytes; }
-    // As ImageTask::NextProblem. An image with its map beside it is gone on with, and no question.
+    // As ImageTask::NextProblem. An image with its map beside it is resumed, and no question.
     std::optional<RescueProblem> NextProblem();
     RescueOutcome Run(std::uint32_t retries, const RescueFunction& progress);
 

@@ -37,7 +37,7 @@ std::uint64_t SizeOfFile(const std::filesystem::path& path)
     return error ? 0 : size;
 }
 
-// The first byte behind what can be read.
+// The first byte past what can be read.
 std::uint64_t EndOf(const ScanTarget& target)
 {
     return target.IsImage() ? SizeOfFile(target.imagePath)

@@ -15,7 +15,7 @@ struct RestoreProgress
     std::int32_t percent = 0;          // of the file
     ResultCode error = ResultSuccess;  // that the engine has met in it
     std::filesystem::path
-        path;  // empty in front of each file, when it is only asked whether to go on
+        path;  // empty before each of the files, when it is only asked whether to go on
 };
 
 enum class FileEnd

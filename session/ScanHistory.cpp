@@ -55,7 +55,7 @@ std::uint64_t BytesIn(const std::filesystem::path& folder)
     return sum;
 }
 
-// Rounded down. Fields of an entry are not aligned, so that what takes a reference gets a copy.
+// Rounded down. Fields of an entry are not aligned, so what takes a reference gets a copy.
 std::uint64_t PercentOf(const ScanLogEntry& entry)
 {
     const std::uint64_t total = std::max(std::uint64_t{entry.sectorCount}, std::uint64_t{1});

@@ -73,7 +73,7 @@ struct ScanSession::Parts
     std::array<std::string, StorePrefixes.size()> storeNames;
 
     std::optional<EarlierScan> earlier;
-    std::uint64_t filesBefore = 0;  // of the earlier scan that was gone on with
+    std::uint64_t filesBefore = 0;  // of the earlier scan that was resumed
 
     std::filesystem::path Folder() const
     {

@@ -93,7 +93,7 @@ public:
     // The choice means nothing where there is no earlier scan.
     ScanOutcome Scan(EarlierChoice choice, const ProgressFunction& progress);
 
-    // Files and folders that were found, those of an earlier scan that was gone on with too.
+    // Files and folders that were found, those of an earlier scan that was resumed included.
     std::uint64_t RecordCount() const;
     // The target as so many letters, now and at any later time: ? not read, 1 to 8 in part, + read, F with files; - could not
     // be read, ! with files too. Any thread may call what is given, which may be null.

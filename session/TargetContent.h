@@ -13,7 +13,7 @@ enum class ContentKind
     Encrypted,      // nothing in it looks like a file
     Swap,
     VolumeGroup,  // a part of one, whose volumes are scanned in its place
-    Array         // the same of disks
+    Array         // the same, but of disks
 };
 
 struct TargetContent

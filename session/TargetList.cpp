@@ -39,7 +39,7 @@ TargetKind KindOf(const VolumeRecord& volume)
     if (volume.PartitionType != 0 && volume.PartitionNumber != 0) {
         return TargetKind::Partition;
     }
-    // A gap never begins in front of the first track's end.
+    // A gap never begins before the first track's end.
     return volume.StartSector == 0 ? TargetKind::Disk : TargetKind::Gap;
 }
 

@@ -7,8 +7,8 @@
 #include <optional>
 #include <vector>
 
-// Numbers of parts count from 1 in the order of their starts; the whole has the one behind the last. They are told by the
-// target alone, so that they are the same in each run.
+// Numbers of parts count from 1 in the order of their starts; the whole has the one after the last. They are told by the
+// target alone, so they are the same in each run.
 struct TargetParts
 {
     std::vector<TargetRow> rows;  // partitions, and all between them; empty without a table

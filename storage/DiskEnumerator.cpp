@@ -90,7 +90,7 @@ int DiskEnumerator::Enumerate(const ListProgress& progress)
     return 1;
 }
 
-// Converts the entries from bytes to sectors, and adds what lies between them. Signed, since an entry may begin in front
+// Converts the entries from bytes to sectors, and adds what lies between them. Signed, since an entry may begin ahead
 // of the first track's end.
 void DiskEnumerator::FillGaps(std::uint32_t diskNumber, std::vector<VolumeRecord>& entries)
 {

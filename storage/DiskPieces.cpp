@@ -27,7 +27,7 @@ private:
     std::uint64_t m_diskSectors;
     std::uint32_t m_sectorSize;
     std::uint64_t m_overlapLeft;  // sectors that may still be in a second piece
-    std::uint64_t m_covered = 0;  // sectors in front of it are in a piece
+    std::uint64_t m_covered = 0;  // sectors before it are in a piece
     std::uint64_t m_lastStart = UINT64_MAX;
     std::vector<VolumeRecord> m_pieces;
 };

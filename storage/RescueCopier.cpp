@@ -9,7 +9,7 @@
 namespace {
 
 constexpr std::uint64_t PieceBytes = 262144;
-// Behind an error, doubled as long as errors follow one another.
+// After an error, doubled as long as errors follow one another.
 constexpr std::uint64_t FirstJump = 65536;
 constexpr std::uint64_t LargestJump = std::uint64_t{1} << 30;
 constexpr std::uint64_t SaveMilliseconds = 10000;
@@ -84,7 +84,7 @@ ResultCode RescueCopier::Enter(RescuePhase phase, std::uint32_t pass)
 
 std::uint64_t RescueCopier::NextJump(std::uint64_t jump) const
 {
-    // On a small medium a jump of the usual size would leave nothing in front of the end.
+    // On a small medium a jump of the usual size would leave nothing before the end.
     const std::uint64_t most = std::clamp(m_map.TotalBytes() / 100, FirstJump, LargestJump);
     const std::uint64_t next = std::min(jump == 0 ? FirstJump : jump * 2, most);
     return next / m_source.sectorSize * m_source.sectorSize;

@@ -53,10 +53,10 @@ public:
     void GrowTo(std::uint64_t totalBytes);
     // A sector of which a part is not read is not read.
     void AlignTo(std::uint32_t sectorSize);
-    // Of what lies behind the total nothing is kept.
+    // Of what lies past the total nothing is kept.
     void Set(std::uint64_t begin, std::uint64_t end, RescueStatus status);
 
-    // The first stretch of that status that ends behind the position, cut there; the last one that begins in front of it.
+    // The first stretch of that status that ends after the position, cut there; the last one that begins before it.
     std::optional<RescueBlock> FindForward(RescueStatus status, std::uint64_t from) const;
     std::optional<RescueBlock> FindBackward(RescueStatus status, std::uint64_t until) const;
     std::uint64_t BytesOf(RescueStatus status) const;

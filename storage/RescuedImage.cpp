@@ -71,7 +71,7 @@ SectorRanges MissingSectorsOf(const std::filesystem::path& image, std::uint32_t 
 {
     SectorRanges missing;
     const std::optional<RescueMap> map = ReadRescueMap(RescueMapFileOf(image));
-    std::uint64_t known = 0;  // in front of which all is looked at
+    std::uint64_t known = 0;  // before which all is looked at
     while (map && known < map->TotalBytes()) {
         const auto finished = map->FindForward(RescueStatus::Finished, known);
         const std::uint64_t end = finished ? finished->begin : map->TotalBytes();

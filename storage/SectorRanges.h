@@ -34,7 +34,7 @@ public:
         }
     }
 
-    // The first range that ends behind a sector; it may begin in front of it.
+    // The first range that ends after a sector; it may begin before it.
     std::optional<std::pair<std::uint64_t, std::uint64_t>> NextFrom(std::uint64_t sector) const
     {
         auto next = m_ends.upper_bound(sector);
@@ -55,7 +55,7 @@ public:
         }
         return sum;
     }
-    // First sector to the one behind the last, in ascending order.
+    // First sector to the one after the last, in ascending order.
     const std::map<std::uint64_t, std::uint64_t>& Ends() const { return m_ends; }
 
 private:

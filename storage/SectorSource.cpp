@@ -55,7 +55,7 @@ ResultCode SectorSource::ReadSectors(std::uint8_t* buffer,
     if (sectorCount < 0 || sectorSize <= 0 || m_source == nullptr) {
         return ResultInvalidParameter;
     }
-    // Sector 2^64 - 1 wraps to an end of 0: a detector asks for it in front of sector 0.
+    // Sector 2^64 - 1 wraps to an end of 0: a detector asks for it before sector 0.
     const std::uint64_t end = lba + static_cast<std::uint64_t>(sectorCount);
     if (end > totalSectors || end < lba) {
         return ResultInvalidParameter;

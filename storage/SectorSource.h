@@ -21,7 +21,7 @@ public:
 
     // Reads sectorCount sectors of sectorSize bytes from absolute sector lba into buffer.
     // ResultInvalidParameter (87) with nothing touched when the end, counted in the caller's sectors, lies
-    // behind totalSectors. ResultReadFault (30) when the reading broke off; *outSectorsRead then tells the whole
+    // past totalSectors. ResultReadFault (30) when the reading broke off; *outSectorsRead then tells the whole
     // sectors that did arrive.
     [[nodiscard]] ResultCode ReadSectors(std::uint8_t* buffer,
                                          std::int32_t sectorCount,
@@ -29,7 +29,7 @@ public:
                                          std::int32_t sectorSize,
                                          std::int32_t* outSectorsRead);
 
-    // The same, but what the source is known to miss comes as zeros, and what lies behind it comes too. ResultReadFault, with
+    // The same, but what the source is known to miss comes as zeros, and what lies after it comes too. ResultReadFault, with
     // nothing read, when all of it is missing.
     [[nodiscard]] ResultCode ReadAroundMissing(std::uint8_t* buffer,
                                                std::int32_t sectorCount,

@@ -118,7 +118,7 @@ private:
     std::vector<std::uint8_t> m_types;  // of each, as its table says
 };
 
-// A disk that was cut, or whose table is damaged, has partitions behind its end. What has not one whole sector is nothing
+// A disk that was cut, or whose table is damaged, has partitions past its end. What has not one whole sector is nothing
 // that could be read.
 std::uint64_t DiskReading::BytesInside(std::uint64_t startByte, std::uint64_t byteCount) const
 {

@@ -23,7 +23,7 @@ std::string_view WithoutMark(std::string_view text)
     return text.starts_with(ByteOrderMark) ? text.substr(ByteOrderMark.size()) : text;
 }
 
-// The line at the beginning of text, without its end; text then begins behind that end.
+// The line at the beginning of text, without its end; text then begins after that end.
 std::string_view TakeLine(std::string_view& text)
 {
     const std::size_t end = text.find_first_of(LineEnds);

@@ -25,7 +25,7 @@ struct IniLimits
 class IniReader
 {
 public:
-    // Nothing behind this is read: a language file is a hundredth of it.
+    // Nothing past this is read: a language file is a hundredth of it.
     static constexpr std::size_t MaxFileBytes = std::size_t{1} << 20;
 
     IniReader() = default;
@@ -49,13 +49,13 @@ private:
 std::optional<std::string> ReadIniText(const std::filesystem::path& path);
 
 // The text of an INI file with one value set, all else kept byte for byte: the first line of that key
-// is replaced, else a line is put behind the section's head, else the section is added at the end.
+// is replaced, else a line is put after the section's head, else the section is added at the end.
 std::string WithIniValue(std::string_view text,
                          std::string_view section,
                          std::string_view key,
                          std::string_view value);
 
-// The text before and behind the first "="; both views point into line. A line without one is all key.
+// The text before and after the first "="; both views point into line. A line without one is all key.
 struct IniPair
 {
     std::string_view key;

@@ -16,7 +16,7 @@ PlayerPipe::PlayerPipe()
     m_buffer.reserve(BufferBytes);
 }
 
-// Text ends at a zero byte; what stands behind one is no progress line.
+// Text ends at a zero byte; what follows one is no progress line.
 bool PlayerPipe::ReadsProgress(const LaunchedProgram& player, std::size_t bytes, bool& outBroken)
 {
     m_buffer.clear();

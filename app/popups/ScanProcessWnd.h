@@ -24,7 +24,7 @@ public:
     ~CScanProcessWnd() override;
 
     std::vector<RecoveryTarget*> targets;
-    int engineMode = 1;  // 1: an earlier scan may be gone on with
+    int engineMode = 1;  // 1: an earlier scan may be resumed
     ScanDepth depth = ScanDepth::Deep;
     // What became of the targets that were scanned, and of the one that could not be; filled when DoModal has returned.
     std::vector<ScanOutcome> outcomes;

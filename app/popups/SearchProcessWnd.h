@@ -1,4 +1,4 @@
-// Gathers what was found on targets, behind the results of the state.
+// Gathers what was found on targets, after the results of the state.
 #pragma once
 
 #include "app/popups/TaskWnd.h"

@@ -6,7 +6,7 @@
 
 namespace {
 
-// The name has a full stop, and what stands behind it is a photo's.
+// The name has a full stop, and what follows it is a photo's extension.
 bool IsPicture(const FoundRow& row)
 {
     std::string extension;

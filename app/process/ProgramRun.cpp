@@ -74,7 +74,7 @@ void ClearAway(Session& session)
 {
     KillPlayers();
     WaitForPlayerThreads();
-    (void)RemoveFile(session.History().ClipFile());  // in general there is none
+    (void)RemoveFile(session.History().ClipFile());  // there usually is none
 }
 
 }  // namespace

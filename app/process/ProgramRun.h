@@ -1,4 +1,4 @@
-// A run of the program with windows, from the showing of the first one to what is cleared away behind the last.
+// A run of the program with windows, from the showing of the first one to what is cleared away after the last.
 #pragma once
 
 #include "app/process/SingleInstance.h"

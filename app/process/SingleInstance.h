@@ -34,7 +34,7 @@ public:
     InstanceRole Take(const std::vector<std::filesystem::path>& images = {});
     // Called when another process asks; true when there was a window to show. Until one is set there is none.
     void OnShowRequest(std::function<bool()> show) { m_show = std::move(show); }
-    // Called behind it with the images that another process of this user hands over, which are absolute paths.
+    // Called after it with the images that another process of this user hands over, which are absolute paths.
     using Open = std::function<void(const std::vector<std::filesystem::path>& images)>;
     void OnOpenRequest(Open open) { m_open = std::move(open); }
 

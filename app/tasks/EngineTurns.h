@@ -1,4 +1,4 @@
-// Whose turn it is to use the engines of the targets, which bear one thread at a time: a task that the user waits for goes before
+// Whose turn it is to use the engines of the targets, which take one thread at a time: a task that the user waits for goes before
 // what is done in the background, which is told to stop and does so at its next step.
 #pragma once
 

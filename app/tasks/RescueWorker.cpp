@@ -9,7 +9,7 @@
 
 namespace {
 
-// One more try of what could not be read, sector by sector, behind the passes: it often brings some.
+// One more try of what could not be read, sector by sector, after the passes: it often brings some.
 constexpr std::uint32_t Retries = 1;
 // The figures go through the map, which can be long.
 constexpr std::chrono::milliseconds ShownEvery(250);

@@ -18,7 +18,7 @@ public:
 
     ScanTarget source;
     std::filesystem::path outputPath;
-    // That a copy has just brought into the file; nothing where an earlier rescue is gone on with.
+    // That a copy has just brought into the file; nothing where an earlier rescue is resumed.
     std::optional<std::uint64_t> copiedBytes;
     RescueOutcome outcome;
     std::optional<RescueProblem> problem;  // why it was not begun

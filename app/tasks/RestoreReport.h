@@ -10,7 +10,7 @@
 class LanguageSection;
 
 // UTF-8: title and time, a line a file with what became of it and what of it is missing, and the summary. What failed stands
-// first, and what is damaged behind it. No name can end its line or turn it around.
+// first, then what is damaged. No name can end its line or turn it around.
 std::string RestoreReportText(const std::vector<ReportRow>& rows,
                               std::string_view summary,
                               LanguageSection& extras);

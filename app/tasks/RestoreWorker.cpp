@@ -114,7 +114,7 @@ void RestoreWorker::OnFileDone(const RestoreProgress& progress)
     Report({0, progress.path.string(), status, isGood});
 }
 
-// The engine's own words stand, unless there were none or the file came to grief behind them. That bytes are missing is told
+// The engine's own words stand, unless there were none or the file came to grief after them. That bytes are missing is told
 // beside them.
 void RestoreWorker::OnOutcome(bool hasSource, const FileOutcome& outcome)
 {

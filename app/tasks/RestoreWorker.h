@@ -42,7 +42,7 @@ private:
     std::int32_t m_failed = 0;
     std::int32_t m_total = 0;
     std::int32_t m_damaged = 0;
-    std::int32_t m_fullInARow = 0;   // files that found no room, one behind the other
+    std::int32_t m_fullInARow = 0;   // files that found no room, one after the other
     bool m_isFull = false;           // and the user wants no more of them to be tried
     std::optional<ReportRow> m_row;  // of the record that is being restored, once there is one
 };

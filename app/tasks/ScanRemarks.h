@@ -16,5 +16,5 @@ std::vector<std::string> ScanRemarks(const std::vector<ScanOutcome>& outcomes,
 std::string
 ReasonOf(const TargetRefusal& refusal, LanguageSection& desktop, LanguageSection& extras);
 
-// What an earlier scan that would be gone on with lacks; empty for a complete one. Of the section "Extras".
+// What an earlier scan that would be resumed lacks; empty for a complete one. Of the section "Extras".
 std::string RemarkOnEarlier(const EarlierScan& earlier, LanguageSection& extras);

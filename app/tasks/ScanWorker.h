@@ -14,7 +14,7 @@ public:
     ScanWorker(TaskContext context, Session& session);
 
     std::vector<RecoveryTarget*> targets;
-    int engineMode = 1;  // 1: an earlier scan may be gone on with
+    int engineMode = 1;  // 1: an earlier scan may be resumed
     ScanDepth depth = ScanDepth::Deep;
     std::vector<ScanOutcome> outcomes;     // of the targets that were scanned, in their order
     std::optional<TargetRefusal> refusal;  // of the target that could not be opened

@@ -15,7 +15,7 @@ public:
     std::vector<RecoveryTarget*> targets;
     std::string pattern;  // as the engines read it
 
-    // What it finds goes behind the results of the state, which nobody else touches meanwhile.
+    // What it finds goes after the results of the state, which nobody else touches meanwhile.
     void Run();
 
 private:

@@ -30,7 +30,7 @@ struct ImageObjection
     bool isQuestion = false;  // yes goes on
 };
 
-// In the order in which they are to be told, one at a time; asked again behind a question, the next one comes.
+// In the order in which they are to be told, one at a time; asked again after a question, the next one comes.
 class CreateImageChecks
 {
 public:

@@ -27,7 +27,7 @@ public:
     // A disk that lost one of its entries goes with all of its rows.
     void RemoveMissing(const std::vector<TargetRow>& found);
     Row& AddImage(const std::filesystem::path& path);
-    // Behind the row of the image, which stays what it is: all of it in one piece. False when there is none with that number.
+    // After the row of the image, which stays what it is: all of it in one piece. False when there is none with that number.
     bool AddParts(char16_t imageId, const TargetParts& parts);
     void Select(const Row& row) { m_list.SelectItem(m_list.GetItemIndex(&row)); }
 

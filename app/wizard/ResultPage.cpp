@@ -138,7 +138,7 @@ void ResultPage::OnTreeCheck(CTreeNodeUI& node)
         m_files.MarkHead(isChecked);
         m_files.MarkAll(isChecked);
     }
-    // Also when the list shows another type: the count is off then, until the next group is shown, and is kept so.
+    // Also when the list shows another type: the head's tick goes by a count that is off then, until the next group is shown.
     m_files.SetMarkedRows(isChecked ? m_files.Count() : 0);
     UpdateSelectionLabel();
 }

@@ -23,7 +23,7 @@ public:
     void OnSelectChanged(COptionUI& option);
     // As a click on the option of the whole block.
     void ToggleBlock(TypeCategory category);
-    // Asking it for an extension leaves that behind; see LookUpOption().
+    // Asking it for an extension leaves that in it; see LookUpOption().
     TypeFilterMap& Filter() { return m_filter; }
 
 private:

@@ -16,7 +16,7 @@ _lumivault_cli() {
             ;;
         esac
     done < <(lumivault-cli complete "${words[@]}" 2>/dev/null)
-    # One that ends a list of types goes on behind a comma.
+    # One that ends a list of types goes on after a comma.
     if [ "${COMP_WORDS[COMP_CWORD - 1]}" = --types ]; then
         compopt -o nospace
     fi

@@ -9,7 +9,7 @@
 // boot sectors are none.
 bool IsFileSystemMetadataSector(ByteView sector);
 
-// Walks the whole sectors of a block, moving the context's currentLba on in front of each. True at the first boundary,
+// Walks the whole sectors of a block, moving the context's currentLba on before each. True at the first boundary,
 // whose offset is added to inOutLength then.
 bool ScanBlockForBoundary(ByteView block, std::int64_t& inOutLength);
 // The same, but the head of a program stream is none: such a stream is full of them.

@@ -105,7 +105,7 @@ std::size_t MarkFinder::Find(const SearchBlock& block, std::size_t from)
         return NotFound;
     }
     const std::uint64_t start = block.startByte + from;
-    // One behind the last place where the mark could begin.
+    // One past the last place where the mark could begin.
     const std::uint64_t end = block.startByte + block.bytes.Size() - m_mark.size() + 1;
     const bool known = m_contents == block.contents && m_sectorSize == block.sectorSize &&
                        start >= m_searchedFrom && start <= m_searchedTo &&

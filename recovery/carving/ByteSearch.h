@@ -8,7 +8,7 @@
 
 inline constexpr std::size_t NotFound = SIZE_MAX;
 
-// Offset of the first occurrence at or behind from; NotFound also for an empty pattern.
+// Offset of the first occurrence at or after from; NotFound also for an empty pattern.
 std::size_t FindBytes(ByteView block, std::string_view pattern, std::size_t from = 0);
 
 // Whether a mark that ends at the offset end closes its file: it ends a sector, or only zeros follow it in its
@@ -41,7 +41,7 @@ public:
     {
     }
 
-    // Offset in the block of the first accepted occurrence at or behind from, or NotFound.
+    // Offset in the block of the first accepted occurrence at or after from, or NotFound.
     std::size_t Find(const SearchBlock& block, std::size_t from = 0);
 
 private:

@@ -21,7 +21,7 @@ public:
                                          char16_t driveLetter,
                                          std::shared_ptr<ScanSource> source,
                                          std::int32_t sectorSize);
-    // The same, cut to its first records; the count goes on behind them.
+    // The same, cut to its first records; the count goes on after them.
     [[nodiscard]] ResultCode ReopenStoreCut(std::string_view logName,
                                             char16_t driveLetter,
                                             std::shared_ptr<ScanSource> source,

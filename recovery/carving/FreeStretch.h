@@ -12,7 +12,7 @@ class FreeStretch
 public:
     // Forgets what it knows. Nothing is taken until a stretch is begun.
     void Clear() { *this = {}; }
-    // The sectors from first on are looked at next, one behind the other.
+    // The sectors from first on are looked at next, one after the other.
     void Begin(std::uint64_t first)
     {
         Clear();

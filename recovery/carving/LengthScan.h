@@ -1,4 +1,4 @@
-// The skeleton of all length functions that scan: block after block from the sector behind the head, to the next
+// The skeleton of all length functions that scan: block after block from the sector after the head, to the next
 // boundary, the budget, an unreadable block or a cancel.
 #pragma once
 
@@ -31,9 +31,9 @@ public:
     // What end marks are searched in: BlockBytes bytes, also when fewer came. The tail then holds what earlier
     // reads left.
     const SearchBlock& Searched() const { return m_searched; }
-    // Bytes in front of the block, the head sector included.
+    // Bytes before the block, the head sector included.
     std::int64_t Scanned() const { return m_scanned; }
-    // As far as the file goes by what is known: in front of the block, or to the boundary in it.
+    // As far as the file goes by what is known: before the block, or to the boundary in it.
     std::int64_t Length() const { return m_length; }
     // The format's own end; overrides a boundary in the same block.
     void StopAt(std::int64_t newLength)
@@ -51,7 +51,7 @@ private:
     std::int64_t m_length;
     std::int64_t m_scanned;
     std::int64_t m_budget;           // sectors
-    std::int64_t m_sectorsRead = 0;  // behind the head
+    std::int64_t m_sectorsRead = 0;  // after the head
     bool m_stopped = false;
     ByteView m_block;
     SearchBlock m_searched;

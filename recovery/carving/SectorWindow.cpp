@@ -36,7 +36,7 @@ void SectorWindow::Adopt(const SectorSource& source, std::int32_t size)
     }
 }
 
-// Room for count more sectors behind the last one. The sectors before keepFrom may be given up for it.
+// Room for count more sectors after the last one. The sectors before keepFrom may be given up for it.
 void SectorWindow::MakeRoom(std::uint64_t keepFrom, std::uint64_t count)
 {
     if (m_startOffset + (m_sectors + count) * m_sectorBytes <= WindowBytes) {

@@ -72,7 +72,7 @@ enum class HeadGate
     FirstByte,     // none: the first bytes alone
     PackStart,     // 00 00 01 somewhere in the first 32 bytes
     FileType,      // "ftyp" at 4
-    TimedTable,    // a program association table behind a time stamp
+    TimedTable,    // a program association table after a time stamp
     ContentTypes,  // "[" at 31
 };
 

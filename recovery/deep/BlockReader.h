@@ -1,4 +1,4 @@
-// Brings the deep pass its blocks of 64 KiB. Of a source that lets it wait, a thread reads ahead in larger pieces behind a long
+// Brings the deep pass its blocks of 64 KiB. Where a source makes it wait, a thread reads ahead in larger pieces after a long
 // run of neighbouring blocks; what arrives, and what fails, is the same as with one read a block.
 #pragma once
 
@@ -125,12 +125,12 @@ private:
         m_block;  // what a plain read goes into; keeps what it does not replace
     std::span<std::uint8_t> m_lastServed;    // of a piece, when that is newer than block
     std::optional<std::uint64_t> m_leftOut;  // the block in front was, and is not in the buffer
-    std::uint64_t m_nextLba = 0;             // behind the block served last
+    std::uint64_t m_nextLba = 0;             // after the block served last
     std::uint32_t m_run = 0;                 // neighbouring whole blocks so far
-    std::uint64_t m_badUntil = 0;  // a piece in front of this failed: block by block up to here
+    std::uint64_t m_badUntil = 0;  // a piece before this one failed: block by block up to here
     Piece m_current;
 
-    // The stream: pieces from streamNext on go into the slots by turns, one behind the other, until it is stopped, its
+    // The stream: pieces from streamNext on go into the slots by turns, one after the other, until it is stopped, its
     // range ends or a piece cannot be read whole. So the thread need not wait for the pass to take one.
     ReadAhead m_readAhead;
     ReadPace m_pace;       // of the reads without the thread

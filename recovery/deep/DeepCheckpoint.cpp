@@ -48,7 +48,7 @@ void CProfessionalRecovery::TakeUnread(bool isResume)
     m_againUnread = false;
 }
 
-// Without a file for it, or an entry that can name the target, the scan goes on and cannot be gone on with exactly.
+// Without a file for it, or an entry that can name the target, the scan goes on and cannot be resumed exactly.
 void CProfessionalRecovery::BeginJournal(std::uint64_t keepBytes)
 {
     const bool known =
@@ -150,7 +150,7 @@ void CProfessionalRecovery::DropEarlier()
     }
 }
 
-// A scan that lost records, or its source, is not complete: its last checkpoint stands, from which it is gone on with.
+// A scan that lost records, or its source, is not complete: its last checkpoint stands, from which it is resumed.
 void CProfessionalRecovery::SaveEnd(const Pass& pass, ResultCode result)
 {
     m_again = {};

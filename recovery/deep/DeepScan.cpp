@@ -15,7 +15,7 @@ constexpr std::int32_t FastRange = 9;
 constexpr std::int32_t PassRange = 90;
 constexpr std::uint64_t EstimateInterval = 5000;  // milliseconds
 
-// A range from the log can run past its target by what lies in front of a FAT volume's data, not by more: one that
+// A range from the log can run past its target by what lies before a FAT volume's data, not by more: one that
 // does is damaged, and would be walked for ages.
 constexpr std::uint64_t LargestOverrun = std::uint64_t{1} << 32;
 
@@ -332,7 +332,7 @@ bool CProfessionalRecovery::ClassAt(
     if (m_journal != nullptr) {
         m_journal->BeginBlock(block, lba);
     }
-    // A cancel comes back as the skip, and again from the callback behind the block.
+    // A cancel comes back as the skip, and again from the callback after the block.
     outIsCut =
         ClassifyBlock(analysers, block, lba, progress, pass.skip, filesFound) == ResultCancelled;
     pass.at.filesFound = static_cast<std::uint64_t>(filesFound);
@@ -363,13 +363,13 @@ ResultCode CProfessionalRecovery::RunBlock(Pass& pass, BlockReader& reader, std:
         }
         return ResultNotConnected;
     }
-    // Behind a block that could not be read the skip of the block before counts once more; it stays so.
+    // After a block that could not be read, the skip of the block before counts again: what a scan passes over depends on it.
     const std::int64_t moved = chunk + pass.skip;
     pass.at.position += static_cast<std::uint64_t>(moved);
     pass.at.sectorsDone += static_cast<std::uint64_t>(std::min(moved, remaining));
     remaining -= moved;
     const ResultCode result = ReportBlock(pass);
-    // A block that was left in its middle is read again as a whole when the scan is gone on with.
+    // A block that was left in its middle is read again as a whole when the scan is resumed.
     const bool counts = result == ResultSuccess || !isCut;
     if (m_journal != nullptr) {
         m_journal->EndBlock(counts);

@@ -1,4 +1,4 @@
-// Where the data of found files begins. To tell it takes a read of the source for an NTFS record, so that the answers are
+// Where the data of found files begins. To tell it takes a read of the source for an NTFS record, so the answers are
 // kept with the scan: a second search reads nothing.
 #pragma once
 

@@ -272,7 +272,7 @@ bool CProfessionalRecovery::CanBeRead(const BytePlaces& places)
     });
 }
 
-// Of what cannot be read the engines bring different parts, so that the places say nothing then.
+// Of what cannot be read the engines bring different parts, so the places say nothing then.
 std::optional<BytePlaces> CProfessionalRecovery::PlacesOf(const FileRecord& record,
                                                           std::uint64_t bytes)
 {
@@ -282,7 +282,7 @@ std::optional<BytePlaces> CProfessionalRecovery::PlacesOf(const FileRecord& reco
     return places && CanBeRead(*places) ? places : std::nullopt;
 }
 
-// What each engine finds comes behind what those before it have found; append asks one, and answers 1 when it could.
+// What each engine finds comes after what those before it have found; append asks one, and answers 1 when it could.
 template <typename Item, typename AppendOf>
 std::int32_t CProfessionalRecovery::GatherSearch(const AppendOf& append,
                                                  std::vector<Item>& outItems)

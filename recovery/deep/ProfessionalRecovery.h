@@ -111,7 +111,7 @@ private:
         std::uint64_t lastTick = 0;
         std::uint64_t checkpointTick = 0;
         CheckpointState
-            boundary;  // the state that a checkpoint keeps: that in front of a block, or behind it
+            boundary;  // the state that a checkpoint keeps: the one before a block, or after it
     };
 
     // Those whose answers are gathered, in their order; the quick one may be null.

@@ -15,7 +15,7 @@
 class ScanJournal
 {
 public:
-    // Goes on behind so many bytes of the file in a log folder; what stands behind them is cut off.
+    // Goes on after so many bytes of the file in a log folder; what follows them is cut off.
     [[nodiscard]] ResultCode Open(const std::filesystem::path& logFolder, std::uint64_t keepBytes);
 
     void BeginBlock(std::span<const std::uint8_t> block, std::uint64_t firstLba);
@@ -40,7 +40,7 @@ private:
 
     FileHandle m_file;
     std::uint64_t m_written = 0;        // bytes of the file that count
-    std::vector<std::uint8_t> m_kept;   // behind them
+    std::vector<std::uint8_t> m_kept;   // after them
     std::vector<std::uint8_t> m_block;  // of the block that is being classed
     std::span<const std::uint8_t> m_blockBytes;
     std::uint64_t m_blockLba = 0;

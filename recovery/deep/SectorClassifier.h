@@ -25,8 +25,8 @@ struct Analysers
         nullptr;  // notes what the first two are shown; null while it is shown again
 };
 
-// Classes the sectors of a block that begins at firstLba. outSkipSectors is how far the pass goes on behind the block:
-// positive behind a carved file that runs over its end, negative to come back to the sector whose measuring was
+// Classes the sectors of a block that begins at firstLba. outSkipSectors is how far the pass goes on after the block:
+// positive after a carved file that runs over its end, negative to come back to the sector whose measuring was
 // cancelled. 0, ResultCancelled, or the last code of an analyser, which stops nothing. NTFS records are repaired in
 // place.
 ResultCode ClassifyBlock(const Analysers& analysers,

@@ -83,7 +83,7 @@ void DirectorySampleList::Append(const DirectorySample& sample)
                    m_samples[pair->second.first].Cluster != sample.Cluster) {
             pair->second.second = index;
         }
-        // A pair is legal up to a certain sum of its clusters, so that an older sample with a lower cluster stands for
+        // A pair is legal up to a certain sum of its clusters, so an older sample with a lower cluster stands for
         // every younger one with a higher.
         Falling& chain = m_falling[size][FallingKey(sample, sectorsPerCluster)];
         if (chain.empty() || sample.Cluster < chain.begin()->first) {
@@ -99,7 +99,7 @@ void DirectorySampleList::FindRising(const DirectorySample& sample,
 {
     const std::uint64_t key = RisingKey(sample, LegalClusterSizes[size]);
     const auto found = m_rising[size].find(key);
-    // All pairs of one key give the same start, which must not lie in front of the disk.
+    // All pairs of one key give the same start, which must not lie before the disk.
     const bool startsOnDisk =
         static_cast<std::int64_t>(key + 2 * std::uint64_t{LegalClusterSizes[size]}) >= 0;
     if (found == m_rising[size].end() || !startsOnDisk) {

@@ -17,7 +17,7 @@ struct DirectorySample
 };
 
 // The geometry that two directories fix, the larger and the smaller cluster and LBA sorted apart; none when they give
-// no legal cluster size or a start in front of the disk. base is the target's first LBA.
+// no legal cluster size or a start before the disk. base is the target's first LBA.
 std::optional<FatVolume> TryVolume(std::uint32_t clusterHigh,
                                    std::uint64_t lbaHigh,
                                    std::uint32_t clusterLow,

@@ -17,7 +17,7 @@ void SetTimes(ByteView entry, FileRecord& record)
 {
     record.CreationTime = FileTimeFromFatCreation(entry.U16(16), entry.U16(14), entry.U8(13));
     record.AccessTime = FileTimeFromFat(entry.U16(18), 0);
-    // The minutes of the write time lose their lowest bit; it stays so.
+    // The minutes of the write time lose their lowest bit, so every record shows an even minute there.
     record.WriteTime = FileTimeFromFat(
         entry.U16(24), static_cast<std::uint16_t>(entry.U16(22) & ~LowestMinuteBit));
 }
@@ -157,7 +157,7 @@ bool CFastFatRecovery::WalkUnit(ByteView unit, FolderWalk& walk)
 {
     const auto sectorBytes = static_cast<std::size_t>(m_geometry.sectorSize);
     for (std::size_t offset = 0; offset < unit.Size(); offset += DirEntryBytes) {
-        // Not at index 0, so the sector lags by one for each unit behind the first; it stays so.
+        // Not at index 0, so the sector lags by one for each unit after the first, and records hold it so.
         if (offset != 0 && offset % sectorBytes == 0) {
             ++walk.entrySector;
         }
@@ -186,7 +186,7 @@ bool CFastFatRecovery::TakeEntry(ByteView entries, FolderWalk& walk)
         TakeFile(entry, walk);
     } else {
         walk.longName
-            .Release();  // a volume label; pieces in front of it join the next name, which stays so
+            .Release();  // a volume label; pieces before it join the next name, as records show it
     }
     return true;
 }

@@ -15,8 +15,8 @@ class FatTable
 public:
     static constexpr std::uint32_t WindowBytes = 0x1000000;
 
-    // Starts at the FAT's first sector. A first window that cannot be read whole keeps what came and zeros behind
-    // it; where less than a whole window lies in front of the source's end nothing comes, and every entry is 0.
+    // Starts at the FAT's first sector. A first window that cannot be read whole keeps what came and zeros after
+    // it; where less than a whole window lies before the source's end, nothing comes, and every entry is 0.
     void Open(SectorSource& fatSource, const FatGeometry& geometry, std::uint64_t fatStartLba);
 
     // The raw entry: 32 bits on FAT32 with its high 4 bits, else 16 bits sign-extended; FAT12 is read as 16 bits too.
@@ -30,12 +30,12 @@ public:
     bool IsEndMark(std::uint32_t entry) const;
     std::uint32_t EntryBytes() const { return m_isFat32 ? 4 : 2; }
     std::uint64_t EntriesInRound() const { return (std::uint64_t{1} << 32) / EntryBytes(); }
-    // A read has failed since the opening, so that the same entry may come out differently when it is read again.
+    // A read has failed since the opening, so the same entry may come out differently when it is read again.
     bool ReadsFailed() const { return m_readsFailed; }
 
     // Calls visit(cluster, entry) for the non-zero entries of clusters from first to below limit that can be read,
     // in order, until it returns false. Same entries as ReadFatEntry gives one by one, but in time of what is there.
-    // 0, or what report answered. Offsets have 32 bits, so that the clusters behind EntriesInRound() are the table's first
+    // 0, or what report answered. Offsets have 32 bits, so the clusters from EntriesInRound() on are the table's first
     // ones again.
     ResultCode
     ForEachUsedEntry(std::uint64_t first,

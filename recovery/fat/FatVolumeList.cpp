@@ -80,7 +80,7 @@ const FatVolume* FatVolumeList::FindHolding(std::uint64_t lba, std::uint32_t clu
 {
     std::size_t first = NoIndex;
     for (std::uint64_t back = 0; back < LegalClusterSizes[SizeCount - 1]; ++back) {
-        // Volumes in which the cluster begins that many sectors in front of lba, and is long enough.
+        // Volumes in which the cluster begins that many sectors before lba, and is long enough.
         const std::uint64_t sector = lba - back;
         const std::uint64_t offset =
             cluster != 0 ? sector - m_base : sector - m_base + FixedRootSectors;

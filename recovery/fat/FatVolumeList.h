@@ -26,9 +26,9 @@ public:
     std::optional<std::size_t> FindByCluster(std::uint64_t lba, std::uint32_t cluster) const;
     // The first volume in which lba lies inside the cluster.
     const FatVolume* FindHolding(std::uint64_t lba, std::uint32_t cluster) const;
-    // The first volume for which lba begins a cluster behind its start, or lies exactly two clusters in front of it.
+    // The first volume for which lba begins a cluster after its start, or lies exactly two clusters before it.
     const FatVolume* FindAligned(std::uint64_t lba, std::uint32_t* outCluster) const;
-    // The only volume; else the one that starts nearest in front of lba, the boot volume left out; else the first.
+    // The only volume; else the one that starts nearest before lba, the boot volume left out; else the first.
     const FatVolume* FindNearest(std::uint64_t lba) const;
 
 private:

@@ -11,7 +11,7 @@
 #include <string_view>
 #include <unordered_map>
 
-// A source with the size of its sectors, and the first sector behind the target: clusters that lie behind it are not
+// A source with the size of its sectors, and the first sector past the target: clusters that lie past it are not
 // looked at.
 struct SectorReader
 {
@@ -27,11 +27,11 @@ using ClusterSectorFunction = std::function<std::uint64_t(std::uint32_t cluster)
 // that cannot be read.
 bool HeadFitsName(const SectorReader& reader, std::string_view name, std::uint64_t lba);
 
-// Deleting an entry often wipes the high word of its cluster. Tries 0 to 256 in front of the low word, until a cluster
+// Deleting an entry often wipes the high word of its cluster. Tries 0 to 256 in its place, until a cluster
 // begins with a sector that fits the name, or with dot entries. 0 when none does, when one cannot be read, when one
-// lies behind the target, and for names without an extension.
+// lies past the target, and for names without an extension.
 //
-// Many entries share a low word, so that answers are kept: they are a matter of the disk alone. One engine owns it.
+// Many entries share a low word, so answers are kept: they are a matter of the disk alone. One engine owns it.
 class HighWordSearch
 {
 public:
@@ -54,6 +54,6 @@ private:
         bool judgedHeads = false;  // the carver's context has seen the search
     };
 
-    // By volume, and by low word in front of the extension; "/" stands for folders.
+    // By volume, and by low word followed by the extension; "/" stands for folders.
     std::unordered_map<std::uint64_t, std::unordered_map<std::string, Answer>> m_answers;
 };

@@ -28,7 +28,7 @@ public:
     void Clear();
     void Add(NameCarry carry);
     // Removes and gives the first carry that a sector goes on with: by the checksum of its first entry, or, when that
-    // is a deleted one without pieces, by its distance behind the carry's sector.
+    // is a deleted one without pieces, by its distance after the carry's sector.
     std::optional<NameCarry> Take(ByteView sector, std::uint64_t lba);
 
 private:

@@ -83,7 +83,7 @@ ResultCode CProfessionalFatRecovery::RecordFolders(const WorkReport& report)
     return ResultSuccess;
 }
 
-// A list that is being placed cannot be left: behind an answer that ends the work its files are passed over.
+// A list that is being placed cannot be left: after an answer that ends the work, its files are passed over.
 ResultCode CProfessionalFatRecovery::PlaceLastFiles(const WorkReport& report)
 {
     ResultCode answer = ResultSuccess;

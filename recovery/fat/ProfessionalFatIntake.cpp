@@ -95,8 +95,8 @@ void CProfessionalFatRecovery::AddDirectorySector(ByteView sector, std::uint64_t
         ParseCarried(*carry, sector);
         return;
     }
-    // A further sector of the cluster that was placed last. The first of the next cluster counts too, and this stands
-    // in front of exact alignment; it stays so.
+    // A further sector of the cluster that was placed last. The first of the next cluster counts too, and this is asked
+    // before exact alignment, so the records of its entries name the same folder.
     if (m_lastPlaced.volume.IsKnown() &&
         lba - m_lastPlaced.lba <= m_lastPlaced.volume.SectorsPerCluster) {
         ParseWithContinuations(sector, m_lastPlaced);
@@ -156,8 +156,8 @@ void CProfessionalFatRecovery::ResolveByVolume(ByteView sector, std::uint64_t lb
     if (nearest == nullptr) {
         return;
     }
-    // The place comes out two clusters behind the true one, because no cluster in front of the data is taken off; it
-    // stays so, and goes into the records.
+    // The place comes out two clusters past the true one, because the two that are numbered before the data are not taken
+    // off. It goes into the records, which are compared across versions.
     const std::uint64_t distance = lba - nearest->Base - nearest->DataStart;
     cluster = static_cast<std::uint32_t>(distance / nearest->SectorsPerCluster + 2);
     const std::uint32_t offset = cluster * nearest->SectorsPerCluster + nearest->DataStart;

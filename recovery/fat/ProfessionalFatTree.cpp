@@ -7,7 +7,7 @@
 
 namespace {
 
-// Without tenths and with the odd minute, unlike the quick engine's times; it stays so.
+// Without tenths and with the odd minute: the quick engine's record of the same file can show other times.
 void SetTimes(ByteView entry, FileRecord& record)
 {
     record.CreationTime = FileTimeFromFat(entry.U16(16), entry.U16(14));
@@ -121,8 +121,8 @@ CProfessionalFatRecovery::IdentifyDirectory(ByteView buffer, const DirectoryPlac
     return place;
 }
 
-// True ends the search: the sub-folder is intact, and the buffer counts as that folder's from now on, which stays so;
-// or its sector cannot be read.
+// True ends the search: the sub-folder is intact, and the buffer counts as that folder's from now on, so its entries are
+// recorded inside of it; or its sector cannot be read.
 bool CProfessionalFatRecovery::IdentifyBySubFolder(ByteView entry, DirectoryPlace& place)
 {
     const std::uint16_t lowWord = entry.U16(EntryLowWord);
@@ -130,7 +130,7 @@ bool CProfessionalFatRecovery::IdentifyBySubFolder(ByteView entry, DirectoryPlac
     if (entry.U8(0) == DeletedMark) {
         cluster = FirstClusterOfFolder(entry, place.volume);
     } else {
-        // The low word stands for both halves, so a live folder almost never gives a hit. It stays so: it decides which
+        // The low word stands for both halves, so a live folder almost never gives a hit. Records depend on it: it decides which
         // parent the entries get.
         cluster = std::uint32_t{lowWord} << 16 | lowWord;
     }

@@ -24,7 +24,7 @@ ResultCode UsedClusterMap::Build(FatTable& table,
     m_sectorCount = partitionSectors;
     m_dataStart = geometry.dataStart;
     m_sectorsPerCluster = geometry.sectorsPerCluster;
-    // In 32 bits: without a 32-bit total this is nearly 2^32 / sectorsPerCluster, and what lies behind the FAT is read
+    // In 32 bits: without a 32-bit total this is nearly 2^32 / sectorsPerCluster, and what lies after the FAT is read
     // as entries too.
     std::uint32_t clusters = (geometry.totalSectors32 - m_dataStart) / m_sectorsPerCluster;
     if (geometry.totalSectors32 % m_sectorsPerCluster != 0) {
@@ -48,7 +48,7 @@ ResultCode UsedClusterMap::Build(FatTable& table,
         }
         return !ended;
     };
-    // Behind the first round the same entries come again: their pointers are marked, and their own bits lie out of every
+    // After the first round the same entries come again: their pointers are marked, and their own bits lie out of every
     // position's reach, as long as all could be read and the partition is not that large.
     const std::uint64_t round = table.EntriesInRound();
     const std::uint64_t first = std::min<std::uint64_t>(clusters, round);
@@ -86,7 +86,7 @@ void UsedClusterMap::NextFreeRange(std::uint64_t& inOutSector, std::uint64_t& ou
     }
     if (inOutSector != 0) {
         inOutSector -=
-            m_dataStart;  // in front of the data area this wraps to a place that nothing reaches
+            m_dataStart;  // before the data area this wraps to a place that nothing reaches
     }
     const std::uint64_t position = inOutSector / m_sectorsPerCluster;
     if (position < m_mapBits) {

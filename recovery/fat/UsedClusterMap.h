@@ -11,7 +11,7 @@
 class UsedClusterMap
 {
 public:
-    // Walks the table. An entry that points outside the map stops the walk: all behind it counts as free. 0, or what
+    // Walks the table. An entry that points outside the map stops the walk: all after it counts as free. 0, or what
     // report answered.
     [[nodiscard]] ResultCode Build(FatTable& table,
                                    const FatGeometry& geometry,

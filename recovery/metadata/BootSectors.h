@@ -1,5 +1,5 @@
 // The fields of FAT and NTFS boot sectors as they stand, none of them judged. What they must be differs: recognition goes by
-// one rule, the engines bear nearly anything, and figures that are shown come from sound volumes alone.
+// one rule, the engines put up with nearly anything, and figures that are shown come from sound volumes alone.
 #pragma once
 
 #include "platform/ByteView.h"

@@ -6,7 +6,7 @@
 // Sectors that the root directory of a FAT12 or FAT16 volume is taken to have, whatever the boot sector says.
 inline constexpr std::uint32_t FixedRootSectors = 32;
 
-// Sectors from cluster 2 to a cluster, always in 32 bits: in front of it, and from 2^32 sectors on, this wraps.
+// Sectors from cluster 2 to a cluster, always in 32 bits: before it, and from 2^32 sectors on, this wraps.
 inline constexpr std::uint32_t FatClusterOffset(std::uint32_t cluster,
                                                 std::uint32_t sectorsPerCluster)
 {
@@ -20,9 +20,9 @@ struct FatDataArea
     std::uint64_t base = 0;       // of the volume, an LBA; 0 for an answer relative to it
     std::uint64_t dataStart = 0;  // sectors from base to cluster 2
     std::uint32_t sectorsPerCluster = 1;
-    // Cluster 0 is the root directory in front of the data area.
+    // Cluster 0 is the root directory before the data area.
     bool zeroIsRoot = true;
-    // Data start and offset are added in 32 bits, so that cluster 1 lies in reach.
+    // Data start and offset are added in 32 bits, so cluster 1 lies in reach.
     bool sumIn32Bits = false;
 };
 

@@ -29,7 +29,7 @@ std::uint64_t FileTimeFromFatCreation(std::uint16_t date, std::uint16_t time, st
 {
     CalendarTime calendar = Calendar(date, time);
     std::int32_t rest = tenths;
-    // 100 itself carries nothing, on purpose: it stays a hundred milliseconds.
+    // 100 itself carries nothing: the record gets a hundred milliseconds, not a second.
     if (rest > 100) {
         calendar.second += rest / 100;
         rest %= 100;

@@ -7,7 +7,7 @@
 #include <cstdint>
 #include <string>
 
-// Gathers the pieces of a long name. They stack up backwards in front of what came before; neither their ordinal nor
+// Gathers the pieces of a long name. They stack up backwards, each before what came earlier; neither their ordinal nor
 // their checksum is looked at.
 class LongNameGatherer
 {
@@ -20,7 +20,7 @@ public:
     bool HasPieces() const { return m_hasPieces; }
     // Drops what was gathered.
     void Reset();
-    // Forgets that there are pieces but keeps their place, so that the next ones are put in front of them.
+    // Forgets that there are pieces but keeps their place, so that the next ones are put before them.
     void Release() { m_hasPieces = false; }
     // The name in UTF-8, and a fresh start.
     std::string Take();
@@ -39,5 +39,5 @@ std::string ShortFileName(ByteView entry);
 // The high word at 20 and the low word at 26.
 std::uint32_t FirstClusterOf(ByteView entry);
 
-// ". " at the start and ".." one entry behind it: the first sector of a folder.
+// ". " at the start and ".." one entry after it: the first sector of a folder.
 bool StartsWithDotEntries(ByteView unit);

@@ -12,7 +12,7 @@ struct FatGeometry
     std::int32_t sectorSize = 512;  // bytes
     std::uint32_t sectorsPerCluster = 1;
     std::uint32_t dataStart = 0;        // sectors from the partition start to cluster 2
-    std::uint32_t reservedSectors = 0;  // in front of the first FAT
+    std::uint32_t reservedSectors = 0;  // before the first FAT
     std::uint32_t rootCluster = 0;      // FAT32; 0 on FAT12 and FAT16
     std::uint32_t totalSectors32 = 0;   // the 32-bit total; the 16-bit one is not looked at
     bool isFat32 = true;

@@ -18,7 +18,7 @@ struct FatVolume
     friend bool operator==(const FatVolume&, const FatVolume&) = default;
 };
 
-// The LBA of a cluster; cluster 0 is the root directory in front of the data.
+// The LBA of a cluster; cluster 0 is the root directory before the data.
 inline std::uint64_t ClusterSector(const FatVolume& volume, std::uint32_t cluster)
 {
     return SectorOfFatCluster({.base = volume.Base,
@@ -27,7 +27,7 @@ inline std::uint64_t ClusterSector(const FatVolume& volume, std::uint32_t cluste
                                .sumIn32Bits = true},
                               cluster);
 }
-// The same, but cluster 0 is no root: it lies two clusters in front of cluster 2.
+// The same, but cluster 0 is no root: it lies two clusters before cluster 2.
 inline std::uint64_t PlainClusterSector(const FatVolume& volume, std::uint32_t cluster)
 {
     return SectorOfFatCluster({.base = volume.Base,

@@ -56,7 +56,7 @@ FindResidentData(ByteView record, std::uint32_t recordSize, std::uint64_t limit,
             return ResultDataNotResident;
         }
         const std::uint32_t valueOffset = attribute.U16(AttributeValueOffset);
-        // The padding behind the value belongs to it. An offset behind the end wraps and is too long.
+        // The padding after the value belongs to it. An offset past the end wraps and is too long.
         const std::uint32_t size = attribute.U32(4) - valueOffset;
         if (size >= recordSize) {
             return ResultInvalidParameter;

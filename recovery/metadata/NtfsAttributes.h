@@ -70,7 +70,7 @@ inline constexpr AttributeRules ResidentReaderRules = {false, false, AttributeFi
 class AttributeWalk
 {
 public:
-    // The view begins at the record and goes to the end of the buffer, not of the record: a walk may stray behind it.
+    // The view begins at the record and goes to the end of the buffer, not of the record: a walk may stray past it.
     // Positions from limit on are not looked at.
     AttributeWalk(ByteView record, std::uint64_t limit, const AttributeRules& rules);
 

@@ -30,7 +30,7 @@ struct NtfsRun
     bool operator==(const NtfsRun&) const = default;
 };
 
-// In the order on disk. Extents of several attributes are simply put behind each other.
+// In the order on disk. Extents of several attributes simply follow one another.
 using RunList = std::vector<NtfsRun>;
 
 // An unsigned number of as many bytes as the view has, eight at most.
@@ -61,7 +61,7 @@ public:
     ResultCode ApplyFixups(std::span<std::uint8_t> record) const;
 
     // Appends the runs of a non-resident attribute; the view begins at the attribute and goes to the end of the
-    // buffer. An attribute as long as a sector or longer yields none, and that stays so.
+    // buffer. An attribute as long as a sector or longer yields none: its data come back empty.
     void DecodeRunList(ByteView attribute, RunList& outRuns) const;
 
     std::uint32_t FixupCount = 2;

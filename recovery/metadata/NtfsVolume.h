@@ -36,7 +36,7 @@ SectorOfCluster(std::uint64_t lcn, std::uint32_t clusterUnits, std::uint32_t sec
     return static_cast<std::uint64_t>(position / std::int64_t{sectorUnits});
 }
 
-// Sectors that a run begins behind the one before it, or, modulo 2^64, in front: whoever walks a list adds them up.
+// How many sectors after the previous run, or, modulo 2^64, before it, a run begins: whoever walks a list adds them up.
 inline constexpr std::uint64_t SectorsToRun(const NtfsRun& run, std::uint32_t sectorsPerCluster)
 {
     return SectorOfCluster(static_cast<std::uint64_t>(run.Offset), sectorsPerCluster, 1);

@@ -9,7 +9,7 @@ namespace {
 constexpr std::size_t NameBytes = 8;
 constexpr std::size_t ShortNameBytes = 11;
 constexpr std::uint8_t LastPieceMark = 0x40;
-// The format allows 20 pieces; two fewer are accepted, and that stays.
+// The format allows 20 pieces; two fewer are accepted: a sector with a longer name may not be found to be a folder's.
 constexpr std::uint8_t MostLongNamePieces = 18;
 
 constexpr std::uint64_t EarliestTime = 0x01B41E2A18D64000;  // 1990-01-01

@@ -22,7 +22,7 @@ inline constexpr std::uint8_t AttributeLongName = 0x0F;  // the whole byte
 
 // A FILE record whose allocated size equals recordBytes and whose first sector ends in its update sequence number.
 bool IsMftRecord(ByteView sector, std::uint32_t recordBytes);
-// The entry at the start is "." and the one behind it "..", both folders without a size. No pair when the second
+// The entry at the start is "." and the one after it "..", both folders without a size. No pair when the second
 // does not lie in the view.
 bool IsDotPair(ByteView entries);
 // IsDotPair on a sector's first entry.

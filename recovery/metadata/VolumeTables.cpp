@@ -44,7 +44,7 @@ std::optional<std::vector<ClusterRun>> DecodeSoundRuns(ByteView runs, std::uint6
     std::uint64_t cluster = 0;
     for (std::size_t at = 0; runs.U8(at) != 0 && list.size() < MostRuns;) {
         const std::optional<RunEntry> entry = ReadRunEntry(runs, at, LargestRunField);
-        // A bitmap has no holes, so that a run without a place is damage.
+        // A bitmap has no holes, so a run without a place is damage.
         if (!entry || entry->length.Empty() || entry->offset.Empty()) {
             return std::nullopt;
         }
@@ -153,7 +153,7 @@ bool UndoFixups(std::span<std::uint8_t> record)
     return true;
 }
 
-// AttributeWalk strays behind the record and takes any first data attribute; here each attribute lies whole in it.
+// AttributeWalk strays past the record and takes any first data attribute; here each attribute lies whole in it.
 std::optional<std::vector<ClusterRun>> FindDataRuns(ByteView record, std::uint64_t volumeClusters)
 {
     constexpr std::size_t SmallestAttribute = 24;

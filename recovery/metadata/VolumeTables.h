@@ -1,5 +1,5 @@
 // The tables that say how full a FAT or NTFS volume is. Figures come from these, and a wrong one is worse than none: unlike the
-// readers that engines use, which bear whatever stands there, these take nothing that a sound volume would not hold.
+// readers that engines use, which put up with whatever stands there, these take nothing that a sound volume would not hold.
 #pragma once
 
 #include "platform/ByteView.h"

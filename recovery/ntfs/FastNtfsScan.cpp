@@ -103,7 +103,7 @@ ResultCode CFastNtfsRecovery::ScanMftChunk(std::uint64_t firstSector, std::uint6
     const auto chunk = std::span(m_chunkBuffer).first(brought * m_volume.BytesPerSector);
     for (std::size_t i = 0; i < brought / m_volume.SectorsPerRecord; ++i) {
         RecordInHand inHand;
-        // A walk may stray into the records behind, which are not repaired yet, up to the end of the chunk.
+        // A walk may stray into the records after it, which are not repaired yet, up to the end of the chunk.
         inHand.bytes = chunk.subspan(i * m_volume.RecordSize);
         inHand.sector = firstSector + i * m_volume.SectorsPerRecord;
         (void)ProcessRecord(inHand);  // garbage in a record must not end a scan
@@ -140,7 +140,7 @@ ResultCode CFastNtfsRecovery::ProcessRecord(const RecordInHand& inHand)
         }
         return ResultNoFileRecord;
     }
-    (void)m_readers.Codec.ApplyFixups(inHand.bytes);  // cannot fail behind the magic
+    (void)m_readers.Codec.ApplyFixups(inHand.bytes);  // cannot fail after the magic
     FileRecord* current = nullptr;
     AttributeWalk walk(record, BytesInUseOf(record), RecordScanRules);
     while (walk.Next()) {
@@ -230,7 +230,7 @@ bool CFastNtfsRecovery::CheckFileHead(const FileRecord& record, const RecordInHa
         if (!HasFileMagic(bytes)) {
             return true;
         }
-        (void)m_readers.Codec.ApplyFixups(buffer.bytes);  // cannot fail behind the magic
+        (void)m_readers.Codec.ApplyFixups(buffer.bytes);  // cannot fail after the magic
     }
     ByteView value;
     const ResultCode found = FindResidentData(bytes, m_volume.RecordSize, RecordReadBytes, value);

@@ -29,7 +29,7 @@ NtfsAncestors::Parent NtfsAncestors::ReadParent(std::uint32_t recordNumber)
     if (!HasFileMagic(record)) {
         return {};
     }
-    (void)m_readers.Codec.ApplyFixups(buffer.bytes);  // cannot fail behind the magic
+    (void)m_readers.Codec.ApplyFixups(buffer.bytes);  // cannot fail after the magic
     if ((FlagsOf(record) & RecordIsFolder) == 0) {
         return {};
     }

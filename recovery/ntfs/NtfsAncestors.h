@@ -34,6 +34,6 @@ private:
     Parent ReadParent(std::uint32_t recordNumber);
 
     NtfsReaders& m_readers;
-    // A folder's depth depends on the volume alone, also in and in front of a ring of folders.
+    // A folder's depth depends on the volume alone, also inside a ring of folders and on the way to it.
     KnownDepths m_depths;
 };

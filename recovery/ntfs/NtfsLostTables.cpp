@@ -51,7 +51,7 @@ void NtfsLostTables::Enter(std::uint64_t mftLba, const RunList& runs)
     m_tables[mftLba] = std::make_shared<const RunList>(runs);
 }
 
-// Position and sector run on from table to table, so that only the first gets an honest test. It stays so.
+// Position and sector run on from table to table, so only the first gets an honest test. Which table a record gets rests on it.
 bool NtfsLostTables::FindMftOfRecord(std::uint64_t sectorInTable,
                                      std::uint64_t lba,
                                      std::uint32_t sectorsPerCluster,
@@ -112,7 +112,7 @@ NtfsLostTable NtfsLostTables::ResolveVolumeStart(std::uint64_t lba,
             GiveId(table, shared);
             return table;
         }
-        // A table at sector 0 counts as none, but its runs stand in front of the assumed one.
+        // A table at sector 0 counts as none, but its runs stand before the assumed one.
         runs = *found;
     }
     NtfsRun assumed;

@@ -171,10 +171,10 @@ void NtfsReaders::FollowList(ByteView listAttribute, RunList& outRuns, std::uint
             ResultSuccess) {
         return;
     }
-    // The volume's start is not added here, so that behind sector 0 the lookup goes astray. It stays so.
+    // The volume's start is not added here: past sector 0 the lookup goes astray, and what such a file gives depends on it.
     const std::uint64_t sector = table.SectorOf(target.recordNumber, m_volume, 0, 0);
     (void)ReadRunsNested(sector, target.attributeType, outRuns,
-                         nesting + 1);  // what fails behind a list leaves the runs short
+                         nesting + 1);  // what fails after a list leaves the runs short
 }
 
 bool NtfsReaders::FirstTargetOf(ByteView listAttribute, ListTarget& outTarget)
@@ -254,7 +254,7 @@ ResultCode NtfsReaders::ReadResidentData(std::uint64_t recordSector,
     if (!HasFileMagic(record.View())) {
         return ResultNoFileRecord;
     }
-    (void)Codec.ApplyFixups(record.bytes);  // cannot fail behind the magic
+    (void)Codec.ApplyFixups(record.bytes);  // cannot fail after the magic
     ByteView value;
     const ResultCode result =
         FindResidentData(record.View(), m_volume.RecordSize, RecordReadBytes, value);

@@ -25,7 +25,7 @@ class NtfsMftMap
 {
 public:
     // Relative to the volume's start when volumeStart is 0. The end of a run counts as its own: the first record of the
-    // next fragment resolves to the sector just behind the one before, and that stays. Whole runs that are empty match
+    // next fragment resolves to the sector just past the one before, and what a scan records rests on it. Empty runs match
     // too. noMatch when no run does. Runs that were appended since the last call are taken in.
     std::uint64_t SectorOf(std::uint64_t recordNumber,
                            const NtfsVolume& volume,
@@ -62,7 +62,7 @@ public:
     [[nodiscard]] ResultCode ReadFileRecord(std::uint32_t recordNumber, RecordBuffer& outBuffer);
 
     // Appends the runs of the first attribute of a type, named or not, or of what an attribute list leads to.
-    // ResultNoFileRecord, ResultAttributeMissing, or the read's error. What goes wrong behind a list does not show.
+    // ResultNoFileRecord, ResultAttributeMissing, or the read's error. What goes wrong after a list does not show.
     [[nodiscard]] ResultCode
     ReadAttributeRuns(std::uint64_t recordSector, std::uint32_t attributeType, RunList& outRuns);
     // The same in a record that was read and repaired.

@@ -35,7 +35,7 @@ ResultCode CProfessionalNtfsRecovery::FinishAnalysis(const WorkReport& report)
         const std::uint64_t lba = work.table.SectorOf(work.recordNumber, m_sectorsPerRecord);
         RecordBuffer buffer;
         if (const ResultCode read = ReadRecordAt(lba, buffer)) {
-            return read;  // the folders behind it get no record
+            return read;  // the folders after it get no record
         }
         result = ProcessRecord({buffer.bytes, lba, true, work.recordNumber});
     }
@@ -54,7 +54,7 @@ ResultCode CProfessionalNtfsRecovery::ProcessRecord(const RecordInHand& inHand)
         }
         return ResultNoFileRecord;
     }
-    (void)m_codec.ApplyFixups(inHand.bytes);  // cannot fail behind the magic
+    (void)m_codec.ApplyFixups(inHand.bytes);  // cannot fail after the magic
     const std::uint32_t used = BytesInUseOf(record);
     const std::uint32_t first = FirstAttributeOf(record);
     if (used > m_recordSize || first > m_recordSize || used < first) {

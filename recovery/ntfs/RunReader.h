@@ -10,8 +10,8 @@
 #include <functional>
 #include <span>
 
-// Data inside the record is one whole piece of 64 KiB, with zeros behind it. Runs that end before FileSize end the file
-// early, with success; those behind it are read to their end.
+// Data inside the record is one whole piece of 64 KiB, with zeros after it. Runs that end before FileSize end the file
+// early, with success; those past it are read to their end.
 class RunReader : public IRecordReader
 {
 public:

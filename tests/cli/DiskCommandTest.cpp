@@ -149,7 +149,7 @@ TEST_F(DiskCommandTest, ADeletedFileComesBackFromThePartitionAndFromTheWholeDisk
     EXPECT_EQ(FilesBelow(m_folder / "out"),
               (std::map<std::string, ByteVector>{{"photo/lost picture.jpg", m_secondLost}}))
         << "only what is on the second partition";
-    // A scan of a partition is gone on with as long as it is the same: the log knows it by disk and place.
+    // A scan of a partition is resumed as long as it is the same: the log knows it by disk and place.
     EXPECT_EQ(Run({"scan", number}).status, 0);
     const Outcome again = Run({"scan", loop.PartitionNode(2)});
     EXPECT_NE(again.err.find("Taking the results of an earlier scan"), std::string::npos)

@@ -265,7 +265,7 @@ TEST_F(PartsTest, WhatARescueHasNotReadIsNeitherZerosNorFoundWhole)
 
 TEST_F(PartsTest, HostileTablesEndAndAreNotReadForAges)
 {
-    // Chained boot records that point at themselves, partitions over one another and behind the end.
+    // Chained boot records that point at themselves, partitions that overlap or lie past the end.
     const ImageFile image(Disk(), 8 * MiB);
     const auto entry = [](std::uint8_t type, std::uint32_t start, std::uint32_t count) {
         ByteVector bytes(16);

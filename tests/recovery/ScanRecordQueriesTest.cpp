@@ -50,7 +50,7 @@ TEST_F(ScanRecordQueriesTest, TheSearchIsBySubstringOfThePattern)
     EXPECT_EQ(Search("*.jpg|*.jpeg|"), (NameList{"a.jpg", "b.JPG", "c.jp", "d.p", "f."}));
     EXPECT_EQ(Search("\\.png|"), (NameList{"d.p", "e.png", "f."}));
     EXPECT_EQ(Search(""), (NameList{"f."}));
-    // What stands behind byte 4095 of the pattern is not looked at.
+    // What comes after byte 4095 of the pattern is not looked at.
     const std::string filler(4090, '|');
     EXPECT_EQ(Search(filler + "*.txt"), (NameList{"f.", "g.jpg.txt"}));
     EXPECT_EQ(Search(filler + "|*.txt"), (NameList{"f."}));

@@ -1,4 +1,4 @@
-// Rescues of made-up disks, begun and gone on with, also by and with GNU ddrescue.
+// Rescues of made-up disks, begun and resumed, also by and with GNU ddrescue.
 #include "session/RescueTask.h"
 
 #include "platform/SystemFiles.h"

@@ -11,7 +11,7 @@ class RoomForTexts : public SkinTest, public testing::WithParamInterface<std::st
 // Texts that may be cut, since what they show has no end: they are shown whole by a tooltip.
 bool MayBeCut(const Scene& scene, const CControlUI& control)
 {
-    // The path of a file, and a name behind a text.
+    // The path of a file, and a name after a text.
     return (scene.section == "RecoverProcessWnd" &&
             (control.GetName() == "current" || control.GetName() == "summary")) ||
            control.GetName() == "FileName";

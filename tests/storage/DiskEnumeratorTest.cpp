@@ -83,7 +83,7 @@ TEST_F(DiskEnumeratorTest, AreasAboveACylinderAreGaps)
         {20 * Cylinder,
          {{63, 1000}, {1064 + Cylinder, 20 * Cylinder - 1064 - Cylinder}},
          "63+1000 type 7\n1063+16066 type 0\n17129+304171 type 7\n"},
-        // In front of the first, counted from the end of the first track; behind the last, up to the last whole cylinder.
+        // Before the first, counted from the end of the first track; after the last, up to the last whole cylinder.
         {20 * Cylinder + 500,
          {{64 + Cylinder, 1000}},
          "63+16066 type 0\n16129+1000 type 7\n17129+304171 type 0\n"},
@@ -91,7 +91,7 @@ TEST_F(DiskEnumeratorTest, AreasAboveACylinderAreGaps)
         {20 * Cylinder, {}, "0+321300 type 0\n"},
         {20 * Cylinder + 500, {}, "0+321300 type 0\n"},
         {Cylinder - 1, {}, "0+16064 type 0\n"},
-        // Behind the end of the disk: cut, or dropped.
+        // Past the end of the disk: cut, or dropped.
         {2 * Cylinder,
          {{100, 9 * Cylinder}, {3 * Cylinder, 100}},
          "100+" + std::to_string(2 * Cylinder - 100) + " type 7\n"},

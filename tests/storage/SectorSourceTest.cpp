@@ -12,7 +12,7 @@ class SectorSourceTest : public testing::Test
 protected:
     static constexpr std::int32_t Untouched = -77;
 
-    // 100 sectors and a torn one behind them.
+    // 100 sectors and a torn one after them.
     const ByteVector m_content = RandomBytes(100 * 512 + 100, 11);
     TempFolder m_folder;
     FailingReader m_faults;

@@ -25,7 +25,7 @@ protected:
                                m_space);
     }
 
-    // The number behind a word in what a program prints, blanks in it or not.
+    // The number after a word in what a program prints, blanks in it or not.
     static std::uint64_t NumberAfter(std::string text, std::string word)
     {
         std::erase(text, ' ');

@@ -18,7 +18,7 @@ void Demand(bool holds, std::string_view what)
     }
 }
 
-// A hexadecimal byte, or one with "*count" behind it.
+// A hexadecimal byte, or one followed by "*count".
 void AppendToken(std::string_view token, ByteVector& out)
 {
     unsigned value = 0;

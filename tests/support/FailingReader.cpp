@@ -38,7 +38,7 @@ public:
     }
 
 private:
-    // What lies in front of the first bad byte.
+    // What lies before the first bad byte.
     std::uint64_t GoodBytes(std::uint64_t position, std::uint64_t count) const
     {
         const std::lock_guard guard(m_state->lock);

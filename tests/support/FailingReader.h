@@ -10,7 +10,7 @@
 #include <vector>
 
 // While it lives, every source opened is read through a fake that fails in the ranges given, as a bad sector
-// does: what lies in front of the range still arrives. Ranges may be added after the source was opened.
+// does: what lies before the range still arrives. Ranges may be added after the source was opened.
 class FailingReader
 {
 public:
@@ -23,7 +23,7 @@ public:
     void FailSector(std::uint64_t lba, std::uint32_t sectorSize = 512);
     void FailFrom(std::uint64_t begin) { FailBytes(begin, UINT64_MAX); }
     void Heal();
-    // Calls the action once, in front of the n-th read that begins at the position.
+    // Calls the action once, before the n-th read that begins at the position.
     void OnReadAt(std::uint64_t position, int nth, std::function<void()> action);
     // Reads that the fakes were asked for so far, whether they failed or not; and their largest.
     std::size_t ReadCount() const;

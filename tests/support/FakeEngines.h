@@ -31,7 +31,7 @@ struct FakeScript
 
     FileRecordList records;
     std::vector<Call> calls = {{50}};  // that a scan makes
-    std::function<void()> begins;      // in front of the first call of a scan, and of a search
+    std::function<void()> begins;      // before the first call of a scan, and of a search
     std::function<void()> inScan;      // between its calls and its end
     ResultCode opens = ResultSuccess;  // why there is no engine
     bool recognised = true;
@@ -42,7 +42,7 @@ struct FakeScript
     std::filesystem::path logFolder;
     std::string folders;                                           // above every record
     ByteVector content;                                            // of every file
-    std::function<ResultCode(const FileRecord& record)> restores;  // in front of the writing
+    std::function<ResultCode(const FileRecord& record)> restores;  // before the writing
     std::vector<ResultCode> answers;  // that the engine got from callbacks
     int discarded = 0;
 
@@ -110,7 +110,7 @@ public:
         path = m_script.folders;
         return ResultSuccess;
     }
-    // In two halves, with a call behind each.
+    // In two halves, with a call after each.
     ResultCode RestoreRecord(const FileRecord* record,
                              const std::filesystem::path& path,
                              std::uint32_t /*baseDepth*/) override

@@ -16,7 +16,7 @@ struct FatOptions
     std::uint32_t sectorsPerCluster = 1;
     std::uint32_t sectorSize = 512;
     std::uint64_t startByte = 0;     // where the volume begins in the image
-    std::uint64_t tailBytes = 0;     // behind its end
+    std::uint64_t tailBytes = 0;     // past its end
     std::vector<std::string> extra;  // further arguments of mkfs.fat
 };
 

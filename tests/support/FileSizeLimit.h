@@ -4,7 +4,7 @@
 #include <csignal>
 #include <sys/resource.h>
 
-// As a disk that is full behind so many bytes: further ones are refused, a piece across the end is cut.
+// As a disk that is full after so many bytes: further ones are refused, a piece across the end is cut.
 class FileSizeLimit
 {
 public:

@@ -28,7 +28,7 @@ void AppendLittle(ByteVector& out, std::uint32_t value, int bytes)
     }
 }
 
-// The entropy-coded part of a JPEG: bits from the top, a zero behind each FF.
+// The entropy-coded part of a JPEG: bits from the top, a zero after each FF.
 class BitWriter
 {
 public:

@@ -225,7 +225,7 @@ TEST_P(LanguageFilesTest, SaysWhatEnglishSaysInItsOwnWords)
         if (GetParam() != "English" && value == original) {
             EXPECT_TRUE(SharedWords.contains(value)) << key << " is not translated: " << value;
         }
-        // A value follows behind these.
+        // A value follows these.
         if (original.ends_with(":") && original.find('%') == std::string::npos) {
             EXPECT_TRUE(EndsInColon(value)) << key << ": " << value;
         }

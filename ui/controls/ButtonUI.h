@@ -56,7 +56,7 @@ protected:
     bool hitButton(const QPoint& place) const override { return rect().contains(place); }
     // What a click does: one of a group is never taken back by it.
     void nextCheckState() override;
-    // In a group the arrows choose the one before or behind.
+    // In a group the arrows choose the one before or after.
     void keyPressEvent(QKeyEvent* event) override;
     QString StateImage() const override;
     bool IsSelectedLook() const override { return isChecked(); }

@@ -10,7 +10,7 @@ public:
     QString GetClass() const override { return QStringLiteral("DiskListUI"); }
 
     // A null parent is the root. Null, and the row is gone, when it cannot be added.
-    // Behind a child of the parent, or at the end.
+    // After a child of the parent, or at the end.
     Node* AddNode(std::unique_ptr<CListImageTextNodeUI> row, Node* parent, Node* behind = nullptr);
     // Rows of the class ListImageTextNodeUI alone, with all below them.
     bool RemoveAt(int index) override;

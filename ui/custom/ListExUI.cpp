@@ -14,7 +14,7 @@ namespace {
 
 constexpr int FlaggedLevels = 3;
 
-// The nodes below one, each behind its parent.
+// The nodes below one, each after its parent.
 std::vector<CListExUI::Node*> NodesBelow(CListExUI::Node* top)
 {
     std::vector<CListExUI::Node*> nodes;

@@ -45,7 +45,7 @@ public:
     void OnTimer(int id) override;
 
 protected:
-    // Puts a row into the list and the tree, behind a child of the parent with all below that, or behind all of them. Null,
+    // Puts a row into the list and the tree, after a child of the parent with all below that, or after all of them. Null,
     // and the row is gone, when it fails.
     Node*
     InsertNode(std::unique_ptr<Row> row, const QString& text, Node* parent, Node* behind = nullptr);

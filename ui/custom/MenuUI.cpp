@@ -48,7 +48,7 @@ void CMenuElementUI::SetText(const QString& text)
 {
     m_text = text;
     if (m_action != nullptr) {
-        // Read out, never drawn; a single "&" would mark the letter behind it.
+        // Read out, never drawn; a single "&" would mark the letter after it.
         m_action->setText(
             PlainText(text, m_look.hasMarkup).replace(QLatin1Char('&'), QLatin1String("&&")));
     }

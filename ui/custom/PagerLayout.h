@@ -14,7 +14,7 @@ struct PagerCounts
 
 struct PagerLayout
 {
-    // In order; at most as many as there are buttons, and as many when there are dots. Those stand behind the left ones and
+    // In order; at most as many as there are buttons, and as many when there are dots. Those stand after the left ones and
     // before the right ones.
     std::vector<int> pages;
     bool hasLeftDots = false;

@@ -17,7 +17,7 @@ public:
     QString GetClass() const override { return QStringLiteral("GridUI"); }
     void Invalidate() override { viewport()->update(); }
 
-    // Its columns are there. Names are taken from the column behind that of the marks. The list goes later.
+    // Its columns are there. Names are taken from the column after that of the marks. The list goes later.
     void ShowRowsOf(CListUI& list);
     // The picture of a row; null while there is none, and its icon is drawn.
     std::function<const QImage*(const CListUI::Row& row)> picture;

@@ -131,7 +131,7 @@ private:
         m_isCut = m_isCut || !rest.isEmpty();
     }
 
-    // The length of what still fits up to a place where a line may end: behind a blank, and between most letters of languages
+    // The length of what still fits up to a place where a line may end: after a blank, and between most letters of languages
     // that write without blanks.
     qsizetype FittingWords(int font, const QString& text) const
     {

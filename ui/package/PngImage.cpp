@@ -12,13 +12,13 @@ constexpr int Channels = 4;
 
 constexpr std::size_t SignatureBytes = 8;
 constexpr std::size_t ChunkHeadBytes = 8;    // length and name
-constexpr std::size_t ChunkFrameBytes = 12;  // and the checksum behind the data
+constexpr std::size_t ChunkFrameBytes = 12;  // and the checksum after the data
 
 // Data in an empty first piece makes the library copy from nowhere; no encoder writes such a one.
 bool HasEmptyData(ByteView bytes)
 {
     std::size_t offset = SignatureBytes;
-    // The library looks at a last piece that is cut behind its name too.
+    // The library looks at a last piece that is cut after its name too.
     while (bytes.Covers(offset, ChunkHeadBytes)) {
         const std::size_t length = bytes.U32Be(offset);
         if (length == 0 && bytes.Matches(offset + 4, "IDAT")) {

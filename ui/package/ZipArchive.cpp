@@ -20,7 +20,7 @@ constexpr std::uint16_t FlagEncrypted = 1;
 // Deflate cannot pack better than this; a member that claims more lies about its size.
 constexpr std::uint64_t BestRatio = 1032;
 
-// Where the record at the archive's end begins. Searched from behind, for a comment may follow it.
+// Where the record at the archive's end begins. Searched from the back, for a comment may follow it.
 std::optional<std::size_t> FindEnd(ByteView bytes)
 {
     if (bytes.Size() < EndBytes) {
@@ -48,7 +48,7 @@ std::optional<std::vector<std::uint8_t>> Inflate(ByteView packed, std::size_t pl
     if (plainBytes > packed.Size() * BestRatio + 64) {
         return std::nullopt;
     }
-    // One more than wanted: a stream that goes on behind its told size is damaged.
+    // One more than wanted: a stream that goes on past its stated size is damaged.
     std::vector<std::uint8_t> plain(plainBytes + 1);
     std::vector<std::uint8_t> input(packed.Span().begin(), packed.Span().end());
     z_stream stream = {};

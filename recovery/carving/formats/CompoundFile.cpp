@@ -28,7 +28,7 @@ constexpr Kind Classes[] = {
     {"\x10\x8D\x81\x64\x9B\x4F\xCF\x11\x86\xEA\0\xAA\0\xB9\x29\xE8"sv, FileTypeId::SlidesOle},
 };
 
-// A name that only begins so counts too. "Wordbook" is meant: it is the name that is looked for, and stays.
+// A name that only begins so counts too. "Wordbook" is meant: a stream that is called "Workbook" decides nothing here.
 constexpr Kind StreamNames[] = {
     {"WordDocument", FileTypeId::WordOle},
     {"Wordbook", FileTypeId::SheetOle},
@@ -83,7 +83,7 @@ FileTypeId DetectOle2(const std::uint8_t* buffer, std::int32_t size)
 FileTypeId ClassifyOle2(ByteView head)
 {
     CarveContext& context = CarveContext::Instance();
-    // Sectors are counted as 512-byte ones are: a file of larger sectors is misread, and that stays.
+    // Sectors are counted as 512-byte ones are: a file of larger sectors is misread, and may be recorded as another kind.
     const ByteView first = context.ReadSectors(context.currentLba + 1, 1);
     if (first.Empty()) {
         return FileTypeId::OtherOle;

@@ -5,6 +5,6 @@
 #include "platform/ByteView.h"
 #include "recovery/carving/SignatureTable.h"
 
-// WordOle, SheetOle, SlidesOle, or OtherOle for all others. Reads the sector behind the head and the first directory
+// WordOle, SheetOle, SlidesOle, or OtherOle for all others. Reads the sector after the head and the first directory
 // sector through the carver's context.
 FileTypeId ClassifyOle2(ByteView head);

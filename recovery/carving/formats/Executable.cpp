@@ -1,4 +1,4 @@
-// Windows programs: "MZ", at 60 the offset of "PE" 00 00, and flags 22 bytes behind that.
+// Windows programs: "MZ", at 60 the offset of "PE" 00 00, and flags 22 bytes after that.
 #include "platform/ByteView.h"
 #include "recovery/carving/formats/Formats.h"
 

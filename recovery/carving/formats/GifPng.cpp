@@ -29,7 +29,7 @@ std::int64_t LengthToMark(ByteView head, MarkFinder& ends, std::size_t markBytes
     while (scan.NextBlock()) {
         const std::size_t at = ends.Find(scan.Searched());
         if (at != NotFound) {
-            // Also when it stands behind a boundary of this block.
+            // Also when it lies past a boundary of this block.
             scan.StopAt(scan.Scanned() + static_cast<std::int64_t>(at + markBytes));
         }
     }

@@ -1,5 +1,5 @@
 // Icons: 00 00 01 00, the count of images at 4, a directory entry of 16 bytes for each (size at 8, offset at 12), and the
-// images back to back behind the directory.
+// images back to back after the directory.
 #include "recovery/carving/CarveContext.h"
 #include "recovery/carving/formats/Formats.h"
 

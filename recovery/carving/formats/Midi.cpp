@@ -11,7 +11,7 @@ constexpr std::int64_t Budget = 8'388'608;
 constexpr std::int64_t HeadBytes = 14;
 constexpr std::string_view TrackMark = "MTrk";
 
-// Big-endian; bytes behind the block count as zeros.
+// Big-endian; bytes past the block count as zeros.
 std::int64_t PaddedWord(ByteView block, std::size_t offset)
 {
     std::uint32_t word = 0;
@@ -26,8 +26,8 @@ std::int64_t PaddedWord(ByteView block, std::size_t offset)
 FileTypeId DetectMidi(const std::uint8_t* buffer, std::int32_t size)
 {
     const ByteView sector(buffer, size);
-    // The length word is big-endian in the format, so a well-formed head has 0x06000000 here and is not taken. That
-    // stays.
+    // The length word is big-endian in the format, so a well-formed head has 0x06000000 here and is not taken: such
+    // files get no record.
     const bool hit = size >= SmallestSize && sector.Matches(0, "MThd") && sector.U32(4) == 6 &&
                      sector.Matches(14, TrackMark);
     return hit ? FileTypeId::Midi : FileTypeId::None;
@@ -48,7 +48,7 @@ std::int64_t LengthMidi(const std::uint8_t* buffer, std::int32_t size)
             if (!block.Covers(at + 4, 4)) {
                 break;
             }
-            // The word behind the chunk's own length field, which stays so.
+            // Not the chunk's length field but the word after it: the lengths in records rest on that.
             sum += 8 + PaddedWord(block, at + 8);
             done = tracksLeft == 0;
             at = FindBytes(block, TrackMark, at + 4);

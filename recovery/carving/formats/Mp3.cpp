@@ -7,7 +7,7 @@ namespace {
 
 constexpr std::size_t TagHeadBytes = 10;
 constexpr std::int64_t Budget = 2'147'483'648;
-// The three letters are counted on top of the tag's 128 bytes, on purpose.
+// The three letters are counted on top of the tag's 128 bytes: recorded files end three bytes past their tag.
 constexpr std::size_t EndTagBytes = 3 + 128;
 
 }  // namespace

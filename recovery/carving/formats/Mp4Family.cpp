@@ -60,7 +60,7 @@ FileTypeId DetectMov(const std::uint8_t* buffer, std::int32_t size)
     if (size < SmallestMovSize) {
         return FileTypeId::None;
     }
-    // The name is looked for at 0, not behind a length word at 4, and stays so.
+    // The name is looked for at 0, not after a length word at 4: a movie that has it there is not found by it.
     const bool hit = sector.Matches(0, "moov") || HasBrand(sector, "qt  ");
     return hit ? FileTypeId::Mov : FileTypeId::None;
 }

@@ -1,4 +1,4 @@
-// ts: packets of 188 bytes, each opening with the sync byte 0x47. mts: the same packets, a 4-byte time stamp in front of
+// ts: packets of 188 bytes, each opening with the sync byte 0x47. mts: the same packets, a 4-byte time stamp before
 // each; known by its program association table.
 #include "recovery/carving/CarveContext.h"
 #include "recovery/carving/LengthScan.h"
@@ -48,7 +48,7 @@ FileTypeId DetectTs(const std::uint8_t* buffer, std::int32_t size)
     if (sector.U8(0) != SyncByte || !sector.Covers(0, PacketBytes) || !named) {
         return FileTypeId::None;
     }
-    // A packet that would begin right behind the sector counts as one without a sync byte.
+    // A packet that would begin right after the sector counts as one without a sync byte.
     if (!HasPackets(sector, sector.Size() / PacketBytes + 1)) {
         return FileTypeId::None;
     }

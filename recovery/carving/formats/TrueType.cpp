@@ -20,7 +20,7 @@ FileTypeId DetectTtf(const std::uint8_t* buffer, std::int32_t size)
     const std::size_t tables = sector.U16Be(4);
     const bool counts =
         tables != 0 && sector.U16(6) != 0 && sector.U16(8) != 0 && sector.U16(10) != 0;
-    // The first word behind the directory must be the version again: fonts that begin with such a table are taken.
+    // The first word after the directory must be the version again: fonts that begin with such a table are taken.
     const bool hit =
         counts && tables * 16 + 16 <= sector.Size() && sector.Matches(tables * 16 + 12, Version);
     return hit ? FileTypeId::Ttf : FileTypeId::None;

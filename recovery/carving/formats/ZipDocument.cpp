@@ -17,7 +17,7 @@ constexpr std::int32_t MostSectors = 20;
 constexpr std::size_t CarryBytes = 4;  // a signature that lies across two turns is found
 
 constexpr std::size_t SignatureBytes = 4;
-// Behind "PK".
+// After "PK".
 constexpr std::uint16_t LocalHeader = 0x0403;
 constexpr std::uint16_t CentralHeader = 0x0201;
 constexpr std::uint16_t EndOfCentral = 0x0605;
@@ -63,7 +63,7 @@ public:
         Signature signature = Signature::Local;
     };
 
-    // From now on nothing in front of position is asked for.
+    // From now on nothing before position is asked for.
     void Begin(std::uint64_t openNumber, std::int32_t size, std::uint64_t position)
     {
         const bool known = m_contents == openNumber && m_sectorSize == size &&
@@ -80,7 +80,7 @@ public:
         m_knownFrom = position;
     }
 
-    // Looks through what is new of the bytes that lie at position; carry holds the four bytes in front of them.
+    // Looks through what is new of the bytes that lie at position; carry holds the four bytes before them.
     void Extend(const std::array<std::uint8_t, CarryBytes>& carry,
                 ByteView bytes,
                 std::uint64_t position)
@@ -128,10 +128,10 @@ private:
     std::uint64_t m_contents = 0;
     std::int32_t m_sectorSize = 0;
     std::uint64_t m_knownFrom = 0;
-    std::uint64_t m_knownTo = 0;  // every signature that begins in front of it is in the list
+    std::uint64_t m_knownTo = 0;  // every signature that begins before it is in the list
 };
 
-// One turn: the sectors just read and the four bytes in front of them.
+// One turn: the sectors just read and the four bytes before them.
 struct Turn
 {
     ByteView bytes;
@@ -183,7 +183,7 @@ Step(HeaderSearch& search, const SignatureMap& map, const Turn& turn, std::uint6
         static_cast<std::size_t>(turn.endByte - place->position - search.guard));
 }
 
-// The two searches take turns, local headers first; the first class found wins. Nothing behind the first end signature
+// The two searches take turns, local headers first; the first class found wins. Nothing after the first end signature
 // is looked at.
 FileTypeId ClassifyTurn(const SignatureMap& map, const Turn& turn)
 {
@@ -238,7 +238,7 @@ public:
         m_sectorSize = size;
         m_from = start;
     }
-    // bytes lie at start; nothing in front of it is asked for again.
+    // bytes lie at start; nothing before it is asked for again.
     bool Holds(ByteView bytes, std::uint64_t start)
     {
         m_from = start;
@@ -276,7 +276,7 @@ FileTypeId DetectOoxml(const std::uint8_t* buffer, std::int32_t size)
     if (size < SmallestSize) {
         return FileTypeId::None;
     }
-    // The name of a first member stands at 30; 31 is what is asked for, and stays.
+    // The name of a first member stands at 30, but 31 is asked for: a head without its mark at 0 is not known by it.
     const bool zip = sector.Matches(0, "PK\3\4") || sector.Matches(31, "[Content_Types].xml");
     return zip ? ClassifyOoxml() : FileTypeId::None;
 }

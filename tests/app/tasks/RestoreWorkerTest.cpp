@@ -67,7 +67,7 @@ TEST_F(RestoreWorkerTest, ARecordWithoutAnEngineFailsWithoutARow)
     script.Add("b.jpg", 4);
     OpenAll();
     SelectAll();
-    // Of a target that was taken from the list behind the search.
+    // Of a target that was taken from the list after the search.
     FoundRow last = state.selection.rbegin()->second.Row();
     SetSelected(state.selection, last, false);
     last.record.DriveLetter = 7;
@@ -121,7 +121,7 @@ TEST_F(RestoreWorkerTest, ThreeFilesInARowWithoutRoomAskWhetherToStop)
     for (int i = 0; i < 9; ++i) {
         script.Add("f" + std::to_string(i) + ".jpg", 4);
     }
-    const std::string hasRoom = "f2.jpg";  // two that fail in front of it do not count
+    const std::string hasRoom = "f2.jpg";  // two that fail before it do not count
     script.restores = [&hasRoom](const FileRecord& record) {
         return record.NameText() == hasRoom ? ResultSuccess : ResultDiskFull;
     };

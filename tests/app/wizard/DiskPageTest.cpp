@@ -196,7 +196,7 @@ TEST_F(DiskPageTest, AStickComesIsSelectedAndGoesWithItsTargets)
     m_system.Remove("sdb");
     Refresh(0);
     EXPECT_EQ(m_window->State().targets.size(), 3u) << "an arrival takes nothing away";
-    // That list is the known one by now, so that nothing is missing from it.
+    // That list is the known one by now, so nothing is missing from it.
     Refresh(1);
     EXPECT_EQ(m_window->State().targets.size(), 3u);
     AddStick("sdc", "8:32");
@@ -215,7 +215,7 @@ TEST_F(DiskPageTest, WhatTheUserDoesBeforeTheListIsThereStays)
     Click("BtnRecoverMode");
     m_window->AddImage(m_folder / "early.img");
     AddStick();
-    // Comes while the first list is being made, and is asked for behind it.
+    // Comes while the first list is being made, and is asked for after it.
     Refresh(0);
     EXPECT_TRUE(DiskRows().starts_with("0:Image File|1:early.img|0:Disk 1|")) << DiskRows();
     EXPECT_EQ(m_window->State().targets.size(), 4u);

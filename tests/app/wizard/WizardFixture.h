@@ -68,7 +68,7 @@ protected:
     CTreeNodeUI& Node(const char* name) const { return Get<CTreeNodeUI>(name); }
     // "0:name|1:name": the texts of the disk list's first column with their levels, hidden rows left out.
     std::string DiskRows() const;
-    // The texts of a column, each with a blank behind it.
+    // The texts of a column, each followed by a blank.
     std::string Column(int column) const;
     // A tick by the mouse or the space key.
     void Tick(int row) { Files().GetItemAt(row)->ToggleCheck(); }

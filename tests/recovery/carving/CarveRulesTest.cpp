@@ -50,7 +50,7 @@ struct LengthCase
 {
     std::string_view name;
     ByteVector head;  // at sector 1
-    ByteVector body;  // behind it; a metadata sector follows
+    ByteVector body;  // after it; a metadata sector follows
     std::uint64_t length;
 };
 
@@ -200,7 +200,7 @@ TEST(CarveRules, TransportStreamsRememberWhatWasCarvedBefore)
     EXPECT_EQ(stream.lengthBytes, run);
     EXPECT_EQ(image.Measure(3).typeId, FileTypeId::None);  // carved before
     CarveContext::Instance().TsRunHead = 0;
-    EXPECT_EQ(image.Measure(3).typeId, FileTypeId::Ts);  // but nobody looks behind another file
+    EXPECT_EQ(image.Measure(3).typeId, FileTypeId::Ts);  // but nobody looks past another file
     EXPECT_TRUE(CarveContext::Instance().TsRangeList.Contains(43));
     EXPECT_FALSE(CarveContext::Instance().TsRangeList.Contains(44));
     // The sector before the second stream has a sync byte where a packet would begin.
@@ -212,7 +212,7 @@ TEST(CarveRules, TransportStreamsRememberWhatWasCarvedBefore)
     image.Put(0, Packets(512 * 20));
     ResetCarveContext();
     EXPECT_EQ(image.Measure(0).typeId,
-              FileTypeId::None);  // nothing can be read in front of sector 0
+              FileTypeId::None);  // nothing can be read before sector 0
 }
 
 TEST(CarveRules, TimedStreamsAreEndedByATableOfTimeZeroOnly)
@@ -225,7 +225,7 @@ TEST(CarveRules, TimedStreamsAreEndedByATableOfTimeZeroOnly)
     image.Put(30, Padded(Bytes("'FILE'")));
     EXPECT_EQ(image.Measure(1).lengthBytes, 19 * 512);
     EXPECT_EQ(image.Measure(9).typeId,
-              FileTypeId::None);  // the sector behind an mts is still inside
+              FileTypeId::None);  // the sector after an mts is still inside
     EXPECT_EQ(image.Measure(9).typeId, FileTypeId::Mts);
 }
 

@@ -119,7 +119,7 @@ ByteVector TextOf(std::size_t count)
     return text;
 }
 
-// Noise, the file, the head of a document right behind its last sector, text, zeros. With runner, a file without an end
+// Noise, the file, the head of a document right after its last sector, text, zeros. With runner, a file without an end
 // of its own begins before it.
 std::vector<CarvedFile> CarveAmid(const ByteVector& file, bool runner)
 {

@@ -1,4 +1,4 @@
-// Scans that are stopped and killed at any moment, again and again: gone on with, they end as one that nothing disturbed.
+// Scans that are stopped and killed at any moment, again and again: once resumed, they end as one that nothing disturbed.
 #include "tests/recovery/deep/DeepSupport.h"
 #include "tests/support/Bytes.h"
 #include "tests/support/FatCard.h"
@@ -139,7 +139,7 @@ TEST_F(CheckpointTest, AScanThatIsKilledAgainAndAgainEndsAsOneThatNothingDisturb
         const DataFolder own;
         const auto whole = std::chrono::duration_cast<std::chrono::microseconds>(m_duration);
         int end = Killed;
-        // Checkpoints make it slower than the undisturbed one, so that it is given longer each time.
+        // Checkpoints make it slower than the undisturbed one, so it is given longer each time.
         for (std::uint64_t factor = 2; end == Killed; ++factor) {
             const auto span = static_cast<std::uint64_t>(whole.count()) * factor;
             end = ScanInChild(std::chrono::microseconds(Dice(span) + 500));

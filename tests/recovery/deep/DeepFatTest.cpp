@@ -71,7 +71,7 @@ TEST_F(DeepFatTest, FilesOfACardThatWasFormattedOverComeBackInTheirFolders)
         FatCard card(image, {.volumeBytes = 96 * Mebibyte, .extra = {}});
         Fill(card, 100);
     }
-    // mkfs.fat writes the areas in front of the data and the first cluster of the root, nothing else.
+    // mkfs.fat writes the areas before the data and the first cluster of the root, nothing else.
     (void)MustRun({"mkfs.fat", "-F", "32", "-s", "1", image.string()});
     DeepRun run(image);
     ASSERT_EQ(run.Scan(), ResultSuccess);
@@ -177,7 +177,7 @@ TEST_F(DeepFatTest, AFileKnownByNameIsNotShownAgainByContent)
     for (const FileRecord& record : run.Search()) {
         carved += record.EngineKind == EngineKindCarved ? 1 : 0;
     }
-    // The picture that calls itself "dat" has another extension, so that both stand.
+    // The picture that calls itself "dat" has another extension, so both stand.
     EXPECT_EQ(carved, 1);
 }
 

@@ -19,7 +19,7 @@ protected:
     std::string Found()
     {
         WriteFileBytes(m_folder / "small.img", m_fat.bytes);
-        // The FAT is read where a window of 16 MiB fits in front of the source's end.
+        // The FAT is read where a window of 16 MiB fits before the source's end.
         std::filesystem::resize_file(m_folder / "small.img", 17 * 1024 * 1024);
         EXPECT_EQ(m_engine.OpenImageFile(m_folder / "small.img", 1001), ResultSuccess);
         EXPECT_EQ(m_engine.Scan(nullptr), ResultSuccess);
@@ -102,7 +102,7 @@ TEST_F(FastFatRulesTest, TheTwentiethPieceEndsTheFolder)
 
 TEST_F(FastFatRulesTest, AWipedHighWordIsFoundByTheHead)
 {
-    // Cluster 0x10003 lies far outside, so that the low word alone is left.
+    // Cluster 0x10003 lies far outside, so the low word alone is left.
     m_fat.Entry(2, 0, "P       PNG", File, 3, 300, true);
     m_fat.PutCluster(3, MakePng(8, 8, 1));
     EXPECT_EQ(Found(), "!.png");

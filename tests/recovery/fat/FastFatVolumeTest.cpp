@@ -96,7 +96,7 @@ TEST_P(FastFatVolumeTest, DeletedFilesComeBackByteForByteUnderTheirNames)
                "Holiday/Zweiter Ordner mit Ümläuten/Фото.bmp", MakeBmp(64, 50, 4));
     AddDeleted("Holiday/no extension", "Holiday/no extension", RandomBytes(4321, 5));
     AddDeleted("Holiday/empty file.txt", "Holiday/empty file.txt", {});
-    // In a folder that is deleted as a whole, live and deleted alike. Nothing is written behind the first deletion.
+    // In a folder that is deleted as a whole, live and deleted alike. Nothing is written after the first deletion.
     const ByteVector inner = MakeJpeg(320, 240, 6);
     m_card->Put("GONE/Inner folder/still here.jpg", inner);
     for (const std::string& path : m_toDelete) {

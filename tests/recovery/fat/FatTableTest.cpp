@@ -12,7 +12,7 @@ namespace {
 
 constexpr std::uint64_t Window = FatTable::WindowBytes;
 
-// A FAT of the bytes at sector 32, with so much behind its start.
+// A FAT of the entries at sector 32, with so much after its start.
 class FatTableTest : public testing::Test
 {
 protected:
@@ -57,7 +57,7 @@ TEST_F(FatTableTest, TheWindowMovesBothWaysAndOnlyWhole)
     EXPECT_EQ(Entry(3), 4u);
     EXPECT_EQ(Entry(second + 5), second + 9);
     EXPECT_EQ(Entry(3), 4u);
-    // From the sector of this one less than a window is left, so that it cannot be loaded from here ...
+    // From the sector of this one less than a window is left, so it cannot be loaded from here ...
     EXPECT_EQ(Entry(second + 200), 0xBADu);
     // ... and what was there is still there.
     EXPECT_EQ(Entry(3), 4u);
@@ -79,7 +79,7 @@ TEST_F(FatTableTest, TheMapEndsAtAPointerThatLeadsNowhere)
          sector += length) {
         ranges.emplace_back(sector, length);
     }
-    // Clusters 4, 6, 7 (pointed at) and 9 are used; 12 stands behind the end of the walk.
+    // Clusters 4, 6, 7 (pointed at) and 9 are used; 12 lies past the end of the walk.
     EXPECT_EQ(ranges, (decltype(ranges){{0, 2}, {3, 1}, {6, 1}, {8, 992}}));
 }
 
@@ -111,7 +111,7 @@ protected:
         m_geometry.totalSectors32 = odd.totalSectors32;
         m_geometry.dataStart = odd.dataStart;
         m_geometry.sectorsPerCluster = odd.sectorsPerCluster;
-        // Two to a slot of a FAT16; behind the first window too, and none that ends the walk early.
+        // Two to a slot of a FAT16; after the first window too, and none that ends the walk early.
         for (std::uint32_t i = 0; i < 300; ++i) {
             m_entries[5 + i * 7] = i % 5 == 0 ? UINT32_MAX : (30 + i * 3) | (400 + i) << 16;
             if (odd.bytesBehind > Window) {
@@ -309,7 +309,7 @@ TEST(TryVolume, TakesLegalClusterSizesAndPlacesOnTheDisk)
         {8, 1012, 5, 1000, 4},
         {6, 1256, 5, 1000, std::nullopt},  // 256 a cluster
         {5, 1032, 5, 1000, std::nullopt},
-        {900, 1032, 899, 1024, std::nullopt},  // a start in front of the disk
+        {900, 1032, 899, 1024, std::nullopt},  // a start before the disk
     };
     for (const PairCase& pair : cases) {
         const auto volume =

@@ -38,7 +38,7 @@ TEST(ClusterPlacesTest, FatClustersLieWhereEachAskerAddsThemUp)
         EXPECT_EQ(PlainClusterSector(volume, place.cluster), Base + place.narrow) << place.cluster;
         EXPECT_EQ(geometry.SectorOfCluster(place.cluster), place.wide) << place.cluster;
         EXPECT_EQ(geometry.SectorOfFolder(place.cluster), place.wide) << "FAT32";
-        // Cluster 0 as a root directory in front of the data; in front of the base it wraps in 64 bits.
+        // Cluster 0 as a root directory before the data; before the base it wraps in 64 bits.
         const std::uint64_t root = std::uint64_t{place.dataStart} - 32;
         const bool isRoot = place.cluster == 0;
         geometry.isFat32 = false;
@@ -55,7 +55,7 @@ TEST(ClusterPlacesTest, NtfsClustersWrapWhereTheirUnitDoes)
 {
     EXPECT_EQ(SectorOfCluster(5, 4096, 512), 40u);
     EXPECT_EQ(SectorsToRun({1, -5}, 8), std::uint64_t{0} - 40);
-    // In front of the volume, rounded towards it.
+    // Before the volume, rounded towards it.
     EXPECT_EQ(SectorOfCluster(~std::uint64_t{0}, 512 + 1, 512), ~std::uint64_t{0});
     // In bytes these are nothing any more.
     EXPECT_EQ(SectorOfCluster(std::uint64_t{1} << 57, 8, 1), std::uint64_t{1} << 60);

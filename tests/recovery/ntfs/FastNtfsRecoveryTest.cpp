@@ -160,9 +160,9 @@ TEST_F(FastNtfsRecoveryTest, BrokenRecordsCostNoOther)
     m_image.Poke(
         20, second + 4,
         static_cast<std::uint16_t>(-attributes[0].size()));  // a loop; the 4096th attribute ends it
-    m_image.Poke(21, second + 4, 0x8000);                    // to in front of the record
+    m_image.Poke(21, second + 4, 0x8000);                    // to before the record
     m_image.Poke(22, 56 + 4, 0);                             // ends at once: no name, no file
-    m_image.Poke(23, 20, 0xFFF0);                            // behind the bytes in use
+    m_image.Poke(23, 20, 0xFFF0);                            // past the bytes in use
     m_image.Poke(24, 24, 0xFFFF);                            // bytes in use far too many
     m_image.Put(Records - 1, Deleted, attributes);
     m_image.Poke(Records - 1, 24, 0xFFFF);
@@ -212,7 +212,7 @@ TEST_F(FastNtfsRecoveryTest, RunsAreCopiedToTheirEnd)
     const ByteVector again = sectors(5, 2);
     twice.insert(twice.end(), again.begin(), again.end());
     EXPECT_EQ(Restored(tree["sparse"]), twice);
-    // The bytes were all there, but a run behind them cannot be read.
+    // The bytes were all there, but a run after them cannot be read.
     ByteVector tail = sectors(0, 1);
     tail.resize(300);
     EXPECT_EQ(Restored(tree["tail"], ResultReadFault), tail);

@@ -33,7 +33,7 @@ public:
                                  const std::vector<ByteVector>& attributes);
     // Puts one in its place.
     void Put(std::uint32_t number, std::uint16_t flags, const std::vector<ByteVector>& attributes);
-    // Overwrites one 16-bit word of a record, behind the fixups.
+    // Overwrites one 16-bit word of a record, after the fixups.
     void Poke(std::uint32_t number, std::size_t offset, std::uint16_t value);
     void PutBytes(std::uint32_t sector, std::span<const std::uint8_t> bytes);
     const ByteVector& Bytes() const { return m_bytes; }

@@ -214,7 +214,7 @@ TEST_P(NtfsVolumeTest, WhatIsNotStoredPlainlyComesOutByTheRules)
             continue;
         }
         // On larger sectors the driver still guards every 512 bytes of a record, and only the sector's tail is repaired:
-        // the runs in front of byte 510 are right, those behind it are not.
+        // the runs before byte 510 are right, those after it are not.
         const auto start = torn[which].begin();
         ASSERT_GT(restored.size(), 20 * Cluster);
         EXPECT_TRUE(std::equal(start, start + 20 * Cluster, restored.begin()));

@@ -17,7 +17,7 @@ namespace {
 constexpr IniLimits NoLimits = {1 << 16, 1 << 16};
 constexpr int SamplePercent = 42;
 
-// Behind a text that ends in a colon, as the program writes it.
+// After a text that ends in a colon, as the program writes it.
 QString With(const QString& text, const char* value)
 {
     return text + QLatin1Char(' ') + QLatin1String(value);
