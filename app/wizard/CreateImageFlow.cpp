@@ -99,7 +99,9 @@ CreateImageFlow::Earlier CreateImageFlow::AskForEarlier(const ImageSource& sourc
         return Earlier::None;
     }
     if (Ask(CMessageBox::Question, ExtraText("EXT0208"), 450, 150) != CloseDone) {
-        return Earlier::Drop;
+        // Escape declines too, and hours of a failing disk's last reading are not thrown away by one key.
+        const bool isMeant = Ask(CMessageBox::Confirm, ExtraText("EXT0283"), 450, 150) == CloseDone;
+        return isMeant ? Earlier::Drop : Earlier::NotThere;
     }
     const bool isRefused =
         mayBeOnSource && Ask(CMessageBox::Confirm, DesktopText("DSK0106"), 450, 150) != CloseDone;

@@ -358,10 +358,13 @@ TEST_F(DiskPageTest, ADiskWithBadSectorsIsRescuedFromWhereItsCopyEnded)
     Click("BtnPrev");
     Click("BtnPrev");
     Click("BtnCreateImageMode");
+    // Escape twice throws nothing away, and leads back to the file's name.
+    m_answers = {CloseCancelled, CloseCancelled};
     CopyTo(image);
-    ASSERT_EQ(m_asked.size(), 3u);
-    EXPECT_EQ(m_asked[0].substr(0, 22), "4 An earlier rescue in");
-    EXPECT_EQ(m_asked[1], "2 All of the disk could be read. The image file is complete.");
+    ASSERT_EQ(m_asked.size(), 5u);
+    EXPECT_EQ(m_asked[1].substr(0, 18), "1 What was rescued");
+    EXPECT_EQ(m_asked[2].substr(0, 22), "4 An earlier rescue in");
+    EXPECT_EQ(m_asked[3], "2 All of the disk could be read. The image file is complete.");
 }
 
 TEST_F(DiskPageTest, TheLanguageChangesOnEachPage)
