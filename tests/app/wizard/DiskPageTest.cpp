@@ -361,6 +361,8 @@ TEST_F(DiskPageTest, ADiskWithBadSectorsIsRescuedFromWhereItsCopyEnded)
     // Escape twice throws nothing away, and leads back to the file's name.
     m_answers = {CloseCancelled, CloseCancelled};
     CopyTo(image);
+    ASSERT_EQ(m_asked.size(), 2u);
+    CopyTo(image);
     ASSERT_EQ(m_asked.size(), 5u);
     EXPECT_EQ(m_asked[1].substr(0, 18), "1 What was rescued");
     EXPECT_EQ(m_asked[2].substr(0, 22), "4 An earlier rescue in");
