@@ -91,12 +91,14 @@ void SectorSource::NoteWhatElseFails(std::uint64_t position, std::uint64_t count
         const std::size_t wanted = std::min<std::uint64_t>(piece.size(), count);
         std::size_t got = 0;
         const ResultCode result = m_source->Reader().ReadAt(position, piece.data(), wanted, &got);
-        if (result != ResultSuccess || got < wanted) {
+        std::size_t passed = got;
+        if (result != ResultSuccess || got == 0) {
             m_source->NoteUnread(position + got, wanted - got, result);
             ++faults;
+            passed = wanted;
         }
-        position += wanted;
-        count -= wanted;
+        position += passed;
+        count -= passed;
     }
     if (count > 0) {
         m_source->NoteUnread(position, count, ResultReadFault);
