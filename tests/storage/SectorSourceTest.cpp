@@ -84,6 +84,23 @@ TEST_F(SectorSourceTest, ABadSectorEndsTheReadAndWhatCameStays)
     EXPECT_EQ(Read(90, 6, 512), ResultSuccess) << "no state is left behind";
 }
 
+TEST_F(SectorSourceTest, OfALongReadWhatFailsIsCountedAndNotWhatFollowsIt)
+{
+    WriteFileBytes(m_folder / "long", ByteVector(1024 * 512));
+    std::shared_ptr<ScanSource> source;
+    ASSERT_EQ(ScanSource::OpenImage(m_folder / "long", &source), ResultSuccess);
+    m_source.Open(source);
+    m_buffer.resize(1024 * 512);
+    for (const std::uint64_t sector : {130, 700, 701}) {
+        m_faults.FailBytes(sector * 512, sector * 512 + 512);
+    }
+    EXPECT_EQ(Read(1024, 0, 512), ResultReadFault);
+    EXPECT_EQ(m_got, 130);
+    // To the end of the 64 KiB that each fault lies in.
+    EXPECT_EQ(source->Unread().Ends(),
+              (std::map<std::uint64_t, std::uint64_t>{{130, 256}, {700, 768}}));
+}
+
 TEST_F(SectorSourceTest, ReadsAreCutIntoPiecesOf64KiB)
 {
     const ImageFile image(m_folder / "large", 1 << 20);
