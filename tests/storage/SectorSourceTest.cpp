@@ -91,7 +91,7 @@ TEST_F(SectorSourceTest, OfALongReadWhatFailsIsCountedAndNotWhatFollowsIt)
     ASSERT_EQ(ScanSource::OpenImage(m_folder / "long", &source), ResultSuccess);
     m_source.Open(source);
     m_buffer.resize(1024 * 512);
-    for (const std::uint64_t sector : {130, 700, 701}) {
+    for (const std::uint64_t sector : {130u, 700u, 701u}) {
         m_faults.FailBytes(sector * 512, sector * 512 + 512);
     }
     EXPECT_EQ(Read(1024, 0, 512), ResultReadFault);
