@@ -107,13 +107,22 @@ protected:
     }
 };
 
+TEST_F(DiskPageTest, TheFirstPageSaysToStopUsingTheDiskAndWhatToDo)
+{
+    EXPECT_EQ(Text("StopText").substr(0, 19), "Stop using the disk");
+    EXPECT_TRUE(Text("StartText").starts_with("Choose the drive or image"));
+    ASSERT_EQ(LanguageManager::GetInstance().SetLanguage("German"), ResultSuccess);
+    m_window->HandleMessage(WM_LANGUAGE_CHANGED, 0, 0);
+    LanguageSection& extras = LanguageManager::GetInstance().GetSection("Extras");
+    EXPECT_EQ(Text("StopText"), extras.Get("EXT0120"));
+    EXPECT_EQ(Text("StartText"), extras.Get("EXT0121"));
+}
+
 TEST_F(DiskPageTest, EachModeShowsItsButtonsAndTexts)
 {
     EXPECT_EQ(Page(), 0);
     EXPECT_TRUE(IsVisible("SubBar1"));
     EXPECT_FALSE(IsVisible("ToolBar2") || IsVisible("ToolBar3") || IsVisible("SubBar2"));
-    EXPECT_EQ(Text("StopText").substr(0, 19), "Stop using the disk");
-    EXPECT_TRUE(Text("StartText").starts_with("Choose the drive or image"));
     Get("BtnCreateImageMode").SendNotify(NotifyHot);
     EXPECT_EQ(Text("TxtMainInfo").substr(0, 12), "Copy a drive");
     Shoot("page0");
