@@ -39,7 +39,7 @@ public:
                    const QStyleOptionViewItem&,
                    const QModelIndex& index) override
     {
-        ShowPlainToolTip(event->globalPos(), m_grid.NameOf(index), m_grid);
+        ShowPlainToolTip(event->globalPos(), m_grid.TipOf(index), m_grid);
         return true;
     }
 
@@ -100,6 +100,12 @@ std::vector<CListUI::Row*> CGridUI::ShownRows() const
         rows.push_back(m_list->GetItemAt(i));
     }
     return rows;
+}
+
+QString CGridUI::TipOf(const QModelIndex& index) const
+{
+    const QString tip = m_list != nullptr ? m_list->TipOf(index) : QString();
+    return tip.isEmpty() ? NameOf(index) : tip;
 }
 
 QString CGridUI::NameOf(const QModelIndex& index) const

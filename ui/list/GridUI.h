@@ -29,6 +29,8 @@ public:
     // For the delegate.
     void DrawCell(QPainter& painter, const QRect& cell, const QModelIndex& index, bool isHot);
     QString NameOf(const QModelIndex& index) const;
+    // What the list tells of the same row.
+    QString TipOf(const QModelIndex& index) const;
 
 protected:
     bool ReadAttribute(const QString& name, const QString& value) override;
