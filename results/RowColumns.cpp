@@ -29,7 +29,7 @@ std::string ColumnText(const FileRecord& record, FileColumn column)
     case FileColumn::FileName:
         return std::string(record.NameText());
     case FileColumn::Size:
-        return record.IsFolder != 0 ? "" : FormatSize(static_cast<std::int64_t>(record.FileSize));
+        return record.IsFolder != 0 ? "" : FormatBytes(record.FileSize);
     case FileColumn::ModifiedTime:
         return TimeText(record.WriteTime);
     case FileColumn::CreatedTime:

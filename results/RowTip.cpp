@@ -22,7 +22,7 @@ std::string RowTip(const FileRecord& record, std::string_view folder, LanguageSe
     std::replace(path.begin(), path.end(), '\\', '/');
     add("EXT0108", Printable(path));
     if (record.IsFolder == 0) {
-        add("EXT0114", FormatSize(static_cast<std::int64_t>(record.FileSize)));
+        add("EXT0114", FormatBytes(record.FileSize));
     }
     add("EXT0115", time(record.WriteTime));
     add("EXT0116", time(record.CreationTime));

@@ -31,11 +31,6 @@ const char* KeyOf(RescueStep step)
     return "EXT0214";
 }
 
-std::string SizeText(std::uint64_t bytes)
-{
-    return FormatSize(static_cast<std::int64_t>(bytes));
-}
-
 int PercentOf(const RescueProgress& progress)
 {
     const std::uint64_t total = progress.totalBytes;
@@ -96,10 +91,12 @@ Answer RescueWorker::OnProgress(const RescueProgress& progress)
         ShowStep(progress);
         LanguageSection& extras = m_context.extras;
         ProgressBoard& board = m_context.board;
-        board.SetText("rescued", FormatText(extras.Get("EXT0215"), SizeText(progress.rescuedBytes),
-                                            SizeText(progress.totalBytes)));
-        board.SetText("unreadable", FormatText(extras.Get("EXT0216"), SizeText(progress.badBytes),
-                                               std::uint64_t{progress.badPlaces()}));
+        board.SetText("rescued",
+                      FormatText(extras.Get("EXT0215"), FormatBytes(progress.rescuedBytes),
+                                 FormatBytes(progress.totalBytes)));
+        board.SetText("unreadable",
+                      FormatText(extras.Get("EXT0216"), FormatBytes(progress.badBytes),
+                                 std::uint64_t{progress.badPlaces()}));
         const auto elapsed = std::chrono::duration_cast<std::chrono::seconds>(now - m_begun);
         board.SetText("time", FormatText("%s %s", extras.Get("EXT0217"),
                                          FormatDuration(std::int64_t{elapsed.count()})));
@@ -120,8 +117,8 @@ void RescueWorker::ShowStep(const RescueProgress& progress) const
 
 std::string RescueSummary(const RescueOutcome& outcome, LanguageSection& extras)
 {
-    const std::string read = FormatText(extras.Get("EXT0215"), SizeText(outcome.rescuedBytes),
-                                        SizeText(outcome.totalBytes));
+    const std::string read = FormatText(extras.Get("EXT0215"), FormatBytes(outcome.rescuedBytes),
+                                        FormatBytes(outcome.totalBytes));
     switch (outcome.end) {
     case RescueEnd::Complete:
         return outcome.MissingBytes() == 0 ? extras.Get("EXT0220")

@@ -31,7 +31,7 @@ std::string ProposedName(const ImageSource& source)
     }
     const TargetRow& row = *source.target->volume;
     return SafeFileName(FormatText("%d (%s, %s)", unsigned{row.number}, row.fileSystem,
-                                   FormatSize(static_cast<std::int64_t>(row.totalBytes))));
+                                   FormatBytes(row.totalBytes)));
 }
 
 CreateImageChecks::CreateImageChecks(const ImageSource& source, const std::filesystem::path& file)

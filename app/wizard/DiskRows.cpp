@@ -207,14 +207,13 @@ void DiskRows::WriteTexts(Row& row, const RecoveryTarget& target)
     row.SetToolTip(ToolTipOf(target));
     if (!target.volume) {
         row.SetColumnText(0, CellText(target.imagePath.filename().string()));
-        row.SetColumnText(2, CellText(FormatSize(static_cast<std::int64_t>(ImageBytes(target)))));
+        row.SetColumnText(2, CellText(FormatBytes(ImageBytes(target))));
         return;
     }
     row.SetColumnText(0, target.IsPartOfImage() ? ImagePartNameText(*target.volume)
                                                 : VolumeNameText(*target.volume));
     row.SetColumnText(1, CellText(target.volume->fileSystem));
-    row.SetColumnText(2,
-                      CellText(FormatSize(static_cast<std::int64_t>(target.volume->totalBytes))));
+    row.SetColumnText(2, CellText(FormatBytes(target.volume->totalBytes)));
 }
 
 void DiskRows::RewriteTexts()

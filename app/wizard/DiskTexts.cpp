@@ -15,11 +15,6 @@ std::string Plain(std::string_view value)
     return PlainRun(ToQt(value)).toStdString();
 }
 
-std::string SizeText(std::uint64_t bytes)
-{
-    return FormatSize(static_cast<std::int64_t>(bytes));
-}
-
 // "Device: /dev/sda1"; nothing without a value.
 QString Line(const char* key, std::string_view value)
 {
@@ -56,7 +51,7 @@ QString ContentLine(const std::string& fileSystem)
 DetailTexts ImageDetails(const RecoveryTarget& target)
 {
     DetailTexts texts = {Labelled("MSG0209", target.ImageName()),
-                         Labelled("MSG0210", SizeText(ImageBytes(target)))};
+                         Labelled("MSG0210", FormatBytes(ImageBytes(target)))};
     texts[6] = Line("EXT0108", target.imagePath.parent_path().string());
     texts[9] = ContentLine(target.imageFileSystem);
     return texts;
@@ -126,9 +121,9 @@ DetailTexts DetailsOf(const RecoveryTarget& target)
             : ToQt(FormatText("%s %d", MessageText("MSG0203"), unsigned{row.number})),
         row.label.empty() ? ToQt(MessageText("MSG0204")) : Labelled("MSG0204", row.label),
         Labelled("MSG0205", row.fileSystem),
-        Labelled("MSG0206", SizeText(row.totalBytes)),
-        Labelled("MSG0207", SizeText(row.usedBytes)),
-        Labelled("MSG0208", SizeText(row.freeBytes))};
+        Labelled("MSG0206", FormatBytes(row.totalBytes)),
+        Labelled("MSG0207", FormatBytes(row.usedBytes)),
+        Labelled("MSG0208", FormatBytes(row.freeBytes))};
     texts[6] = target.IsPartOfImage() ? Line("EXT0108", target.imagePath.parent_path().string())
                                       : Line("EXT0105", row.node.string());
     texts[7] = Line("EXT0106", row.mountPoint);
@@ -148,7 +143,7 @@ QString ToolTipOf(const DiskFacts& disk)
     return ToolTip({ToQt(FormatText("%s %d", MessageText(disk.removable ? "MSG0202" : "MSG0201"),
                                     disk.number + 1)),
                     Line("EXT0105", disk.node.string()), Line("EXT0107", disk.model),
-                    Labelled("MSG0206", SizeText(disk.sizeBytes))});
+                    Labelled("MSG0206", FormatBytes(disk.sizeBytes))});
 }
 
 QString ScannedName(const RecoveryTarget& target)
@@ -157,7 +152,7 @@ QString ScannedName(const RecoveryTarget& target)
     if (!target.volume) {
         return name;
     }
-    const std::string size = SizeText(target.volume->totalBytes);
+    const std::string size = FormatBytes(target.volume->totalBytes);
     const std::string& fileSystem = target.volume->fileSystem;
     return name + ToQt(fileSystem.empty() ? FormatText(" (%s)", size)
                                           : FormatText(" (%s, %s)", Printable(fileSystem), size));

@@ -166,11 +166,9 @@ void ResultPage::UpdateSelectionLabel() const
 {
     const SelectionMap& selection = m_context.state.selection;
     const std::string text =
-        selection.empty()
-            ? MessageText("MSG0803")
-            : FormatText(MessageText("MSG0804"),
-                         FormatSize(static_cast<std::int64_t>(SelectedBytes(selection))),
-                         selection.size());
+        selection.empty() ? MessageText("MSG0803")
+                          : FormatText(MessageText("MSG0804"),
+                                       FormatBytes(SelectedBytes(selection)), selection.size());
     m_context.window.FindControl(QStringLiteral("BtnRecover"))->SetEnabled(!selection.empty());
     m_context.window.FindControl(QStringLiteral("SelectedFileInfo"))->SetText(ToQt(text));
 }
